@@ -1,0 +1,68 @@
+#include <adapters/wrap_ip_interface_info.h>
+#include <support/call_frame.h>
+#include <zelk_nm/tolva.h>
+
+namespace
+{
+
+constexpr const char* LIST_NAME = "TOLVA::GetAdapterList";
+
+} // namespace
+
+bool TOLVA::GetAdapterList(std::vector<NIC_INFO>& NicList)
+{
+    return RunOperation(LIST_NAME,
+                        [&](const CallFrame& frame)
+                        {
+                            Wrap_IP_INTERFACE_INFO table;
+                            if (!table.GetAdapterList(NicList))
+                                return frame.FailAs("... ending(Failed to get adapter list)");
+                            for (NIC_INFO& NicInfo : NicList)
+                                CompleteAdapter(NicInfo);
+                            frame.Information("uiNicCount", NicList.size());
+                            return frame.Succeed();
+                        });
+}
+
+/// One element of the list. A step that fails ends the completion of this element, but for the friendly name. The texts
+/// with their lone closing parentheses are meant so.
+void TOLVA::CompleteAdapter(NIC_INFO& NicInfo)
+{
+    const CallFrame frame = CallFrame::WithoutStart(LIST_NAME);
+    if (!GetAdapterEnumAndDesc(NicInfo))
+        return frame.Warning("TOLVA::GetAdapterDesc failed)");
+    if (!GetAdapterFriendlyName(NicInfo))
+        frame.Warning("TOLVA::GetAdapterFriendlyName failed)");
+    if (!GetAdapterPCI(NicInfo))
+        return frame.Warning("TOLVA::GetAdapterPci failed)");
+    if (!GetAdapterType(NicInfo))
+        return frame.Warning("TOLVA::GetAdapterType failed)");
+
+    HARDWARE_ADDRESS HwAddr;
+    if (!GetHardwareAddress(NicInfo, HwAddr))
+        return frame.Warning("TOLVA::GetHardwareAddress failed)");
+    NicInfo.sNicHwAddr = HwAddr;
+
+    // Asked for its trace alone: the answer is no part of the record.
+    bool bCanChangeOptions = false;
+    if (!CanChangeAdapterOptions(NicInfo, bCanChangeOptions))
+        frame.Warning("TOLVA::CanChangeAdapterOptions failed)");
+}
+
+bool TOLVA::GetAdapterIndex(const NIC_INFO& NicInfo, unsigned long& ulIndex)
+{
+    return RunOperation("TOLVA::GetAdapterIndex",
+                        [&](const CallFrame& frame)
+                        {
+                            if (NicInfo.sNicGuid.empty())
+                                return frame.Fail("Bad NIC GUID");
+                            frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
+
+                            const velmor::string sDeviceName = L"\\DEVICE\\TCPIP_" + NicInfo.sNicGuid;
+                            const DWORD dwRc = ::GetAdapterIndex(const_cast<wchar_t*>(sDeviceName.c_str()), &ulIndex);
+                            if (dwRc != NO_ERROR)
+                                return frame.FailAs("... ending(GetAdapterIndex failed)", "dwRc", dwRc);
+                            frame.Verbose("ulAdapterIndex", ulIndex);
+                            return frame.Succeed();
+                        });
+}

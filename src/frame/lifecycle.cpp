@@ -1,0 +1,65 @@
+#include <new>
+
+#include <backends/pre_vista_api.h>
+#include <backends/vista_api.h>
+#include <support/call_frame.h>
+#include <support/environment.h>
+#include <zelk_nm/tolva.h>
+
+constexpr GUID NDIS_LAN_CLASS = {0xAD498944, 0x762F, 0x11D0, {0x8D, 0xCB, 0x00, 0xC0, 0x4F, 0xC3, 0x35, 0x8C}};
+const GUID TOLVA::NIC_DEVICECLASS_GUID = NDIS_LAN_CLASS;
+
+TOLVA::SockDrawer::SockDrawer() noexcept
+{
+    // A failure shows in the Winsock calls that then fail.
+    constexpr WORD VERSION_2_0 = 2;
+    WSADATA data;
+    ::WSAStartup(VERSION_2_0, &data);
+}
+
+TOLVA::SockDrawer::~SockDrawer()
+{
+    ::WSACleanup();
+}
+
+TOLVA::TOLVA()
+try
+{
+    TheTrace.ReadTraceLevel();
+    TheTrace.ClearLog();
+    const CallFrame frame = CallFrame::WithoutStart("TOLVA::TOLVA");
+    frame.Verbose("Constructor");
+
+    velmor::string sVersion;
+    GetModuleProperty(TOLVA_GMP_VERSION, sVersion);
+    frame.Information("sVersion", sVersion);
+    velmor::string sDescription;
+    GetModuleProperty(TOLVA_GMP_DESCRIPTION, sDescription);
+    frame.Information("sDescription", sDescription);
+}
+catch (...)
+{
+    CallFrame::WithoutStart("TOLVA::TOLVA").FailUnforeseen();
+}
+
+TOLVA::~TOLVA()
+{
+    CallFrame::WithoutStart("TOLVA::~TOLVA").Verbose("Destructor");
+}
+
+TOLVA& TOLVA::operator=(const TOLVA&)
+{
+    return *this;
+}
+
+AbstractNetworkAPI* TOLVA::NetworkApiFactory()
+{
+    const CallFrame frame = CallFrame::WithoutStart("TOLVA::NetworkApiFactory");
+    if (GetWindowsMajorVersion() >= 6)
+    {
+        frame.Verbose("O/S is Vista or later");
+        return new (std::nothrow) VistaAPI;
+    }
+    frame.Verbose("O/S is prior to Vista");
+    return new (std::nothrow) PreVistaAPI;
+}

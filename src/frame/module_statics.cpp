@@ -1,0 +1,33 @@
+// All namespace-scope objects of the library that have constructors, in the order in which loading builds them;
+// unloading destroys them in reverse. Nothing else in the library may add one: the order here is the only one there is.
+
+#include <backends/abstract_network_api.h>
+#include <support/environment.h>
+#include <support/module_strings.h>
+#include <support/trace.h>
+#include <zelk_nm/tolva.h>
+
+// First and so last to go: every other object may trace until its end.
+CTrace TheTrace(L"TOLVA_trace.log", L"TOLVA_TraceLevel", 7);
+
+const velmor::string TCPIP_PARAMETERS(L"CurrentControlSet\\services\\Tcpip\\Parameters");
+const velmor::string TCPIP_INTERFACES(L"CurrentControlSet\\services\\Tcpip\\Parameters\\Interfaces");
+const velmor::string TCPIP6_INTERFACES(L"CurrentControlSet\\services\\Tcpip6\\Parameters\\Interfaces");
+const velmor::string NETWORK_CLASS(L"CurrentControlSet\\Control\\Class\\{4D36E972-E325-11CE-BFC1-08002BE10318}");
+const velmor::string NETWORK_CONNECTIONS(
+    L"CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}");
+
+const TOLVA::SockDrawer TOLVA::sd;
+
+std::unique_ptr<AbstractNetworkAPI> TOLVA::m_pNetworkAPI(TOLVA::NetworkApiFactory());
+
+const velmor::string velmor::BANNER_LEFT(L"** ");
+const velmor::string velmor::BANNER_RIGHT(L" **");
+
+namespace
+{
+
+// The trace log needed the environment before anything else was built. Now that everything is, this answer replaces it.
+[[maybe_unused]] const bool bEnvironmentDetectedAgain = (DetectWindowsEnvironment(), true);
+
+} // namespace

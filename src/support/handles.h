@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+namespace velmor
+{
+
+/// Owns one platform handle: Release is called with it exactly once, unless it is the kind's value for "none".
+template <class Handle, class Release, std::intptr_t None = 0>
+class UniqueHandle
+{
+public:
+    UniqueHandle() noexcept = default;
+    explicit UniqueHandle(Handle handle) noexcept : m_handle(handle) {}
+    UniqueHandle(UniqueHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, NoHandle())) {}
+    UniqueHandle& operator=(UniqueHandle&& other) noexcept
+    {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+    ~UniqueHandle() { Reset(); }
+
+    [[nodiscard]] Handle Get() const noexcept { return m_handle; }
+    explicit operator bool() const noexcept { return m_handle != NoHandle(); }
+
+    /// Where a platform call writes the handle that it opens; what was owned before is released.
+    Handle* Receive() noexcept
+    {
+        Reset();
+        return &m_handle;
+    }
+
+    void Reset() noexcept
+    {
+        if (*this)
+            Release()(std::exchange(m_handle, NoHandle()));
+    }
+
+private:
+    static Handle NoHandle() noexcept { return reinterpret_cast<Handle>(None); }
+
+    Handle m_handle = NoHandle();
+};
+
+struct CloseKernelHandle
+{
+    void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
+};
+struct CloseRegistryKey
+{
+    void operator()(HKEY hKey) const noexcept { ::RegCloseKey(hKey); }
+};
+struct FreeModule
+{
+    void operator()(HMODULE hModule) const noexcept { ::FreeLibrary(hModule); }
+};
+struct ReleaseHeldMutex
+{
+    void operator()(HANDLE hMutex) const noexcept { ::ReleaseMutex(hMutex); }
+};
+
+using UniqueFile = UniqueHandle<HANDLE, CloseKernelHandle, -1>;
+using UniqueMutex = UniqueHandle<HANDLE, CloseKernelHandle>;
+using UniqueToken = UniqueHandle<HANDLE, CloseKernelHandle>;
+using UniqueKey = UniqueHandle<HKEY, CloseRegistryKey>;
+using UniqueModule = UniqueHandle<HMODULE, FreeModule>;
+/// A mutex that was waited for, not the mutex itself.
+using HeldMutex = UniqueHandle<HANDLE, ReleaseHeldMutex>;
+
+} // namespace velmor
