@@ -1,0 +1,43 @@
+# zelk_nm_options: how every source of this project is compiled and linked.
+
+option(ZELK_NM_SANITIZE "Undefined behaviour traps in Debug builds" ON)
+option(ZELK_NM_COVERAGE "Count executed lines" OFF)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g -DNDEBUG")
+set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
+
+add_library(zelk_nm_options INTERFACE)
+
+target_compile_definitions(zelk_nm_options INTERFACE
+  UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00 WINVER=0x0A00
+  $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+
+set(warnings
+  -Wall -Wextra -Wpedantic -Werror
+  -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion -Wcast-align -Wcast-qual -Wformat=2
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Wimplicit-fallthrough
+  -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wunused -Wundef -Wredundant-decls -Wold-style-cast)
+
+target_compile_options(zelk_nm_options INTERFACE
+  # Only C++: the resource compiler gets a target's options too.
+  $<$<COMPILE_LANGUAGE:CXX>:${warnings}>
+  $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-ffunction-sections;-fdata-sections>
+  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Debug>>:-Wa,-mbig-obj>)
+
+target_link_options(zelk_nm_options INTERFACE
+  LINKER:--no-insert-timestamp
+  $<$<CONFIG:Release>:LINKER:--gc-sections>)
+
+if(ZELK_NM_SANITIZE)
+  set(sanitize -fsanitize=undefined -fsanitize-undefined-trap-on-error)
+  target_compile_options(zelk_nm_options INTERFACE $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Debug>>:${sanitize}>)
+endif()
+
+if(ZELK_NM_COVERAGE)
+  target_compile_options(zelk_nm_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:--coverage>)
+  target_link_options(zelk_nm_options INTERFACE --coverage)
+endif()

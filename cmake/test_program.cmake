@@ -1,0 +1,43 @@
+# zelk_nm_add_test_program(NAME SOURCES <file>... [INTERNALS] [DLL] [TIMEOUT <seconds>])
+#
+# One GoogleTest program, which is one CTest entry: a Wine process per case would cost more than the cases.
+# INTERNALS links the library's own objects and opens src/; DLL links ZELK_NM.DLL as any caller does.
+# The program lives in a folder of its own, with its own Logfiles and DLL, so that no trace or ini file meets another's.
+function(zelk_nm_add_test_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNALS;DLL" "TIMEOUT" "SOURCES")
+  if(arg_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "zelk_nm_add_test_program(${name}): unknown arguments ${arg_UNPARSED_ARGUMENTS}")
+  endif()
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 300)
+  endif()
+
+  set(folder ${PROJECT_BINARY_DIR}/tests/${name})
+  file(MAKE_DIRECTORY ${folder}/Logfiles)
+
+  add_executable(${name} ${arg_SOURCES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
+  target_link_libraries(${name} PRIVATE zelk_nm_options GTest::gmock_main)
+  if(TARGET zelk_nm_test_support)
+    target_link_libraries(${name} PRIVATE zelk_nm_test_support)
+  endif()
+
+  if(arg_INTERNALS)
+    target_compile_definitions(${name} PRIVATE ZELK_NM_STATIC)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${name} PRIVATE zelk_nm_objects)
+  endif()
+  if(arg_DLL)
+    target_link_libraries(${name} PRIVATE zelk_nm::zelk_nm)
+    add_custom_command(OUTPUT ${folder}/ZELK_NM.DLL
+      COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:zelk_nm> ${folder}/ZELK_NM.DLL
+      DEPENDS zelk_nm $<TARGET_FILE:zelk_nm>
+      VERBATIM)
+    target_sources(${name} PRIVATE ${folder}/ZELK_NM.DLL)
+  endif()
+
+  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${folder})
+  # The emulator's own limit comes first: it ends the Windows process, not only the script around it.
+  math(EXPR limit "${arg_TIMEOUT} - 5")
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT ZELK_WINE_TIMEOUT=${limit})
+endfunction()

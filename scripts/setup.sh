@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Installs what a Debian machine lacks for building and testing, and makes the private Wine prefix.
+# With nothing to do it takes milliseconds and says nothing.
+set -euo pipefail
+. "$(dirname -- "${BASH_SOURCE[0]}")/wine-env.sh"
+
+# package:file that shows it
+needed=(
+    cmake:/usr/bin/cmake
+    ninja-build:/usr/bin/ninja
+    gcc-mingw-w64-x86-64-posix:/usr/bin/x86_64-w64-mingw32-gcc-posix
+    g++-mingw-w64-x86-64-posix:/usr/bin/x86_64-w64-mingw32-g++-posix
+    binutils-mingw-w64-x86-64:/usr/bin/x86_64-w64-mingw32-windres
+    mingw-w64-x86-64-dev:/usr/x86_64-w64-mingw32/include/iphlpapi.h
+    wine:/usr/bin/wine
+    wine64:/usr/lib/wine/wine64
+    googletest:/usr/src/googletest/googlemock/CMakeLists.txt
+    libcli11-dev:/usr/include/CLI/CLI.hpp
+    nlohmann-json3-dev:/usr/include/nlohmann/json.hpp
+    libspdlog-dev:/usr/include/spdlog/spdlog.h
+    libfmt-dev:/usr/include/fmt/core.h
+    iproute2:/sbin/ip
+    util-linux:/usr/bin/flock
+)
+
+missing=()
+for entry in "${needed[@]}"; do
+    [ -e "${entry#*:}" ] || missing+=("${entry%%:*}")
+done
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+apt() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300 \
+        -o Dpkg::Use-Pty=0 "$@" </dev/null >&2
+}
+
+if [ ${#missing[@]} -gt 0 ]; then
+    fail() {
+        echo "setup: $1" >&2
+        echo "setup: these packages are needed: ${missing[*]}" >&2
+        exit 1
+    }
+    command -v apt-get >/dev/null || fail "no apt-get here; install them by hand"
+    [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null || fail "neither root nor sudo"
+    echo "setup: installing ${missing[*]}" >&2
+    # One unreachable source need not matter; the installation tells.
+    apt update || echo "setup: apt-get update failed, going on with the lists at hand" >&2
+    apt install -y --no-install-recommends "${missing[@]}" || fail "apt-get could not install them"
+    for entry in "${needed[@]}"; do
+        [ -e "${entry#*:}" ] || fail "${entry%%:*} is installed but ${entry#*:} is not there"
+    done
+fi
+
+wine_prefix_make "$zelk_base_prefix"
