@@ -1,0 +1,7 @@
+#pragma once
+
+#include "paired.h"
+
+Comparison MaskedLine();
+Comparison WrittenLine();
+Comparison AdapterList();

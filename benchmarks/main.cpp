@@ -1,0 +1,46 @@
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+#include "comparisons.h"
+
+namespace
+{
+
+constexpr int DEFAULT_ROUNDS = 41;
+
+bool MeasureAndPrint(const Comparison& comparison, int rounds)
+{
+    const Result result = Measure(comparison, rounds);
+    const bool bGood = result.ratio <= comparison.target;
+    std::printf("%-42s %12.4f %12.4f %7.3f  %5.3f-%5.3f  %6.2f  %s\n", comparison.sWhat.c_str(),
+                result.oursMicroseconds, result.peerMicroseconds, result.ratio, result.ratioLow, result.ratioHigh,
+                comparison.target, bGood ? "yes" : "NO");
+    std::fflush(stdout);
+    return bGood;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+try
+{
+    const int rounds = argc > 1 ? std::atoi(argv[1]) : DEFAULT_ROUNDS;
+    if (rounds < 1)
+    {
+        std::fprintf(stderr, "usage: bench [rounds]\n");
+        return 2;
+    }
+    std::printf("%d interleaved rounds; medians; ratios are those of the pairs\n", rounds);
+    std::printf("%-42s %12s %12s %7s  %11s  %6s  %s\n", "", "ours us", "peer us", "ratio", "quartiles", "target",
+                "met");
+    bool bAllGood = true;
+    for (const auto make : {MaskedLine, WrittenLine, AdapterList})
+        bAllGood &= MeasureAndPrint(make(), rounds);
+    return bAllGood ? 0 : 1;
+}
+catch (const std::exception& error)
+{
+    std::fprintf(stderr, "bench: %s\n", error.what());
+    return 1;
+}
