@@ -49,9 +49,10 @@ bool ReadVersionRecords(WindowsEnvironment& environment)
 {
     OSVERSIONINFOEXW version = {};
     version.dwOSVersionInfoSize = sizeof(version);
-    OSVERSIONINFOA narrowVersion = {};
+    OSVERSIONINFOEXA narrowVersion = {};
     narrowVersion.dwOSVersionInfoSize = sizeof(narrowVersion);
-    if (!::GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version)) || !::GetVersionExA(&narrowVersion))
+    if (!::GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version)) ||
+        !::GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&narrowVersion)))
         return false;
     environment.version = version;
     environment.narrowVersion = narrowVersion;

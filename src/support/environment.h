@@ -11,7 +11,7 @@ struct WindowsEnvironment
 {
     unsigned long ulCode = 0;      ///< the kind of system as a small number; 0 for an unknown one
     OSVERSIONINFOEXW version = {}; ///< from major version 6 on with the numbers that the registry gives
-    OSVERSIONINFOA narrowVersion = {};
+    OSVERSIONINFOEXA narrowVersion = {};
     bool bX64 = false;
     bool bWorkstation = false;
     bool bDomainController = false;
