@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <cwchar>
 #include <string>
 #include <vector>
@@ -55,12 +56,12 @@ bool ReadFileVersion(const CallFrame& frame, const std::vector<BYTE>& resource, 
     if (!QueryVersionValue(frame, resource, L"\\VarFileInfo\\Translation", sizeof(Translation), pTranslation, bytes))
         return false;
 
-    wchar_t subBlock[64];
-    std::swprintf(subBlock, std::size(subBlock), L"\\StringFileInfo\\%4.4X%4.4X\\%ls", pTranslation->wLanguage,
-                  pTranslation->wCodePage, L"FileVersion");
+    char subBlock[64];
+    std::snprintf(subBlock, std::size(subBlock), "\\StringFileInfo\\%4.4X%4.4X\\FileVersion", pTranslation->wLanguage,
+                  pTranslation->wCodePage);
     const wchar_t* pszVersion = nullptr;
     UINT characters = 0;
-    if (!QueryVersionValue(frame, resource, subBlock, 0, pszVersion, characters))
+    if (!QueryVersionValue(frame, resource, velmor::string(subBlock).c_str(), 0, pszVersion, characters))
         return false;
     sVersion = velmor::string(pszVersion, ::wcsnlen(pszVersion, characters));
     return true;

@@ -1,8 +1,7 @@
 #include <support/trace.h>
 
+#include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <cwchar>
 #include <string_view>
 #include <vector>
 
@@ -70,12 +69,6 @@ void PutQuoted(velmor::WideFileStream& ofs, std::wstring_view text)
     ofs << L" = \"" << text << L'"';
 }
 
-void PutNarrow(velmor::WideFileStream& ofs, const char* pszText)
-{
-    for (; *pszText != '\0'; ++pszText)
-        ofs << static_cast<wchar_t>(static_cast<unsigned char>(*pszText));
-}
-
 } // namespace
 
 /// The trace file, open for as long as one line takes, with the mutex held.
@@ -125,6 +118,8 @@ CTrace::~CTrace()
 
 void CTrace::RotateLog()
 {
+    // Between copy and deletion another process would lose its lines. Without the mutex it is done all the same.
+    const velmor::HeldMutex mutex = WaitFor(m_hMutex.Get());
     if (!::PathFileExistsW(m_sLogPath.c_str()))
         return;
     velmor::string sBackup = m_sLogPath;
@@ -212,9 +207,9 @@ void CTrace::WritePrefix(unsigned int level)
 {
     SYSTEMTIME now;
     ::GetLocalTime(&now);
-    wchar_t time[26];
-    std::swprintf(time, std::size(time), L"[%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u]", now.wYear, now.wMonth,
-                  now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
+    char time[26];
+    std::snprintf(time, std::size(time), "[%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u]", now.wYear, now.wMonth, now.wDay,
+                  now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
     m_ofs << time << L':';
     m_ofs.Hex(::GetCurrentThreadId(), 4);
     for (const LevelTag& tag : LEVEL_TAGS)
@@ -379,8 +374,7 @@ void CTrace::TraceIPv4(unsigned int level, const velmor::string& sName, const ve
                  IN_ADDR address;
                  address.s_addr = bSwap ? ::htonl(ulAddress) : ulAddress;
                  const char* pszText = ::inet_ntoa(address);
-                 m_ofs << L" = ";
-                 PutNarrow(m_ofs, pszText != nullptr ? pszText : "<invalid>");
+                 m_ofs << L" = " << (pszText != nullptr ? pszText : "<invalid>");
              });
 }
 
@@ -427,8 +421,8 @@ void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const vel
     WriteVar(level, sName, sVariable,
              [&]
              {
-                 wchar_t text[37];
-                 std::swprintf(text, std::size(text), L"%8.8lX-%4.4X-%4.4X-%2.2X%2.2X-%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X",
+                 char text[37];
+                 std::snprintf(text, std::size(text), "%8.8lX-%4.4X-%4.4X-%2.2X%2.2X-%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X",
                                value.Data1, value.Data2, value.Data3, value.Data4[0], value.Data4[1], value.Data4[2],
                                value.Data4[3], value.Data4[4], value.Data4[5], value.Data4[6], value.Data4[7]);
                  m_ofs << L" = { " << text << L" }";
@@ -441,8 +435,8 @@ void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const vel
     WriteVar(level, sName, sVariable,
              [&]
              {
-                 wchar_t text[32];
-                 std::swprintf(text, std::size(text), L"%2.2u/%2.2u/%4.4u %2.2u:%2.2u:%2.2u", value.wDay, value.wMonth,
+                 char text[32];
+                 std::snprintf(text, std::size(text), "%2.2u/%2.2u/%4.4u %2.2u:%2.2u:%2.2u", value.wDay, value.wMonth,
                                value.wYear, value.wHour, value.wMinute, value.wSecond);
                  m_ofs << L" = " << text;
              });

@@ -5,19 +5,6 @@
 
 namespace velmor
 {
-namespace
-{
-
-// Widens what the C run time formats: digits, signs and points only.
-WideFileStream& PutAscii(WideFileStream& stream, const char* pText, int length)
-{
-    for (int i = 0; i < length; ++i)
-        stream << static_cast<wchar_t>(pText[i]);
-    return stream;
-}
-
-} // namespace
-
 bool WideFileStream::Open(const wchar_t* pszPath, Mode mode) noexcept
 {
     const bool bAppend = mode == Mode::Append;
@@ -69,16 +56,25 @@ WideFileStream& WideFileStream::operator<<(std::wstring_view text)
     }
 }
 
+WideFileStream& WideFileStream::operator<<(const char* pszText)
+{
+    for (; *pszText != '\0'; ++pszText)
+        *this << static_cast<wchar_t>(*pszText);
+    return *this;
+}
+
 WideFileStream& WideFileStream::operator<<(long long value)
 {
     char digits[24];
-    return PutAscii(*this, digits, std::snprintf(digits, sizeof(digits), "%lld", value));
+    std::snprintf(digits, sizeof(digits), "%lld", value);
+    return *this << digits;
 }
 
 WideFileStream& WideFileStream::operator<<(double value)
 {
     char digits[32];
-    return PutAscii(*this, digits, std::snprintf(digits, sizeof(digits), "%g", value));
+    std::snprintf(digits, sizeof(digits), "%g", value);
+    return *this << digits;
 }
 
 WideFileStream& WideFileStream::Hex(unsigned long long value, unsigned int minDigits)

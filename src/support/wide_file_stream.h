@@ -38,6 +38,8 @@ public:
 
     WideFileStream& operator<<(std::wstring_view text);
     WideFileStream& operator<<(wchar_t character) { return *this << std::wstring_view(&character, 1); }
+    /// ASCII, as the C run time formats numbers.
+    WideFileStream& operator<<(const char* pszText);
     WideFileStream& operator<<(long long value);
     WideFileStream& operator<<(double value);
     WideFileStream& Hex(unsigned long long value, unsigned int minDigits = 1);
