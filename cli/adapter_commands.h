@@ -1,0 +1,16 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// The noun "adapter" with its verbs.
+void AddAdapterCommands(CLI::App& app, Output& output);
+
+/// What "adapter list" does, and the tool without arguments.
+void ShowAdapterList(const Output& output);
+
+} // namespace zelkctl

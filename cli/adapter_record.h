@@ -1,0 +1,19 @@
+#pragma once
+
+#include <span>
+
+#include "adapter.h"
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// What the list shows of an adapter. Anything that the library could not find out is null.
+Json SummaryOf(const Adapter& adapter);
+std::span<const Field> SummaryFields();
+
+/// Everything that discovery knows of an adapter.
+Json DetailsOf(const Adapter& adapter);
+std::span<const Field> DetailFields();
+
+} // namespace zelkctl

@@ -1,0 +1,37 @@
+#include "command.h"
+
+namespace zelkctl
+{
+
+void SetExample(CLI::App& app, const std::string& sExample)
+{
+    app.footer("Example:\n  zelkctl " + sExample);
+}
+
+CLI::App& AddNoun(CLI::App& app, const std::string& sName, const std::string& sDescription, const std::string& sExample)
+{
+    CLI::App& noun = AddVerb(app, sName, sDescription, sExample);
+    noun.require_subcommand(1);
+    return noun;
+}
+
+CLI::App& AddVerb(CLI::App& noun, const std::string& sName, const std::string& sDescription,
+                  const std::string& sExample)
+{
+    CLI::App& verb = *noun.add_subcommand(sName, sDescription);
+    SetExample(verb, sExample);
+    return verb;
+}
+
+void AddJsonFlag(CLI::App& verb, Output& output)
+{
+    verb.add_flag_callback(
+        "--json", [&output] { output.SetJson(true); }, "Write JSON instead of text");
+}
+
+CLI::Option& AddAdapterArgument(CLI::App& verb)
+{
+    return *verb.add_option("ADAPTER", "Its name, GUID or index")->required()->option_text("NAME|{GUID}|INDEX");
+}
+
+} // namespace zelkctl

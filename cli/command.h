@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+// What the commands of every noun have in common. An example is what follows "zelkctl " on the command line.
+
+void SetExample(CLI::App& app, const std::string& sExample);
+
+/// A noun does nothing by itself: it needs one of its verbs.
+CLI::App& AddNoun(CLI::App& app, const std::string& sName, const std::string& sDescription,
+                  const std::string& sExample);
+CLI::App& AddVerb(CLI::App& noun, const std::string& sName, const std::string& sDescription,
+                  const std::string& sExample);
+
+void AddJsonFlag(CLI::App& verb, Output& output);
+
+/// The adapter that the verb is about, in the user's words.
+CLI::Option& AddAdapterArgument(CLI::App& verb);
+
+} // namespace zelkctl

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zelkctl
+{
+
+/// One line of the library's trace file.
+struct TraceLine
+{
+    std::string sTime; ///< local time; the texts compare like the times
+    unsigned long ulThread;
+    char level; ///< 'E', 'W', 'I' or 'V'
+    std::string sOperation;
+    std::string sMessage;
+
+    [[nodiscard]] bool IsProblem() const noexcept { return level == 'E' || level == 'W'; }
+};
+
+/// Nothing for a line of another form, such as a further row of a byte dump.
+std::optional<TraceLine> ParseTraceLine(std::string_view line);
+
+/// What a message says without the frame that ends an operation: "... ending( Bad NIC GUID )" says "Bad NIC GUID".
+std::string Reason(std::string_view message);
+
+} // namespace zelkctl

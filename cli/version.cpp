@@ -1,0 +1,29 @@
+#include "version.h"
+
+#include <zelk_nm/tolva.h>
+
+#include "library_call.h"
+#include "text.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+std::string ModuleProperty(TOLVA::TOLVA_GMP_CAT category)
+{
+    velmor::string value;
+    Call("GetModuleProperty",
+         [&] { return TOLVA::GetModuleProperty(category, value) == 0 && value != velmor::string(L"Error"); });
+    return ToUtf8(value);
+}
+
+} // namespace
+
+std::string VersionText()
+{
+    return "ZELK_NM.DLL " + ModuleProperty(TOLVA::TOLVA_GMP_VERSION) + '\n' +
+           ModuleProperty(TOLVA::TOLVA_GMP_DESCRIPTION);
+}
+
+} // namespace zelkctl
