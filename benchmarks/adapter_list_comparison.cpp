@@ -151,8 +151,7 @@ void AskForAllAdapters()
 Comparison AdapterList()
 {
     auto pRegistry = std::make_shared<SeededRegistry>();
-    const auto Ours = [pRegistry](int repetitions)
-    {
+    const auto Ours = [pRegistry](int repetitions) {
         TheTrace.SetTraceLevel(SETTING_ERRORS);
         for (int i = 0; i < repetitions; ++i)
         {
@@ -161,8 +160,7 @@ Comparison AdapterList()
                 throw std::runtime_error("the list is not complete");
         }
     };
-    const auto Peer = [](int repetitions)
-    {
+    const auto Peer = [](int repetitions) {
         for (int i = 0; i < repetitions; ++i)
             AskForAllAdapters();
     };

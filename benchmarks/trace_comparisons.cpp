@@ -45,8 +45,7 @@ Comparison MaskedLine()
 {
     auto logger = std::make_shared<spdlog::logger>("peer", std::make_shared<spdlog::sinks::null_sink_mt>());
     logger->set_level(spdlog::level::info);
-    const auto Ours = [](int repetitions)
-    {
+    const auto Ours = [](int repetitions) {
         TheTrace.SetTraceLevel(SETTING_INFORMATION);
         const CallFrame frame = CallFrame::WithoutStart("Benchmark");
         const velmor::string sGuid = L"{00000002-0000-0000-0000-4E6574446576}";
@@ -56,8 +55,7 @@ Comparison MaskedLine()
             Barrier();
         }
     };
-    const auto Peer = [logger](int repetitions)
-    {
+    const auto Peer = [logger](int repetitions) {
         for (int i = 0; i < repetitions; ++i)
         {
             // Its fastest form, without a value; with one it takes far longer.
@@ -72,8 +70,7 @@ Comparison WrittenLine()
 {
     auto pMutex = std::make_shared<velmor::UniqueMutex>(::CreateMutexW(nullptr, FALSE, L"zelk_nm_bench"));
     const velmor::string sPath = LogPath();
-    const auto Ours = [](int repetitions)
-    {
+    const auto Ours = [](int repetitions) {
         TheTrace.SetTraceLevel(SETTING_INFORMATION);
         TheTrace.ClearLog();
         const CallFrame frame = CallFrame::WithoutStart("TOLVA::GetAdapterPCI");
@@ -81,8 +78,7 @@ Comparison WrittenLine()
         for (int i = 0; i < repetitions; ++i)
             frame.Information("NicInfo.sNicPci", sNicPci);
     };
-    const auto Peer = [pMutex, sPath](int repetitions)
-    {
+    const auto Peer = [pMutex, sPath](int repetitions) {
         TheTrace.ClearLog();
         constexpr std::string_view LINE =
             "[2015-05-15 12:05:48.125]:0ab4:[I]: TOLVA::GetAdapterPCI : NicInfo.sNicPci = "

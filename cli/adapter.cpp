@@ -22,9 +22,9 @@ constexpr std::string_view NO_ADAPTER_TRACED = "There are no network adapters en
 bool IsNoAdapterEnabled(const TraceReader& trace)
 {
     const auto problems = trace.Problems();
-    return std::any_of(problems.begin(), problems.end(),
-                       [](const TraceLine& line)
-                       { return line.sMessage.find(NO_ADAPTER_TRACED) != std::string::npos; });
+    return std::any_of(problems.begin(), problems.end(), [](const TraceLine& line) {
+        return line.sMessage.find(NO_ADAPTER_TRACED) != std::string::npos;
+    });
 }
 
 std::vector<TOLVA::NIC_INFO> ListRecords()
@@ -74,8 +74,7 @@ bool HasName(const Adapter& adapter, const velmor::string& sWanted)
 std::vector<Adapter> Candidates(const std::vector<Adapter>& adapters, const std::string& sWanted)
 {
     std::vector<Adapter> found;
-    const auto Collect = [&](auto&& matches)
-    {
+    const auto Collect = [&](auto&& matches) {
         if (found.empty())
             std::copy_if(adapters.begin(), adapters.end(), std::back_inserter(found), matches);
     };

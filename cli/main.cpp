@@ -41,12 +41,10 @@ void Describe(CLI::App& app, Output& output)
     app.footer(app.get_footer() +
                "\n\nExit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter");
     AddAdapterCommands(app, output);
-    app.callback(
-        [&]
-        {
-            if (app.get_subcommands().empty())
-                ShowAdapterList(output);
-        });
+    app.callback([&] {
+        if (app.get_subcommands().empty())
+            ShowAdapterList(output);
+    });
 }
 
 /// Help and version are ends of the parser too, those that are no failure.

@@ -74,25 +74,27 @@ public:
         velmor::string sNicHwAddr;       ///< hardware address in the text form of HARDWARE_ADDRESS
     };
 
+    // An address in a record that nobody has filled is invalid, not 0.0.0.0: that would be a destination.
+
     /// One unicast address of an adapter.
     struct ASSOC_IP_ADDR
     {
-        bool bAutomatic = false;        ///< not configured by hand (DHCP, router advertisement, link layer, random)
-        velmor::ip_address IpAddress;   ///< the address, IPv4 or IPv6
-        unsigned char SubnetPrefix = 0; ///< on-link prefix length: 0 to 32, or 0 to 128 for IPv6
-        unsigned long ulIndex = 0;      ///< interface index of the adapter that holds the address
-        NL_DAD_STATE enDadState = IpDadStateInvalid; ///< duplicate-address detection; always 0 before Vista
-        SCOPE_ID ScopeId = {};                       ///< zone and level; always 0 before Vista
+        bool bAutomatic = false; ///< not configured by hand (DHCP, router advertisement, link layer, random)
+        velmor::ip_address IpAddress{SOCKADDR_INET{}}; ///< the address, IPv4 or IPv6
+        unsigned char SubnetPrefix = 0;                ///< on-link prefix length: 0 to 32, or 0 to 128 for IPv6
+        unsigned long ulIndex = 0;                     ///< interface index of the adapter that holds the address
+        NL_DAD_STATE enDadState = IpDadStateInvalid;   ///< duplicate-address detection; always 0 before Vista
+        SCOPE_ID ScopeId = {};                         ///< zone and level; always 0 before Vista
     };
 
     /// One entry of the routing table.
     struct ROUTE_INFO
     {
-        unsigned long ulIndex = 0;      ///< interface index
-        velmor::ip_address Destination; ///< destination network
-        unsigned char PrefixLength = 0; ///< of the destination; 0 marks a default route
-        velmor::ip_address NextHop;     ///< gateway
-        unsigned long ulMetric = 0;     ///< route metric
+        unsigned long ulIndex = 0;                       ///< interface index
+        velmor::ip_address Destination{SOCKADDR_INET{}}; ///< destination network
+        unsigned char PrefixLength = 0;                  ///< of the destination; 0 marks a default route
+        velmor::ip_address NextHop{SOCKADDR_INET{}};     ///< gateway
+        unsigned long ulMetric = 0;                      ///< route metric
     };
 
     /// A link-layer (MAC) address of 0 to 8 bytes.

@@ -11,17 +11,15 @@ constexpr const char* LIST_NAME = "TOLVA::GetAdapterList";
 
 bool TOLVA::GetAdapterList(std::vector<NIC_INFO>& NicList)
 {
-    return RunOperation(LIST_NAME,
-                        [&](const CallFrame& frame)
-                        {
-                            Wrap_IP_INTERFACE_INFO table;
-                            if (!table.GetAdapterList(NicList))
-                                return frame.FailAs("... ending(Failed to get adapter list)");
-                            for (NIC_INFO& NicInfo : NicList)
-                                CompleteAdapter(NicInfo);
-                            frame.Information("uiNicCount", NicList.size());
-                            return frame.Succeed();
-                        });
+    return RunOperation(LIST_NAME, [&](const CallFrame& frame) {
+        Wrap_IP_INTERFACE_INFO table;
+        if (!table.GetAdapterList(NicList))
+            return frame.FailAs("... ending(Failed to get adapter list)");
+        for (NIC_INFO& NicInfo : NicList)
+            CompleteAdapter(NicInfo);
+        frame.Information("uiNicCount", NicList.size());
+        return frame.Succeed();
+    });
 }
 
 /// One element of the list. A step that fails ends the completion of this element, but for the friendly name. The texts
@@ -51,18 +49,16 @@ void TOLVA::CompleteAdapter(NIC_INFO& NicInfo)
 
 bool TOLVA::GetAdapterIndex(const NIC_INFO& NicInfo, unsigned long& ulIndex)
 {
-    return RunOperation("TOLVA::GetAdapterIndex",
-                        [&](const CallFrame& frame)
-                        {
-                            if (NicInfo.sNicGuid.empty())
-                                return frame.Fail("Bad NIC GUID");
-                            frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
+    return RunOperation("TOLVA::GetAdapterIndex", [&](const CallFrame& frame) {
+        if (NicInfo.sNicGuid.empty())
+            return frame.Fail("Bad NIC GUID");
+        frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
 
-                            const velmor::string sDeviceName = L"\\DEVICE\\TCPIP_" + NicInfo.sNicGuid;
-                            const DWORD dwRc = ::GetAdapterIndex(const_cast<wchar_t*>(sDeviceName.c_str()), &ulIndex);
-                            if (dwRc != NO_ERROR)
-                                return frame.FailAs("... ending(GetAdapterIndex failed)", "dwRc", dwRc);
-                            frame.Verbose("ulAdapterIndex", ulIndex);
-                            return frame.Succeed();
-                        });
+        const velmor::string sDeviceName = L"\\DEVICE\\TCPIP_" + NicInfo.sNicGuid;
+        const DWORD dwRc = ::GetAdapterIndex(const_cast<wchar_t*>(sDeviceName.c_str()), &ulIndex);
+        if (dwRc != NO_ERROR)
+            return frame.FailAs("... ending(GetAdapterIndex failed)", "dwRc", dwRc);
+        frame.Verbose("ulAdapterIndex", ulIndex);
+        return frame.Succeed();
+    });
 }

@@ -11,19 +11,17 @@ template <class Ask>
 bool AskAddressTable(const char* pszName, const TOLVA::NIC_INFO& NicInfo, TOLVA::FAMILY_TYPE enFamily,
                      const char* pszFailure, Ask&& ask)
 {
-    return RunOperation(pszName,
-                        [&](const CallFrame& frame)
-                        {
-                            if (NicInfo.sNicGuid.empty())
-                                return frame.Fail("Bad NIC GUID");
-                            unsigned long ulIndex = 0;
-                            if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-                                return frame.Fail("TOLVA::GetAdapterIndex failed");
-                            TOLVA::Wrap_IP_ADAPTER_ADDRESSES table(enFamily);
-                            if (!ask(table, ulIndex))
-                                return frame.Fail(pszFailure);
-                            return frame.Succeed();
-                        });
+    return RunOperation(pszName, [&](const CallFrame& frame) {
+        if (NicInfo.sNicGuid.empty())
+            return frame.Fail("Bad NIC GUID");
+        unsigned long ulIndex = 0;
+        if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
+            return frame.Fail("TOLVA::GetAdapterIndex failed");
+        TOLVA::Wrap_IP_ADAPTER_ADDRESSES table(enFamily);
+        if (!ask(table, ulIndex))
+            return frame.Fail(pszFailure);
+        return frame.Succeed();
+    });
 }
 
 } // namespace
@@ -32,62 +30,70 @@ bool TOLVA::GetAdapterFriendlyName(NIC_INFO& NicInfo)
 {
     return AskAddressTable("TOLVA::GetAdapterFriendlyName", NicInfo, FAMILY_BOTH,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetAdapterFriendlyName() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetAdapterFriendlyName(ulIndex, NicInfo.sNicFriendlyName); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetAdapterFriendlyName(ulIndex, NicInfo.sNicFriendlyName);
+                           });
 }
 
 bool TOLVA::GetAdapterType(NIC_INFO& NicInfo)
 {
     return AskAddressTable("TOLVA::GetAdapterType", NicInfo, FAMILY_BOTH,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetAdapterType() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetAdapterType(ulIndex, NicInfo.sNicType); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetAdapterType(ulIndex, NicInfo.sNicType);
+                           });
 }
 
 bool TOLVA::GetAdapterOperStatus(const NIC_INFO& NicInfo, TOLVA_OPER_STATUS& enOperStatus)
 {
     return AskAddressTable("TOLVA::GetAdapterOperStatus", NicInfo, FAMILY_BOTH,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetAdapterOperStatus(ulIndex, enOperStatus); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetAdapterOperStatus(ulIndex, enOperStatus);
+                           });
 }
 
 bool TOLVA::AddressFamilySupported(const NIC_INFO& NicInfo, FAMILY_TYPE& enFamilyType)
 {
     return AskAddressTable("TOLVA::AddressFamilySupported", NicInfo, FAMILY_BOTH,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetAddressFamilySupported() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetAddressFamilySupported(ulIndex, enFamilyType); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetAddressFamilySupported(ulIndex, enFamilyType);
+                           });
 }
 
 bool TOLVA::GetHardwareAddress(const NIC_INFO& NicInfo, HARDWARE_ADDRESS& HwAddr)
 {
     return AskAddressTable("TOLVA::GetHardwareAddress", NicInfo, FAMILY_BOTH,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetHardwareAddress() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetHardwareAddress(ulIndex, HwAddr); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetHardwareAddress(ulIndex, HwAddr);
+                           });
 }
 
 bool TOLVA::GetDhcpServer(const NIC_INFO& NicInfo, velmor::ip_address& DhcpServer)
 {
     return AskAddressTable("TOLVA::GetDhcpServer", NicInfo, FAMILY_IPV4,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetDhcpServer(ulIndex, DhcpServer); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetDhcpServer(ulIndex, DhcpServer);
+                           });
 }
 
 bool TOLVA::GetDhcpServer(const NIC_INFO& NicInfo, unsigned long& ulIAID, velmor::string& sDUID)
 {
     return AskAddressTable("TOLVA::GetDhcpServer", NicInfo, FAMILY_IPV6,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetDhcpServer(ulIndex, ulIAID, sDUID); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetDhcpServer(ulIndex, ulIAID, sDUID);
+                           });
 }
 
 bool TOLVA::GetDnsServerList(const NIC_INFO& NicInfo, std::vector<velmor::ip_address>& DnsServerList)
 {
     return AskAddressTable("TOLVA::GetDnsServerList", NicInfo, FAMILY_BOTH,
                            "Wrap_IP_ADAPTER_ADDRESSES::GetDnsServerList() failed",
-                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex)
-                           { return table.GetDnsServerList(ulIndex, DnsServerList); });
+                           [&](Wrap_IP_ADAPTER_ADDRESSES& table, unsigned long ulIndex) {
+                               return table.GetDnsServerList(ulIndex, DnsServerList);
+                           });
 }

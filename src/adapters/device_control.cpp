@@ -17,33 +17,28 @@ constexpr const wchar_t* LAN_DEVICE_CLASS =
 bool TOLVA::CanChangeAdapterOptions(const NIC_INFO& NicInfo, bool& bCanChangeOptions)
 {
     bCanChangeOptions = false;
-    return RunOperation("TOLVA::CanChangeAdapterOptions",
-                        [&](const CallFrame& frame)
-                        {
-                            if (NicInfo.sNicPci.empty())
-                                return frame.Fail("Bad NIC PCI"); // not "PCI ID", as the other device operations say
+    return RunOperation("TOLVA::CanChangeAdapterOptions", [&](const CallFrame& frame) {
+        if (NicInfo.sNicPci.empty())
+            return frame.Fail("Bad NIC PCI"); // not "PCI ID", as the other device operations say
 
-                            const velmor::Registry_System registry;
-                            const velmor::string sClassKey(LAN_DEVICE_CLASS);
-                            std::vector<velmor::string> subkeys;
-                            if (!registry.EnumerateKeys(L"SYSTEM\\" + sClassKey, subkeys))
-                                return frame.FailAs("... ending( velmor::Registry_System::EnumerateKeys failed) ");
+        const velmor::Registry_System registry;
+        const velmor::string sClassKey(LAN_DEVICE_CLASS);
+        std::vector<velmor::string> subkeys;
+        if (!registry.EnumerateKeys(L"SYSTEM\\" + sClassKey, subkeys))
+            return frame.FailAs("... ending( velmor::Registry_System::EnumerateKeys failed) ");
 
-                            bCanChangeOptions = std::any_of(
-                                subkeys.begin(), subkeys.end(),
-                                [&](const velmor::string& sName)
-                                {
-                                    const velmor::string sSubKey = sClassKey + L"\\" + sName;
-                                    frame.Verbose("sSubKey", sSubKey);
-                                    velmor::string sDeviceInstance;
-                                    if (!registry.GetString(sSubKey, L"DeviceInstance", sDeviceInstance))
-                                        return false;
-                                    frame.Verbose("Found DeviceInstance", "sDeviceInstance", sDeviceInstance);
-                                    return velmor::EqualIgnoringCase(sDeviceInstance, NicInfo.sNicPci);
-                                });
-                            if (bCanChangeOptions)
-                                frame.Verbose("Found PCI -> GUID match");
-                            frame.Information("bCanChangeOptions", bCanChangeOptions);
-                            return frame.Succeed();
-                        });
+        bCanChangeOptions = std::any_of(subkeys.begin(), subkeys.end(), [&](const velmor::string& sName) {
+            const velmor::string sSubKey = sClassKey + L"\\" + sName;
+            frame.Verbose("sSubKey", sSubKey);
+            velmor::string sDeviceInstance;
+            if (!registry.GetString(sSubKey, L"DeviceInstance", sDeviceInstance))
+                return false;
+            frame.Verbose("Found DeviceInstance", "sDeviceInstance", sDeviceInstance);
+            return velmor::EqualIgnoringCase(sDeviceInstance, NicInfo.sNicPci);
+        });
+        if (bCanChangeOptions)
+            frame.Verbose("Found PCI -> GUID match");
+        frame.Information("bCanChangeOptions", bCanChangeOptions);
+        return frame.Succeed();
+    });
 }

@@ -20,47 +20,50 @@ constexpr Word DAD_WORDS[] = {
 constexpr Word SCOPE_WORDS[] = {{0, L"n/a"},  {1, L"Interface"},    {2, L"Link"},    {3, L"Subnet"}, {4, L"Admin"},
                                 {5, L"Site"}, {8, L"Organisation"}, {14, L"Global"}, {16, L"Count"}};
 
-// The buffer alone is written to: the stream's own formatting would make the library several times larger.
-void Put(std::wofstream& ofs, std::wstring_view text)
-{
-    ofs.rdbuf()->sputn(text.data(), static_cast<std::streamsize>(text.size()));
-}
-
-void PutNumber(std::wofstream& ofs, unsigned long value)
+std::wstring Number(unsigned long value)
 {
     const std::string sDigits = std::to_string(value);
-    Put(ofs, std::wstring(sDigits.begin(), sDigits.end()));
+    return std::wstring(sDigits.begin(), sDigits.end());
 }
 
 template <std::size_t N>
-void PutWord(std::wofstream& ofs, const Word (&words)[N], unsigned long value)
+std::wstring WordFor(const Word (&words)[N], unsigned long value)
 {
     for (const Word& word : words)
         if (word.value == value)
-            return Put(ofs, word.text);
-    Put(ofs, L"Unknown : ");
-    PutNumber(ofs, value);
+            return std::wstring(word.text);
+    return L"Unknown : " + Number(value);
+}
+
+/// Puts what `compose` makes into the stream's buffer alone: the stream's own formatting would make the library several
+/// times larger. What cannot be printed is lost.
+template <class Compose>
+void Print(std::wofstream& ofs, Compose&& compose) noexcept
+try
+{
+    const std::wstring sText = compose();
+    ofs.rdbuf()->sputn(sText.data(), static_cast<std::streamsize>(sText.size()));
+}
+catch (...)
+{
 }
 
 } // namespace
 
 void TOLVA::PrintAdapterStatus(std::wofstream& ofs, TOLVA_OPER_STATUS enOperStatus)
 {
-    PutWord(ofs, STATUS_WORDS, enOperStatus);
+    Print(ofs, [&] { return WordFor(STATUS_WORDS, enOperStatus); });
 }
 
 void TOLVA::PrintDadState(std::wofstream& ofs, NL_DAD_STATE enDadState)
 {
-    PutWord(ofs, DAD_WORDS, static_cast<unsigned long>(enDadState));
+    Print(ofs, [&] { return WordFor(DAD_WORDS, static_cast<unsigned long>(enDadState)); });
 }
 
 void TOLVA::PrintScopeId(std::wofstream& ofs, const SCOPE_ID& ScopeId)
 {
-    Put(ofs, L"Zone = ");
-    if (ScopeId.Zone == 0)
-        Put(ofs, L"Default");
-    else
-        PutNumber(ofs, ScopeId.Zone);
-    Put(ofs, L", Level = ");
-    PutWord(ofs, SCOPE_WORDS, ScopeId.Level);
+    Print(ofs, [&] {
+        const std::wstring sZone = ScopeId.Zone == 0 ? L"Default" : Number(ScopeId.Zone);
+        return L"Zone = " + sZone + L", Level = " + WordFor(SCOPE_WORDS, ScopeId.Level);
+    });
 }

@@ -62,14 +62,16 @@ const char* FamilyName(TOLVA::FAMILY_TYPE enFamily) noexcept
 
 void TraceSocketAddress(const CallFrame& frame, const char* pszVariable, const SOCKET_ADDRESS& sa)
 {
+    constexpr INT LONGEST = sizeof(SOCKADDR_INET);
+    const auto length = static_cast<unsigned int>(std::clamp(sa.iSockaddrLength, 0, LONGEST));
     if (sa.lpSockaddr != nullptr)
-        frame.Verbose(pszVariable, CallFrame::Bytes{sa.lpSockaddr, static_cast<unsigned int>(sa.iSockaddrLength)});
+        frame.Verbose(pszVariable, CallFrame::Bytes{sa.lpSockaddr, length});
 }
 
 } // namespace
 
 TOLVA::Wrap_IP_ADAPTER_ADDRESSES::Wrap_IP_ADAPTER_ADDRESSES(FAMILY_TYPE enFamily)
-    : m_enFamily(enFamily == FAMILY_IPV4 || enFamily == FAMILY_IPV6 ? enFamily : FAMILY_BOTH), m_buffer(FIRST_SIZE)
+    : m_enFamily(enFamily), m_buffer(FIRST_SIZE)
 {
 }
 
@@ -78,11 +80,12 @@ bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable()
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable");
     m_pAddresses = nullptr;
     frame.Verbose(FamilyName(m_enFamily));
+    const bool bOneFamily = m_enFamily == FAMILY_IPV4 || m_enFamily == FAMILY_IPV6;
+    const FAMILY_TYPE enFamily = bOneFamily ? m_enFamily : FAMILY_BOTH;
 
-    const auto Ask = [&](ULONG& ulSize)
-    {
+    const auto Ask = [&](ULONG& ulSize) {
         m_pAddresses = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_buffer.data());
-        return ::GetAdaptersAddresses(m_enFamily, TABLE_FLAGS, nullptr, m_pAddresses, &ulSize);
+        return ::GetAdaptersAddresses(enFamily, TABLE_FLAGS, nullptr, m_pAddresses, &ulSize);
     };
     ULONG ulSize = FIRST_SIZE;
     ULONG ulRc = Ask(ulSize);
@@ -126,142 +129,125 @@ bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterFriendlyName(unsigned long ulIn
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterFriendlyName");
     frame.Verbose("ulIndex", ulIndex);
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     if (entry.FriendlyName != nullptr && *entry.FriendlyName != L'\0')
-                     {
-                         sNicFriendlyName = entry.FriendlyName;
-                         frame.Verbose("sNicFriendlyName", sNicFriendlyName);
-                     }
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        if (entry.FriendlyName != nullptr && *entry.FriendlyName != L'\0')
+        {
+            sNicFriendlyName = entry.FriendlyName;
+            frame.Verbose("sNicFriendlyName", sNicFriendlyName);
+        }
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus(unsigned long ulIndex, TOLVA_OPER_STATUS& enOperStatus)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus");
     frame.Verbose("ulIndex", ulIndex);
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     const auto status = static_cast<unsigned int>(entry.OperStatus);
-                     if (status < OPER_STATUS_UP || status > OPER_STATUS_LOWER_LAYER_DOWN)
-                         return frame.Fail("Unknown operational status", "pCurrAddresses->OperStatus", status);
-                     enOperStatus = static_cast<TOLVA_OPER_STATUS>(status);
-                     frame.Information(STATUS_NAMES[status - OPER_STATUS_UP]);
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        const auto status = static_cast<unsigned int>(entry.OperStatus);
+        if (status < OPER_STATUS_UP || status > OPER_STATUS_LOWER_LAYER_DOWN)
+            return frame.Fail("Unknown operational status", "pCurrAddresses->OperStatus", status);
+        enOperStatus = static_cast<TOLVA_OPER_STATUS>(status);
+        frame.Information(STATUS_NAMES[status - OPER_STATUS_UP]);
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterType(unsigned long ulIndex, velmor::string& sNicType)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterType");
     frame.Verbose("ulIndex", ulIndex);
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     sNicType = TypeOf(entry.IfType);
-                     frame.Verbose("sNicType", sNicType);
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        sNicType = TypeOf(entry.IfType);
+        frame.Verbose("sNicType", sNicType);
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAddressFamilySupported(unsigned long ulIndex, FAMILY_TYPE& enFamilyType)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAddressFamilySupported");
     frame.Verbose("ulIndex", ulIndex);
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     const auto Supports = [&](ULONG ulFamilyIndex, const char* pszText)
-                     {
-                         if (ulFamilyIndex != 0)
-                             frame.Verbose(pszText);
-                         return ulFamilyIndex != 0;
-                     };
-                     // Entries are found by their IPv4 index, so this family counts as supported unless 0 was asked
-                     // for.
-                     const bool bIPv4 = Supports(entry.IfIndex, "IPv4 supported");
-                     const bool bIPv6 = Supports(Field(entry, &IP_ADAPTER_ADDRESSES::Ipv6IfIndex), "IPv6 supported");
-                     if (!bIPv4 && !bIPv6)
-                         return frame.Fail("Neither IPv4 nor IPv6 supported");
-                     enFamilyType = bIPv4 && bIPv6 ? FAMILY_BOTH : bIPv4 ? FAMILY_IPV4 : FAMILY_IPV6;
-                     frame.Ending(TRACE_VERBOSE, bIPv4 && bIPv6 ? "Both IPv4 and IPv6 supported"
-                                                 : bIPv4        ? "IPv4 supported"
-                                                                : "IPv6 supported");
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        const auto Supports = [&](ULONG ulFamilyIndex, const char* pszText) {
+            if (ulFamilyIndex != 0)
+                frame.Verbose(pszText);
+            return ulFamilyIndex != 0;
+        };
+        // Entries are found by their IPv4 index, so this family counts as supported unless 0 was asked
+        // for.
+        const bool bIPv4 = Supports(entry.IfIndex, "IPv4 supported");
+        const bool bIPv6 = Supports(Field(entry, &IP_ADAPTER_ADDRESSES::Ipv6IfIndex), "IPv6 supported");
+        if (!bIPv4 && !bIPv6)
+            return frame.Fail("Neither IPv4 nor IPv6 supported");
+        enFamilyType = bIPv4 && bIPv6 ? FAMILY_BOTH : bIPv4 ? FAMILY_IPV4 : FAMILY_IPV6;
+        frame.Ending(TRACE_VERBOSE, bIPv4 && bIPv6 ? "Both IPv4 and IPv6 supported"
+                                    : bIPv4        ? "IPv4 supported"
+                                                   : "IPv6 supported");
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer(unsigned long ulIndex, velmor::ip_address& DhcpServer)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer");
-    if (m_enFamily == FAMILY_IPV6)
+    if (m_enFamily != FAMILY_BOTH && m_enFamily != FAMILY_IPV4)
         return frame.Fail("Wrong Wrap_IP_ADAPTER_ADDRESSES used");
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     const SOCKET_ADDRESS server = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv4Server);
-                     TraceSocketAddress(frame, "pCurrAddresses->Dhcpv4Server.lpSockaddr", server);
-                     DhcpServer = Convert_SOCKET_ADDRESS(server);
-                     frame.Verbose("sDhcpServerAddr", DhcpServer);
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        const SOCKET_ADDRESS server = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv4Server);
+        TraceSocketAddress(frame, "pCurrAddresses->Dhcpv4Server.lpSockaddr", server);
+        DhcpServer = Convert_SOCKET_ADDRESS(server);
+        frame.Verbose("sDhcpServerAddr", DhcpServer);
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer(unsigned long ulIndex, unsigned long& ulIAID,
                                                      velmor::string& sDUID)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer");
-    if (m_enFamily == FAMILY_IPV4)
+    if (m_enFamily != FAMILY_BOTH && m_enFamily != FAMILY_IPV6)
         return frame.Fail("Wrong Wrap_IP_ADAPTER_ADDRESSES used");
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     frame.Verbose("pCurrAddresses->Flags", CallFrame::Hex{Field(entry, &IP_ADAPTER_ADDRESSES::Flags)});
-                     TraceSocketAddress(frame, "pCurrAddresses->Dhcpv6Server.lpSockaddr",
-                                        Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6Server));
-                     ulIAID = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6Iaid);
-                     frame.Verbose("dwIAID", ulIAID);
-                     const std::size_t length = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6ClientDuidLength);
-                     sDUID =
-                         velmor::HexPairs(entry.Dhcpv6ClientDuid, std::min(length, std::size(entry.Dhcpv6ClientDuid)));
-                     frame.Verbose("sDUID", sDUID);
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        frame.Verbose("pCurrAddresses->Flags", CallFrame::Hex{Field(entry, &IP_ADAPTER_ADDRESSES::Flags)});
+        TraceSocketAddress(frame, "pCurrAddresses->Dhcpv6Server.lpSockaddr",
+                           Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6Server));
+        ulIAID = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6Iaid);
+        frame.Verbose("dwIAID", ulIAID);
+        const std::size_t length = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6ClientDuidLength);
+        sDUID = velmor::HexPairs(entry.Dhcpv6ClientDuid, std::min(length, std::size(entry.Dhcpv6ClientDuid)));
+        frame.Verbose("sDUID", sDUID);
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDnsServerList(unsigned long ulIndex,
                                                         std::vector<velmor::ip_address>& DnsServerList)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDnsServerList");
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     for (const auto* pDns = entry.FirstDnsServerAddress; pDns != nullptr; pDns = pDns->Next)
-                     {
-                         // By way of the text, which carries no port and no scope.
-                         const velmor::string sDns =
-                             TextOf(velmor::ip_address(velmor::CopySocketAddress(pDns->Address)));
-                         frame.Verbose("sDns", sDns);
-                         const velmor::ip_address address(sDns);
-                         if (address.is_valid())
-                             DnsServerList.push_back(address);
-                     }
-                     frame.Verbose("uiDnsServerCount", DnsServerList.size());
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        for (const auto* pDns = entry.FirstDnsServerAddress; pDns != nullptr; pDns = pDns->Next)
+        {
+            // By way of the text, which carries no port and no scope.
+            const velmor::string sDns = TextOf(velmor::ip_address(velmor::CopySocketAddress(pDns->Address)));
+            frame.Verbose("sDns", sDns);
+            const velmor::ip_address address(sDns);
+            if (address.is_valid())
+                DnsServerList.push_back(address);
+        }
+        frame.Verbose("uiDnsServerCount", DnsServerList.size());
+        return true;
+    });
 }
 
 bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetHardwareAddress(unsigned long ulIndex, HARDWARE_ADDRESS& HwAddr)
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetHardwareAddress");
-    return Query(frame, ulIndex,
-                 [&](const IP_ADAPTER_ADDRESSES& entry)
-                 {
-                     HwAddr = HARDWARE_ADDRESS(entry.PhysicalAddress, entry.PhysicalAddressLength);
-                     frame.Verbose("sHwAddr", HwAddr);
-                     return true;
-                 });
+    return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
+        constexpr ULONG LONGEST = sizeof(entry.PhysicalAddress);
+        const ULONG length = std::min(entry.PhysicalAddressLength, LONGEST);
+        HwAddr = HARDWARE_ADDRESS(entry.PhysicalAddress, length);
+        frame.Verbose("sHwAddr", HwAddr);
+        return true;
+    });
 }

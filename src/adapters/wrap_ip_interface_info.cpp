@@ -44,7 +44,6 @@ bool TOLVA::Wrap_IP_INTERFACE_INFO::LoadTable()
     if (dwRc != ERROR_INSUFFICIENT_BUFFER)
         return FailToLoad(frame, dwRc);
 
-    // Filled by the second call, but never smaller than the count that is read from it.
     m_buffer.assign(ulSize, 0);
     m_pInterfaceInfo = reinterpret_cast<IP_INTERFACE_INFO*>(m_buffer.data());
     dwRc = ::GetInterfaceInfo(m_pInterfaceInfo, &ulSize);

@@ -39,25 +39,23 @@ catch (...)
 
 bool TOLVA::GetTempFilename(velmor::string& sFilename)
 {
-    return RunOperation("TOLVA::GetTempFilename",
-                        [&](const CallFrame& frame)
-                        {
-                            constexpr DWORD PATH_SIZE = 260;
-                            wchar_t wszTempPath[PATH_SIZE];
-                            const DWORD length = ::GetTempPathW(PATH_SIZE, wszTempPath);
-                            if (length == 0 || length > PATH_SIZE)
-                                return frame.Fail("GetTempPath() failed", "dwLastError", ::GetLastError());
-                            frame.Verbose("wszTempPath", wszTempPath);
+    return RunOperation("TOLVA::GetTempFilename", [&](const CallFrame& frame) {
+        constexpr DWORD PATH_SIZE = 260;
+        wchar_t wszTempPath[PATH_SIZE];
+        const DWORD length = ::GetTempPathW(PATH_SIZE, wszTempPath);
+        if (length == 0 || length > PATH_SIZE)
+            return frame.Fail("GetTempPath() failed", "dwLastError", ::GetLastError());
+        frame.Verbose("wszTempPath", wszTempPath);
 
-                            // Where this fails, so does the next call, and tells why.
-                            if (!::PathIsDirectoryW(wszTempPath))
-                                ::CreateDirectoryW(wszTempPath, nullptr);
+        // Where this fails, so does the next call, and tells why.
+        if (!::PathIsDirectoryW(wszTempPath))
+            ::CreateDirectoryW(wszTempPath, nullptr);
 
-                            wchar_t wszTempFilename[PATH_SIZE];
-                            if (::GetTempFileNameW(wszTempPath, L"TOLVA", 0, wszTempFilename) == 0)
-                                return frame.Fail("GetTempFileName() failed", "dwLastError", ::GetLastError());
-                            frame.Verbose("wszTempFilename", wszTempFilename);
-                            sFilename = wszTempFilename;
-                            return frame.Succeed();
-                        });
+        wchar_t wszTempFilename[PATH_SIZE];
+        if (::GetTempFileNameW(wszTempPath, L"TOLVA", 0, wszTempFilename) == 0)
+            return frame.Fail("GetTempFileName() failed", "dwLastError", ::GetLastError());
+        frame.Verbose("wszTempFilename", wszTempFilename);
+        sFilename = wszTempFilename;
+        return frame.Succeed();
+    });
 }

@@ -23,23 +23,26 @@ TOLVA::SockDrawer::~SockDrawer()
 }
 
 TOLVA::TOLVA()
-try
 {
-    TheTrace.ReadTraceLevel();
-    TheTrace.ClearLog();
-    const CallFrame frame = CallFrame::WithoutStart("TOLVA::TOLVA");
-    frame.Verbose("Constructor");
+    // Not a function try block: that of a constructor would throw on.
+    try
+    {
+        TheTrace.ReadTraceLevel();
+        TheTrace.ClearLog();
+        const CallFrame frame = CallFrame::WithoutStart("TOLVA::TOLVA");
+        frame.Verbose("Constructor");
 
-    velmor::string sVersion;
-    GetModuleProperty(TOLVA_GMP_VERSION, sVersion);
-    frame.Information("sVersion", sVersion);
-    velmor::string sDescription;
-    GetModuleProperty(TOLVA_GMP_DESCRIPTION, sDescription);
-    frame.Information("sDescription", sDescription);
-}
-catch (...)
-{
-    CallFrame::WithoutStart("TOLVA::TOLVA").FailUnforeseen();
+        velmor::string sVersion;
+        GetModuleProperty(TOLVA_GMP_VERSION, sVersion);
+        frame.Information("sVersion", sVersion);
+        velmor::string sDescription;
+        GetModuleProperty(TOLVA_GMP_DESCRIPTION, sDescription);
+        frame.Information("sDescription", sDescription);
+    }
+    catch (...)
+    {
+        CallFrame::WithoutStart("TOLVA::TOLVA").FailUnforeseen();
+    }
 }
 
 TOLVA::~TOLVA()

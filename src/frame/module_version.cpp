@@ -118,6 +118,8 @@ catch (...)
 
 void TOLVA::GetResourceVersionStr(const velmor::string& sDllName, velmor::string& sVersion)
 {
-    RunOperation("TOLVA::GetResourceVersionStr",
-                 [&](const CallFrame& frame) { return FindVersion(frame, sDllName, sVersion); });
+    RunOperation("TOLVA::GetResourceVersionStr", [&](const CallFrame& frame) {
+        const velmor::string sName = sDllName; // the caller may have passed one string for both
+        return FindVersion(frame, sName, sVersion);
+    });
 }

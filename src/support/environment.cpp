@@ -116,13 +116,10 @@ velmor::string ReadProductName(const velmor::Registry& software, unsigned long u
 
 bool IsMiniNT()
 {
-    return std::any_of(std::begin(MININT_KEYS), std::end(MININT_KEYS),
-                       [](const wchar_t* pszKey)
-                       {
-                           velmor::UniqueKey key;
-                           return ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, pszKey, 0, KEY_READ, key.Receive()) ==
-                                  ERROR_SUCCESS;
-                       });
+    return std::any_of(std::begin(MININT_KEYS), std::end(MININT_KEYS), [](const wchar_t* pszKey) {
+        velmor::UniqueKey key;
+        return ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, pszKey, 0, KEY_READ, key.Receive()) == ERROR_SUCCESS;
+    });
 }
 
 void ChooseCode(WindowsEnvironment& environment, const Version& version)

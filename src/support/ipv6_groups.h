@@ -22,8 +22,9 @@ bool ParseIpv6Groups(std::basic_string_view<Char> text, Ipv6Groups& groups) noex
     if (text.size() <= 1)
         return false;
 
-    const auto IsDoubleColon = [&](std::size_t i)
-    { return text[i] == ':' && i + 1 < text.size() && text[i + 1] == ':'; };
+    const auto IsDoubleColon = [&](std::size_t i) {
+        return text[i] == ':' && i + 1 < text.size() && text[i + 1] == ':';
+    };
 
     // A single colon in the last place does not count.
     std::size_t singleColons = 0;

@@ -1,5 +1,5 @@
 // The compiler's run time names the exception that ends a program, and brings a demangler for it that is a sixth of the
-// library. No exception leaves an operation, so nothing would ever be named: the plain end takes its place.
+// library. A program without a handler ends either way, so the plain end takes its place.
 
 #ifdef __MINGW32__
 

@@ -17,7 +17,9 @@
 namespace
 {
 
-constexpr DWORD MUTEX_WAIT_MS = 60000;
+constexpr DWORD LINE_WAIT_MS = 60000;
+/// Much shorter, because the load of the library waits for it.
+constexpr DWORD ROTATION_WAIT_MS = 1000;
 constexpr unsigned int BYTES_PER_ROW = 32;
 /// The environment whose files lie at fixed places on drive Z:, not beside the executable.
 constexpr unsigned long ENVIRONMENT_ON_Z = 16;
@@ -41,11 +43,11 @@ const wchar_t* FallbackModulePath() noexcept
 }
 
 /// Waits for the mutex; any other result than success, an abandoned mutex included, gives it back and counts as failed.
-velmor::HeldMutex WaitFor(HANDLE hMutex) noexcept
+velmor::HeldMutex WaitFor(HANDLE hMutex, DWORD dwMilliseconds) noexcept
 {
     if (hMutex == nullptr)
         return {};
-    if (::WaitForSingleObject(hMutex, MUTEX_WAIT_MS) == WAIT_OBJECT_0)
+    if (::WaitForSingleObject(hMutex, dwMilliseconds) == WAIT_OBJECT_0)
         return velmor::HeldMutex(hMutex);
     ::ReleaseMutex(hMutex);
     return {};
@@ -75,7 +77,8 @@ void PutQuoted(velmor::WideFileStream& ofs, std::wstring_view text)
 class CTrace::AcquiredFile
 {
 public:
-    explicit AcquiredFile(CTrace& trace) noexcept : m_mutex(WaitFor(trace.m_hMutex.Get())), m_ofs(trace.m_ofs)
+    explicit AcquiredFile(CTrace& trace) noexcept
+        : m_mutex(WaitFor(trace.m_hMutex.Get(), LINE_WAIT_MS)), m_ofs(trace.m_ofs)
     {
         m_bOpen = m_mutex && m_ofs.Open(trace.m_sLogPath.c_str(), velmor::WideFileStream::Mode::Append);
     }
@@ -119,7 +122,7 @@ CTrace::~CTrace()
 void CTrace::RotateLog()
 {
     // Between copy and deletion another process would lose its lines. Without the mutex it is done all the same.
-    const velmor::HeldMutex mutex = WaitFor(m_hMutex.Get());
+    const velmor::HeldMutex mutex = WaitFor(m_hMutex.Get(), ROTATION_WAIT_MS);
     if (!::PathFileExistsW(m_sLogPath.c_str()))
         return;
     velmor::string sBackup = m_sLogPath;
@@ -190,7 +193,7 @@ void CTrace::ResetLog(const velmor::string& sDir, unsigned int uiSetting)
 
 bool CTrace::ClearLog()
 {
-    const velmor::HeldMutex mutex = WaitFor(m_hMutex.Get());
+    const velmor::HeldMutex mutex = WaitFor(m_hMutex.Get(), LINE_WAIT_MS);
     if (!mutex)
         return false;
     m_ofs.Open(m_sLogPath.c_str(), velmor::WideFileStream::Mode::Truncate);
@@ -241,12 +244,10 @@ template <class Value>
 void CTrace::WriteVar(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                       Value&& writeValue) noexcept
 {
-    WriteLine(level,
-              [&]
-              {
-                  m_ofs << View(sName) << L" : " << View(sVariable);
-                  writeValue();
-              });
+    WriteLine(level, [&] {
+        m_ofs << View(sName) << L" : " << View(sVariable);
+        writeValue();
+    });
 }
 
 void CTrace::Trace(unsigned int level, const velmor::string& sName, const velmor::string& sMessage)
@@ -261,14 +262,12 @@ void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const vel
 
 void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const velmor::string& sVariable, char value)
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 wchar_t character = L'\0';
-                 if (std::mbtowc(&character, &value, 1) < 0)
-                     character = L'\xFFFD';
-                 PutCharacter(m_ofs, character);
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        wchar_t character = L'\0';
+        if (std::mbtowc(&character, &value, 1) < 0)
+            character = L'\xFFFD';
+        PutCharacter(m_ofs, character);
+    });
 }
 
 void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
@@ -309,13 +308,11 @@ void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const vel
 void CTrace::TraceHex(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                       unsigned long long value)
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 m_ofs.UpperCaseDigits(true);
-                 m_ofs << L" = 0x";
-                 m_ofs.Hex(value);
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        m_ofs.UpperCaseDigits(true);
+        m_ofs << L" = 0x";
+        m_ofs.Hex(value);
+    });
 }
 
 void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const velmor::string& sVariable, BOOL value)
@@ -336,13 +333,11 @@ void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const vel
 void CTrace::TraceBytes(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                         const unsigned char* pBytes, unsigned int count)
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 m_ofs << (count > BYTES_PER_ROW ? L" = \n" : L" = ");
-                 for (unsigned int i = 0; pBytes != nullptr && i < count; ++i)
-                     m_ofs.Hex(pBytes[i], 2) << ((i + 1) % BYTES_PER_ROW == 0 ? L'\n' : L' ');
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        m_ofs << (count > BYTES_PER_ROW ? L" = \n" : L" = ");
+        for (unsigned int i = 0; pBytes != nullptr && i < count; ++i)
+            m_ofs.Hex(pBytes[i], 2) << ((i + 1) % BYTES_PER_ROW == 0 ? L'\n' : L' ');
+    });
 }
 
 void CTrace::TraceBanner(const velmor::string& sText)
@@ -368,39 +363,34 @@ void CTrace::TraceBanner(const velmor::string& sText)
 void CTrace::TraceIPv4(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                        unsigned long ulAddress, bool bSwap)
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 IN_ADDR address;
-                 address.s_addr = bSwap ? ::htonl(ulAddress) : ulAddress;
-                 const char* pszText = ::inet_ntoa(address);
-                 m_ofs << L" = " << (pszText != nullptr ? pszText : "<invalid>");
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        IN_ADDR address;
+        address.s_addr = bSwap ? ::htonl(ulAddress) : ulAddress;
+        const char* pszText = ::inet_ntoa(address);
+        m_ofs << L" = " << (pszText != nullptr ? pszText : "<invalid>");
+    });
 }
 
 template <class Char>
 void CTrace::WriteIPv6(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                        const Char* pszAddress) noexcept
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 m_ofs.UpperCaseDigits(false);
-                 m_ofs << L" = ";
-                 velmor::Ipv6Groups groups;
-                 if (pszAddress == nullptr ||
-                     !velmor::ParseIpv6Groups(std::basic_string_view<Char>(pszAddress), groups))
-                 {
-                     m_ofs << L"<Invalid IPv6 address>";
-                     return;
-                 }
-                 for (std::size_t i = 0; i < groups.size(); ++i)
-                 {
-                     if (i > 0)
-                         m_ofs << L':';
-                     m_ofs.Hex(groups[i], 4);
-                 }
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        m_ofs.UpperCaseDigits(false);
+        m_ofs << L" = ";
+        velmor::Ipv6Groups groups;
+        if (pszAddress == nullptr || !velmor::ParseIpv6Groups(std::basic_string_view<Char>(pszAddress), groups))
+        {
+            m_ofs << L"<Invalid IPv6 address>";
+            return;
+        }
+        for (std::size_t i = 0; i < groups.size(); ++i)
+        {
+            if (i > 0)
+                m_ofs << L':';
+            m_ofs.Hex(groups[i], 4);
+        }
+    });
 }
 
 void CTrace::TraceIPv6(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
@@ -418,26 +408,22 @@ void CTrace::TraceIPv6(unsigned int level, const velmor::string& sName, const ve
 void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                       const GUID& value)
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 char text[37];
-                 std::snprintf(text, std::size(text), "%8.8lX-%4.4X-%4.4X-%2.2X%2.2X-%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X",
-                               value.Data1, value.Data2, value.Data3, value.Data4[0], value.Data4[1], value.Data4[2],
-                               value.Data4[3], value.Data4[4], value.Data4[5], value.Data4[6], value.Data4[7]);
-                 m_ofs << L" = { " << text << L" }";
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        char text[37];
+        std::snprintf(text, std::size(text), "%8.8lX-%4.4X-%4.4X-%2.2X%2.2X-%2.2X%2.2X%2.2X%2.2X%2.2X%2.2X",
+                      value.Data1, value.Data2, value.Data3, value.Data4[0], value.Data4[1], value.Data4[2],
+                      value.Data4[3], value.Data4[4], value.Data4[5], value.Data4[6], value.Data4[7]);
+        m_ofs << L" = { " << text << L" }";
+    });
 }
 
 void CTrace::TraceVar(unsigned int level, const velmor::string& sName, const velmor::string& sVariable,
                       const SYSTEMTIME& value)
 {
-    WriteVar(level, sName, sVariable,
-             [&]
-             {
-                 char text[32];
-                 std::snprintf(text, std::size(text), "%2.2u/%2.2u/%4.4u %2.2u:%2.2u:%2.2u", value.wDay, value.wMonth,
-                               value.wYear, value.wHour, value.wMinute, value.wSecond);
-                 m_ofs << L" = " << text;
-             });
+    WriteVar(level, sName, sVariable, [&] {
+        char text[32];
+        std::snprintf(text, std::size(text), "%2.2u/%2.2u/%4.4u %2.2u:%2.2u:%2.2u", value.wDay, value.wMonth,
+                      value.wYear, value.wHour, value.wMinute, value.wSecond);
+        m_ofs << L" = " << text;
+    });
 }
