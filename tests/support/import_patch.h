@@ -1,0 +1,74 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <winsock2.h>
+
+#include <windows.h>
+
+namespace testing_support
+{
+
+/// Every slot of a module's import table that stands for one function, pointed elsewhere until destruction. A function
+/// that the module does not import fails the running test.
+class ImportSlots
+{
+public:
+    /// A null module is the program itself.
+    ImportSlots(HMODULE hModule, const char* pszFunction, void* pReplacement);
+    ImportSlots(const ImportSlots&) = delete;
+    ImportSlots& operator=(const ImportSlots&) = delete;
+    ~ImportSlots();
+
+    [[nodiscard]] void* Original() const noexcept { return m_pOriginal; }
+
+private:
+    std::vector<void**> m_slots;
+    void* m_pOriginal = nullptr;
+};
+
+/// Replaces a platform function for one scope, as the calls of one module see it. The fake may be any callable, with
+/// captures too; of one lambda expression only one patch can be in force at a time. Patches end in reverse order.
+///
+///     const ImportPatch<decltype(&::GetInterfaceInfo)> patch("GetInterfaceInfo", [&](auto...) -> DWORD { return 5; });
+///     const auto patch = PATCH_IMPORT(GetInterfaceInfo, [&](auto...) -> DWORD { return 5; }); // the same
+///     const auto patch = PATCH_IMPORT(GetInterfaceInfo, fake, ::GetModuleHandleW(L"ZELK_NM.DLL"));
+template <class Pointer>
+class ImportPatch;
+
+template <class Result, class... Args>
+class ImportPatch<Result (*)(Args...)>
+{
+public:
+    using Function = Result (*)(Args...);
+
+    template <class Fake>
+    ImportPatch(const char* pszFunction, Fake fake, HMODULE hModule = nullptr)
+        : m_fake(std::make_shared<Fake>(std::move(fake))),
+          m_slots(hModule, pszFunction, reinterpret_cast<void*>(Entry(*static_cast<Fake*>(m_fake.get()))))
+    {
+    }
+
+    /// What the function was before, to be called from the fake or the test.
+    [[nodiscard]] Function Original() const noexcept { return reinterpret_cast<Function>(m_slots.Original()); }
+
+private:
+    template <class Fake>
+    static Function Entry(Fake& fake) noexcept
+    {
+        static Fake* pCurrent;
+        pCurrent = &fake;
+        return [](Args... args) -> Result { return (*pCurrent)(args...); };
+    }
+
+    std::shared_ptr<void> m_fake;
+    ImportSlots m_slots;
+};
+
+#define PATCH_IMPORT(Function, ...) ::testing_support::ImportPatch<decltype(&::Function)>(#Function, __VA_ARGS__)
+
+} // namespace testing_support

@@ -1,0 +1,368 @@
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include <support/files.h>
+#include <support/import_patch.h>
+#include <support/printers.h>
+#include <support/registry.h>
+#include <support/registry_scope.h>
+#include <support/resources.h>
+
+using namespace testing_support;
+using velmor::string;
+
+namespace
+{
+
+const wchar_t* const KEY = L"ZelkTest\\Inner";
+
+RegistryData Raw(DWORD dwType, std::wstring_view sUnits, std::size_t bytes)
+{
+    const std::wstring sWhole(sUnits);
+    const auto* pBytes = reinterpret_cast<const BYTE*>(sWhole.data());
+    return {dwType, {pBytes, pBytes + bytes}};
+}
+
+TEST(Registry, WritesToTheByte)
+{
+    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    const velmor::Registry_System system;
+    const std::wstring sLong(3000, L'l');
+    for (const std::wstring& sText : {std::wstring(), std::wstring(L"\x65E5 and more"), sLong})
+    {
+        EXPECT_TRUE(system.SetString(KEY, L"s", string(sText)));
+        EXPECT_EQ(StringData(sText), key.Get(L"Inner", L"s"));
+    }
+    EXPECT_TRUE(system.SetDword(KEY, L"d", 0x80000001));
+    EXPECT_EQ(DwordData(0x80000001), key.Get(L"Inner", L"d"));
+    EXPECT_TRUE(system.SetMultiString(KEY, L"m", {L"a", L"bc"}));
+    EXPECT_EQ(Raw(REG_MULTI_SZ, {L"a\0bc\0", 6}, 12), key.Get(L"Inner", L"m"));
+    EXPECT_TRUE(system.SetMultiString(KEY, L"m", {}));
+    EXPECT_EQ(Raw(REG_MULTI_SZ, {L"", 1}, 2), key.Get(L"Inner", L"m"));
+
+    const auto create = PATCH_IMPORT(RegCreateKeyExW,
+                                     [&](HKEY hRoot, const wchar_t* pszPath, DWORD, wchar_t*, DWORD dwOptions,
+                                         REGSAM access, SECURITY_ATTRIBUTES* pSecurity, HKEY*, DWORD*) -> LSTATUS {
+                                         EXPECT_EQ(HKEY_LOCAL_MACHINE, hRoot);
+                                         EXPECT_STREQ(L"SOFTWARE\\a\\b", pszPath);
+                                         EXPECT_TRUE(dwOptions == 0 && access == 0x2001F && pSecurity == nullptr);
+                                         return ERROR_ACCESS_DENIED;
+                                     });
+    EXPECT_FALSE(velmor::Registry_Software().SetDword(L"a\\b", L"d", 1));
+}
+
+TEST(Registry, ReadsWhateverLiesThere)
+{
+    const std::wstring sBig(40000, L'x');
+    struct Row
+    {
+        RegistryData data;
+        const wchar_t* pszText; ///< null where it is no text
+    };
+    const Row TEXTS[] = {
+        {StringData(L"plain"), L"plain"},
+        {StringData(L""), L""},
+        {Raw(REG_SZ, L"", 0), L""},
+        {Raw(REG_SZ, L"noend", 10), L"noend"},
+        {Raw(REG_SZ, L"odd", 5), L"od"},
+        {Raw(REG_SZ, L"x", 1), L""},
+        {Raw(REG_SZ, {L"cut\0off", 7}, 14), L"cut"},
+        {StringData(sBig), sBig.c_str()},
+        {StringData(L"%PATH%", REG_EXPAND_SZ), nullptr},
+        {StringData(L"multi", REG_MULTI_SZ), nullptr},
+        {StringData(L"bytes", REG_BINARY), nullptr},
+        {DwordData(7), nullptr},
+    };
+    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    const velmor::Registry_System system;
+    for (const Row& row : TEXTS)
+    {
+        key.Set(L"Inner", L"v", row.data);
+        string sText = L"before";
+        EXPECT_EQ(row.pszText != nullptr, system.GetString(KEY, L"v", sText)) << row.data.dwType;
+        EXPECT_EQ(string(row.pszText != nullptr ? row.pszText : L"before"), sText);
+    }
+
+    const std::pair<RegistryData, bool> NUMBERS[] = {{DwordData(7), true},
+                                                     {Raw(REG_DWORD, L"\x7", 2), false},
+                                                     {Raw(REG_DWORD, L"\x7", 0), false},
+                                                     {Raw(REG_DWORD, L"\x7____", 8), false},
+                                                     {Raw(REG_BINARY, {L"\x7\0", 2}, 4), false},
+                                                     {StringData(L"7"), false}};
+    for (const auto& [data, bNumber] : NUMBERS)
+    {
+        key.Set(L"Inner", L"v", data);
+        DWORD dwValue = 99;
+        EXPECT_EQ(bNumber, system.GetDword(KEY, L"v", dwValue)) << data.bytes.size();
+        EXPECT_EQ(bNumber ? 7U : 99U, dwValue);
+    }
+
+    using List = std::vector<string>;
+    const std::pair<RegistryData, List> LISTS[] = {
+        {Raw(REG_MULTI_SZ, {L"a\0bc\0", 6}, 12), {L"a", L"bc"}},
+        {Raw(REG_MULTI_SZ, L"", 2), {}},
+        {Raw(REG_MULTI_SZ, L"", 0), {}},
+        {Raw(REG_MULTI_SZ, {L"a\0bc", 4}, 8), {L"a", L"bc"}},
+        {Raw(REG_MULTI_SZ, {L"a\0bcd", 5}, 9), {L"a", L"bc"}},
+        {Raw(REG_MULTI_SZ, {L"a\0\0b\0", 6}, 10), {L"a"}},
+        {StringData(L"text"), {L"before"}},
+    };
+    for (const auto& [data, expected] : LISTS)
+    {
+        key.Set(L"Inner", L"v", data);
+        List values = {L"before"};
+        EXPECT_EQ(data.dwType == REG_MULTI_SZ, system.GetMultiString(KEY, L"v", values));
+        EXPECT_EQ(expected, values);
+    }
+    string sText;
+    EXPECT_FALSE(system.GetString(KEY, L"missing", sText));
+    EXPECT_FALSE(system.GetString(L"ZelkTest\\Missing", L"v", sText));
+    EXPECT_FALSE(velmor::Registry_Software().GetString(KEY, L"v", sText)) << "another hive";
+}
+
+TEST(Registry, ATextThatChangesWhileItIsRead)
+{
+    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    key.Set(L"Inner", L"v", StringData(L"four"));
+    for (const wchar_t* pszChanged : {L"longer", L"sho", L""})
+    {
+        const ImportPatch<decltype(&::RegQueryValueExW)> query(
+            "RegQueryValueExW",
+            [&](HKEY hKey, const wchar_t* pszName, DWORD* pReserved, DWORD* pType, BYTE* pData, DWORD* pSize) {
+                if (pData != nullptr)
+                    ::RegSetValueExW(hKey, pszName, 0, REG_SZ, reinterpret_cast<const BYTE*>(pszChanged),
+                                     static_cast<DWORD>((std::wcslen(pszChanged) + 1) * 2));
+                return query.Original()(hKey, pszName, pReserved, pType, pData, pSize);
+            });
+        // The library opens for reading only; the change needs more.
+        const ImportPatch<decltype(&::RegOpenKeyExW)> open(
+            "RegOpenKeyExW", [&](HKEY hRoot, const wchar_t* pszPath, DWORD dwOptions, REGSAM, HKEY* pKey) {
+                return open.Original()(hRoot, pszPath, dwOptions, KEY_ALL_ACCESS, pKey);
+            });
+        string sText = L"before";
+        EXPECT_FALSE(velmor::Registry_System().GetString(KEY, L"v", sText)) << testing::PrintToString(pszChanged);
+        EXPECT_EQ(string(L"before"), sText);
+    }
+}
+
+TEST(Registry, EnumerationEndsAtANameThatIsTooLong)
+{
+    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    const velmor::Registry_System system;
+    std::vector<string> names = {L"kept"};
+    EXPECT_TRUE(system.EnumerateKeys(L"SYSTEM\\ZelkTest", names));
+    EXPECT_EQ(1U, names.size());
+    const std::wstring sLongest(254, L'b');
+    for (const std::wstring& sName : {std::wstring(L"a"), sLongest, std::wstring(L"d")})
+        key.Set(sName, L"v", DwordData(0));
+    EXPECT_TRUE(system.EnumerateKeys(L"SYSTEM\\ZelkTest", names));
+    EXPECT_EQ((std::vector<string>{L"kept", L"a", string(sLongest), L"d"}), names);
+
+    key.Set(std::wstring(255, L'c'), L"v", DwordData(0));
+    names.clear();
+    EXPECT_TRUE(velmor::Registry_Software().EnumerateKeys(L"SYSTEM\\ZelkTest", names)) << "the path is a full one";
+    EXPECT_EQ((std::vector<string>{L"a", string(sLongest)}), names);
+    EXPECT_FALSE(system.EnumerateKeys(L"ZelkTest", names));
+
+    for (const LSTATUS code : {LSTATUS{ERROR_ACCESS_DENIED}, LSTATUS{ERROR_KEY_DELETED}, LSTATUS{-1}})
+    {
+        names.clear();
+        const auto walk =
+            PATCH_IMPORT(RegEnumKeyExW, [=](HKEY, DWORD dwIndex, wchar_t* pszName, DWORD* pLength, auto...) -> LSTATUS {
+                EXPECT_EQ(255U, *pLength);
+                std::wcscpy(pszName, L"name");
+                *pLength = 4;
+                return dwIndex < 2 ? 0 : code;
+            });
+        EXPECT_TRUE(system.EnumerateKeys(L"SYSTEM\\ZelkTest", names));
+        EXPECT_EQ(2U, names.size()) << code;
+    }
+}
+
+TEST(Registry, EveryKeyIsClosed)
+{
+    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    const velmor::Registry_System system;
+    const auto Everything = [&] {
+        string sText;
+        DWORD dwValue;
+        std::vector<string> values;
+        system.SetString(KEY, L"s", L"x");
+        system.SetDword(KEY, L"d", 1);
+        system.SetMultiString(KEY, L"m", {L"x"});
+        for (const wchar_t* pszName : {L"s", L"d", L"m", L"missing"})
+        {
+            system.GetString(KEY, pszName, sText);
+            system.GetDword(KEY, pszName, dwValue);
+            system.GetMultiString(KEY, pszName, values);
+        }
+        system.EnumerateKeys(L"SYSTEM", values);
+        const velmor::Registry_Software another;
+    };
+    Everything(); // the platform opens some handles once and for all
+    const unsigned int before = CountHandles();
+    Everything();
+    const auto set = PATCH_IMPORT(RegSetValueExW, [](auto...) -> LSTATUS { return ERROR_DISK_FULL; });
+    EXPECT_FALSE(system.SetDword(KEY, L"d", 1));
+    Everything();
+    EXPECT_EQ(before, CountHandles());
+}
+
+/// The platform as the unloading of a mounted hive sees it; every call leaves its mark in `sCalls`.
+struct MountedHive
+{
+    std::string sCalls;
+    std::wstring sMountKey;
+    int failingOpen = 0, failingAdjust = 0; ///< which call of its kind fails, counted from 1
+    bool bLookup = true;
+    LSTATUS unload = 0;
+    int opens = 0, adjusts = 0;
+    TempDirectory folder;
+
+    static HANDLE Token() { return reinterpret_cast<HANDLE>(0x70); }
+    static HKEY Key() { return reinterpret_cast<HKEY>(0x60); }
+    BOOL Fails(int& calls, int failing, DWORD dwError) const
+    {
+        if (++calls != failing)
+            return TRUE;
+        ::SetLastError(dwError);
+        return FALSE;
+    }
+    [[nodiscard]] std::string Log() const { return ReadFileBytes(folder / L"registry.log"); }
+
+    ImportPatch<decltype(&::RegOpenKeyExW)> openKey{
+        "RegOpenKeyExW", [this](HKEY hRoot, const wchar_t* pszPath, DWORD, REGSAM access, HKEY* pKey) -> LSTATUS {
+            EXPECT_TRUE(hRoot == HKEY_LOCAL_MACHINE && access == KEY_READ);
+            if (pszPath != sMountKey)
+                return ERROR_FILE_NOT_FOUND;
+            sCalls += "key ";
+            *pKey = Key();
+            return 0;
+        }};
+    ImportPatch<decltype(&::RegCloseKey)> closeKey{"RegCloseKey", [this](HKEY hKey) -> LSTATUS {
+                                                       EXPECT_EQ(Key(), hKey);
+                                                       sCalls += "close ";
+                                                       return 0;
+                                                   }};
+    ImportPatch<decltype(&::RegUnLoadKeyW)> unloadKey{"RegUnLoadKeyW", [this](HKEY, const wchar_t* pszPath) -> LSTATUS {
+                                                          EXPECT_EQ(sMountKey, pszPath);
+                                                          sCalls += "UNLOAD ";
+                                                          return unload;
+                                                      }};
+    ImportPatch<decltype(&::OpenProcessToken)> openToken{"OpenProcessToken",
+                                                         [this](HANDLE, DWORD dwAccess, HANDLE* pToken) -> BOOL {
+                                                             EXPECT_EQ(0x28U, dwAccess);
+                                                             *pToken = nullptr;
+                                                             if (!Fails(opens, failingOpen, 5))
+                                                                 return FALSE;
+                                                             *pToken = Token();
+                                                             sCalls += "(";
+                                                             return TRUE;
+                                                         }};
+    ImportPatch<decltype(&::CloseHandle)> closeToken{"CloseHandle", [this](HANDLE handle) -> BOOL {
+                                                         if (handle != Token())
+                                                             return closeToken.Original()(handle);
+                                                         sCalls += ") ";
+                                                         return TRUE;
+                                                     }};
+    ImportPatch<decltype(&::LookupPrivilegeValueW)> lookup{
+        "LookupPrivilegeValueW", [this](const wchar_t* pszSystem, const wchar_t* pszName, LUID* pLuid) -> BOOL {
+            EXPECT_EQ(nullptr, pszSystem);
+            const bool bRestore = std::wcscmp(pszName, L"SeRestorePrivilege") == 0;
+            EXPECT_TRUE(bRestore || std::wcscmp(pszName, L"SeBackupPrivilege") == 0);
+            sCalls += bRestore ? 'r' : 'b';
+            pLuid->LowPart = bRestore ? 18 : 17;
+            ::SetLastError(1313);
+            return bLookup;
+        }};
+    ImportPatch<decltype(&::AdjustTokenPrivileges)> adjust{
+        "AdjustTokenPrivileges",
+        [this](HANDLE hToken, BOOL bAll, TOKEN_PRIVILEGES* pNew, DWORD, TOKEN_PRIVILEGES* pPrevious, DWORD*) -> BOOL {
+            EXPECT_TRUE(hToken == Token() && !bAll && pNew->PrivilegeCount == 1);
+            if (!Fails(adjusts, failingAdjust, 87))
+                return FALSE;
+            const LUID_AND_ATTRIBUTES& privilege = pNew->Privileges[0];
+            sCalls += std::to_string(privilege.Luid.LowPart) + (privilege.Attributes == 2 ? "+" : "-");
+            if (pPrevious != nullptr)
+            {
+                *pPrevious = *pNew;
+                pPrevious->Privileges[0].Attributes = 0;
+            }
+            ::SetLastError(ERROR_NOT_ALL_ASSIGNED);
+            return TRUE;
+        }};
+    ImportPatch<decltype(&::CreateFileW)> file{
+        "CreateFileW", [this](const wchar_t* pszPath, DWORD dwAccess, DWORD dwShare, auto... rest) {
+            EXPECT_STREQ(L"X:\\Program Files\\velmor\\ZELK\\Logfiles\\registry.log", pszPath);
+            EXPECT_EQ(DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}, dwShare);
+            return file.Original()((folder / L"registry.log").c_str(), dwAccess, dwShare, rest...);
+        }};
+};
+
+TEST(Registry, DestructionUnloadsAMountedHive)
+{
+    struct Row
+    {
+        int failingOpen, failingAdjust;
+        bool bLookup;
+        LSTATUS unload;
+        const char* pszCalls;
+        const char* pszLog;
+    };
+    const std::string sDisabled = "Disable_Privilege(SE_RESTORE_NAME) returned 1\r\n"
+                                  "Disable_Privilege(SE_BACKUP_NAME) returned 1\r\n";
+    const std::string sNoPrivilege = "LookupPrivilegeValue() failed 1313\r\n";
+    const std::string sGood = "RegUnLoadKeyW returned 0\r\n" + sDisabled;
+    const std::string sBad = "RegUnLoadKeyW returned 5\r\n" + sDisabled;
+    const std::string sNone = sNoPrivilege + sNoPrivilege + "RegUnLoadKeyW returned 0\r\n" + sNoPrivilege +
+                              "Disable_Privilege(SE_RESTORE_NAME) returned 1\r\n" + sNoPrivilege +
+                              "Disable_Privilege(SE_BACKUP_NAME) returned 1\r\n";
+    const Row ROWS[] = {
+        {0, 0, true, 0, "(r18+) (b17+) UNLOAD (r18-) (b17-) ", sGood.c_str()},
+        {0, 0, true, 5, "(r18+) (b17+) UNLOAD (r18-) (b17-) ", sBad.c_str()},
+        {0, 0, false, 0, "(r) (b) UNLOAD (r) (b) ", sNone.c_str()},
+        {1, 0, true, 0, "", "OpenProcessToken() failed 5\r\nEnable_Privilege(SE_RESTORE_NAME) failed\r\n"},
+        {0, 1, true, 0, "(r) ", "AdjustTokenPrivileges() failed 87\r\nEnable_Privilege(SE_RESTORE_NAME) failed\r\n"},
+        {2, 0, true, 0, "(r18+) (r18-) ", "OpenProcessToken() failed 5\r\nEnable_Privilege(SE_BACKUP_NAME) failed\r\n"},
+        {0, 2, true, 0, "(r18+) (b) (r18-) ",
+         "AdjustTokenPrivileges() failed 87\r\nEnable_Privilege(SE_BACKUP_NAME) failed\r\n"},
+        {3, 0, true, 0, "(r18+) (b17+) UNLOAD (b17-) ",
+         "RegUnLoadKeyW returned 0\r\nOpenProcessToken() failed 5\r\nDisable_Privilege(SE_RESTORE_NAME) returned 0\r\n"
+         "Disable_Privilege(SE_BACKUP_NAME) returned 1\r\n"},
+        {0, 4, true, 0, "(r18+) (b17+) UNLOAD (r18-) (b) ",
+         "RegUnLoadKeyW returned 0\r\nDisable_Privilege(SE_RESTORE_NAME) returned 1\r\nAdjustTokenPrivileges() failed "
+         "87\r\n"
+         "Disable_Privilege(SE_BACKUP_NAME) returned 0\r\n"},
+    };
+    for (const Row& row : ROWS)
+        for (const bool bSystem : {true, false})
+        {
+            MountedHive hive;
+            hive.sMountKey =
+                bSystem ? L"{D0B3D3F4-05F2-4671-80D5-B569ABD77343}\\" : L"{72000DEF-16EA-418f-99F7-40C42BBC5C22}\\";
+            hive.failingOpen = row.failingOpen;
+            hive.failingAdjust = row.failingAdjust;
+            hive.bLookup = row.bLookup;
+            hive.unload = row.unload;
+            if (bSystem)
+                velmor::Registry_System();
+            else
+                velmor::Registry_Software();
+            EXPECT_EQ(std::string("key close ") + row.pszCalls, hive.sCalls);
+            EXPECT_EQ(row.pszLog, hive.Log());
+        }
+}
+
+TEST(Registry, WithoutAMountedHiveNothingHappens)
+{
+    MountedHive hive;
+    {
+        velmor::Registry_System system;
+        velmor::Registry_Software software;
+    }
+    EXPECT_EQ("", hive.sCalls);
+    EXPECT_FALSE(std::filesystem::exists(hive.folder / L"registry.log"));
+}
+
+} // namespace

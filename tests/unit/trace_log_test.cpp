@@ -1,0 +1,329 @@
+#include <bit>
+
+#include <winsock2.h>
+
+#include <shlwapi.h>
+
+#include <support/files.h>
+#include <support/import_patch.h>
+
+#include "fake_windows.h"
+#include "traced.h"
+
+using namespace testing_support;
+using velmor::string;
+
+namespace
+{
+
+using TraceLog = Traced;
+
+string PathOf(const std::filesystem::path& path)
+{
+    return string(path.wstring());
+}
+
+/// A second trace log, as a library that is loaded now would have it.
+class SecondLog : public CTrace
+{
+public:
+    SecondLog() : CTrace(L"TOLVA_trace.log", L"TOLVA_TraceLevel", 7) {}
+
+    string LogDirectory()
+    {
+        string sDir;
+        GetLogDirectory(sDir);
+        return sDir;
+    }
+    string ModuleDirectory()
+    {
+        string sDir;
+        GetModuleDirectory(sDir);
+        return sDir;
+    }
+};
+
+/// Sends the log of every CTrace built in this scope elsewhere.
+class LogsGoTo : public IniFile
+{
+public:
+    explicit LogsGoTo(const std::wstring& sDirectory)
+        : IniFile(BesideProgram(L"zlk.ini"),
+                  "[File Locations]\r\nLogfiles=" + std::filesystem::path(sDirectory).string() + "\r\n")
+    {
+    }
+};
+
+TEST_F(TraceLog, LevelSettings)
+{
+    constexpr std::pair<unsigned int, unsigned int> MASKS[] = {{0, 0},  {1, 1},  {2, 3},   {3, 7},
+                                                               {4, 15}, {5, 15}, {99, 15}, {0xFFFFFFFF, 15}};
+    for (const auto& [setting, mask] : MASKS)
+    {
+        TheTrace.SetTraceLevel(setting);
+        EXPECT_EQ(mask, TheTrace.GetTraceMask()) << setting;
+        trace.Empty();
+        for (unsigned int level = 1; level <= 8; level *= 2)
+            TheTrace.Trace(level, "A", "b");
+        EXPECT_EQ(std::popcount(mask), static_cast<int>(trace.Lines().size())) << setting;
+    }
+    EXPECT_EQ(7U, SecondLog().GetTraceMask());
+}
+
+TEST_F(TraceLog, LevelFromTheSettingsFile)
+{
+    constexpr std::pair<const char*, unsigned int> FILES[] = {
+        {"[Main]\r\nTOLVA_TraceLevel=0\r\n", 0},
+        {"[Main]\r\nTOLVA_TraceLevel=2\r\n", 3},
+        {"[Main]\r\nTOLVA_TraceLevel=4\r\n", 15},
+        {"[Main]\r\nTOLVA_TraceLevel=5\r\n", 7},
+        {"[Main]\r\nTOLVA_TraceLevel=-1\r\n", 7},
+        {"[Main]\r\nTOLVA_TraceLevel=verbose\r\n", 0},
+        {"[Main]\r\nOther=1\r\n", 7},
+        {"[Other]\r\nTOLVA_TraceLevel=1\r\n", 7},
+        {"\xFF\xFEgarbage", 7},
+    };
+    for (const auto& [pszContent, mask] : FILES)
+    {
+        TheTrace.SetTraceLevel(3);
+        const IniFile settings(BesideProgram(L"trace.ini"), pszContent);
+        TheTrace.ReadTraceLevel();
+        EXPECT_EQ(mask, TheTrace.GetTraceMask()) << pszContent;
+    }
+    TheTrace.SetTraceLevel(1);
+    TheTrace.ReadTraceLevel();
+    EXPECT_EQ(1U, TheTrace.GetTraceMask()) << "without a file";
+}
+
+TEST_F(TraceLog, NothingIsWrittenWithoutTheMutexOrTheFile)
+{
+    struct Row
+    {
+        DWORD dwWait;
+        bool bOpens;
+        bool bWritten;
+    };
+    for (const Row& row :
+         {Row{WAIT_OBJECT_0, true, true}, Row{WAIT_OBJECT_0, false, false}, Row{WAIT_TIMEOUT, true, false},
+          Row{WAIT_ABANDONED, true, false}, Row{WAIT_FAILED, true, false}})
+    {
+        SCOPED_TRACE(testing::Message() << row.dwWait << ' ' << row.bOpens);
+        std::string sCalls;
+        trace.Empty();
+        {
+            const auto wait = PATCH_IMPORT(WaitForSingleObject, [&](HANDLE, DWORD dwTime) {
+                EXPECT_EQ(60000U, dwTime);
+                sCalls += 'w';
+                return row.dwWait;
+            });
+            const auto release = PATCH_IMPORT(ReleaseMutex, [&](HANDLE) -> BOOL {
+                sCalls += 'r';
+                return TRUE;
+            });
+            std::optional<ImportPatch<decltype(&::CreateFileW)>> file;
+            if (!row.bOpens)
+                file.emplace("CreateFileW", [](auto...) { return INVALID_HANDLE_VALUE; });
+            TheTrace.Trace(TRACE_ERROR, "A", "b");
+            TheTrace.TraceBanner("c");
+            EXPECT_EQ(row.dwWait == WAIT_OBJECT_0, TheTrace.ClearLog());
+            TheTrace.TraceVar(TRACE_ERROR, "A", "b", true);
+        }
+        EXPECT_EQ("wrwrwrwr", sCalls) << "every wait is followed by its release";
+        EXPECT_EQ(row.bWritten, trace.Has("[E] A : b = true"));
+        EXPECT_EQ(row.bWritten ? 1U : 0U, trace.Lines().size());
+    }
+}
+
+TEST_F(TraceLog, ALogWithoutAMutexIsSilent)
+{
+    const auto create =
+        PATCH_IMPORT(CreateMutexW, [](SECURITY_ATTRIBUTES* p, BOOL bOwned, const wchar_t* pszName) -> HANDLE {
+            EXPECT_TRUE(p == nullptr && !bOwned);
+            EXPECT_STREQ(L"TOLVA_trace.log", pszName);
+            return nullptr;
+        });
+    SecondLog log;
+    log.Trace(TRACE_ERROR, "A", "b");
+    log.TraceBanner("A");
+    EXPECT_FALSE(log.ClearLog());
+    EXPECT_EQ("", trace.Bytes());
+}
+
+TEST_F(TraceLog, DirectoriesAndClearing)
+{
+    const TempDirectory folder;
+    const TraceFile other(folder.Path());
+    string sBefore, sNow;
+    TheTrace.GetLogDirectory(sBefore);
+    EXPECT_EQ(PathOf(trace.Directory()), sBefore);
+
+    TheTrace.Trace(TRACE_ERROR, "A", "1");
+    EXPECT_FALSE(TheTrace.SetLogDirectory(PathOf(folder / L"missing")));
+    TheTrace.Trace(TRACE_ERROR, "A", "2");
+    EXPECT_TRUE(TheTrace.SetLogDirectory(PathOf(folder.Path())));
+    TheTrace.Trace(TRACE_ERROR, "A", "3");
+    TheTrace.GetLogDirectory(sNow);
+    EXPECT_EQ(PathOf(folder.Path()), sNow);
+    EXPECT_TRUE(TheTrace.SetLogDirectory(sBefore));
+    TheTrace.GetLogDirectory(sNow);
+    EXPECT_EQ(sBefore, sNow);
+    trace.ExpectLines({"[E] A : 1", "[E] A : 2"});
+    other.ExpectLines({"[E] A : 3"});
+
+    TheTrace.ResetLog(L"", 0);
+    EXPECT_EQ(15U, TheTrace.GetTraceMask()) << "an empty directory does nothing";
+    TheTrace.ResetLog(PathOf(folder.Path()), 2);
+    EXPECT_EQ(3U, TheTrace.GetTraceMask());
+    EXPECT_FALSE(std::filesystem::exists(other.Path()));
+    TheTrace.GetLogDirectory(sNow);
+    EXPECT_EQ(sBefore, sNow) << "the directory that is reported stays";
+    TheTrace.Trace(TRACE_ERROR, "A", "4");
+    other.ExpectLines({"[E] A : 4"});
+    EXPECT_TRUE(TheTrace.ClearLog());
+    EXPECT_TRUE(std::filesystem::exists(other.Path()) && other.Bytes().empty());
+
+    // A missing directory is not made, and nothing fails.
+    TheTrace.ResetLog(PathOf(folder / L"missing"), 4);
+    TheTrace.Trace(TRACE_ERROR, "A", "5");
+    EXPECT_TRUE(TheTrace.ClearLog());
+    EXPECT_FALSE(std::filesystem::exists(folder / L"missing"));
+
+    EXPECT_TRUE(TheTrace.SetLogDirectory(sBefore));
+    trace.ExpectLines({"[E] A : 1", "[E] A : 2"});
+}
+
+TEST_F(TraceLog, RotationAtLoad)
+{
+    const TempDirectory folder;
+    const auto log = folder / L"TOLVA_trace.log", old = folder / L"TOLVA_trace.old";
+    const LogsGoTo settings(folder.Text());
+    WriteFileBytes(old, "oldest");
+    EXPECT_EQ(PathOf(folder.Path()), SecondLog().LogDirectory());
+    EXPECT_EQ("oldest", ReadFileBytes(old)) << "nothing to rotate";
+
+    WriteFileBytes(log, "first");
+    {
+        // A log in use must not hold up the load for long, nor keep it from rotating.
+        const auto wait = PATCH_IMPORT(WaitForSingleObject, [](HANDLE, DWORD dwTime) -> DWORD {
+            EXPECT_LE(dwTime, 5000U);
+            return WAIT_TIMEOUT;
+        });
+        const SecondLog busy;
+    }
+    SecondLog().Trace(TRACE_ERROR, "A", "b");
+    EXPECT_EQ("first", ReadFileBytes(old));
+    EXPECT_EQ("[E] A : b", NormalisedLine(ReadFileBytes(log)).substr(0, 9));
+
+    WriteFileBytes(log, "second");
+    {
+        const auto copy = PATCH_IMPORT(CopyFileW, [](const wchar_t*, const wchar_t*, BOOL bFailIfExists) -> BOOL {
+            EXPECT_FALSE(bFailIfExists);
+            return FALSE;
+        });
+        const SecondLog third;
+    }
+    EXPECT_EQ("second", ReadFileBytes(log)) << "without a backup the file stays";
+
+    for (const auto& [pszName, pszBackup] : {std::pair(L"plain", L"plain.old"), std::pair(L"a.b.log", L"a.b.old")})
+    {
+        WriteFileBytes(folder / pszName, "x");
+        const CTrace named(pszName, L"key", 7);
+        EXPECT_EQ("x", ReadFileBytes(folder / pszBackup));
+        EXPECT_FALSE(std::filesystem::exists(folder / pszName));
+    }
+}
+
+TEST_F(TraceLog, MiniNTOfTheOldKernelHasItsFilesOnZ)
+{
+    // The directory is settled before the environment is known, so only a log that has found none yet goes to Z:.
+    std::vector<std::wstring> read;
+    FakeWindows windows(5, 2, 1);
+    windows.keys[FakeWindows::MININT_KEY];
+    std::wstring sAnswer;
+    const auto text = PATCH_IMPORT(GetPrivateProfileStringW,
+                                   [&](const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
+                                       wchar_t* pszText, DWORD dwSize, const wchar_t* pszFile) -> DWORD {
+                                       EXPECT_EQ(260U, dwSize);
+                                       read.push_back(std::wstring(pszSection) + L'|' + pszKey + L'|' + pszDefault +
+                                                      L'|' + std::filesystem::path(pszFile).filename().wstring());
+                                       std::wcscpy(pszText, sAnswer.c_str());
+                                       return static_cast<DWORD>(sAnswer.size());
+                                   });
+    const auto number =
+        PATCH_IMPORT(GetPrivateProfileIntW, [&](const wchar_t*, const wchar_t*, INT, const wchar_t* pszFile) -> UINT {
+            read.emplace_back(pszFile);
+            return 0;
+        });
+    SecondLog log;
+    EXPECT_EQ(16U, GetWindowsEnvironment());
+    sAnswer = L"Y:\\set";
+    EXPECT_EQ(string(sAnswer), log.LogDirectory()) << "an empty answer is asked for again";
+    EXPECT_EQ(string(sAnswer), log.LogDirectory());
+    log.ReadTraceLevel();
+    EXPECT_EQ(0U, log.GetTraceMask());
+    ASSERT_LE(3U, read.size());
+    EXPECT_EQ(L"File Locations|Logfiles|" + trace.Directory().wstring() + L"|zlk.ini", read.front());
+    EXPECT_EQ(L"File Locations|Logfiles|Z:\\ZELK\\Logfiles|zlk.ini", read[read.size() - 2]);
+    EXPECT_EQ(L"Z:\\ZELK\\trace.ini", read.back());
+}
+
+/// GetModuleFileNameW for a program at `sPath`, with the quirk of the systems since Vista or of those before: both cut
+/// a path that does not fit, only the newer ones end it and say so. None clears the last error on success.
+auto ProgramAt(const std::wstring& sPath, bool bVista, int& calls)
+{
+    return PATCH_IMPORT(GetModuleFileNameW, [=, &calls](HMODULE, wchar_t* pszText, DWORD dwSize) -> DWORD {
+        EXPECT_EQ(260U * static_cast<DWORD>(++calls), dwSize);
+        const bool bFits = sPath.size() < dwSize;
+        const std::size_t length = bFits ? sPath.size() : dwSize;
+        sPath.copy(pszText, length);
+        if (bFits)
+            pszText[length] = L'\0';
+        else if (bVista)
+        {
+            pszText[length - 1] = L'\0';
+            ::SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        }
+        return static_cast<DWORD>(length);
+    });
+}
+
+TEST_F(TraceLog, ProgramPathsAroundTheSizeOfTheBuffer)
+{
+    const string sReal = SecondLog().ModuleDirectory();
+    EXPECT_EQ(PathOf(trace.Directory().parent_path()), sReal);
+    SecondLog log;
+    ::SetLastError(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(sReal, log.ModuleDirectory()) << "a stale last error is no failure";
+
+    for (const bool bVista : {true, false})
+        for (const auto& [size, expectedCalls] :
+             {std::pair(20U, 1), std::pair(259U, 1), std::pair(260U, 2), std::pair(261U, 2), std::pair(519U, 2),
+              std::pair(520U, 3), std::pair(779U, 3), std::pair(3000U, 12)})
+        {
+            int calls = 0;
+            const std::wstring sDirectory = L"P:\\" + std::wstring(size - 9, L'd');
+            const auto patch = ProgramAt(sDirectory + L"\\p.exe", bVista, calls);
+            ::SetLastError(ERROR_ACCESS_DENIED);
+            EXPECT_EQ(string(sDirectory), log.ModuleDirectory()) << size << ' ' << bVista;
+            EXPECT_EQ(expectedCalls, calls) << size;
+        }
+}
+
+TEST_F(TraceLog, AProgramPathThatCannotBeHad)
+{
+    SecondLog log;
+    for (const auto& [dwLength, dwError] : {std::pair<DWORD, DWORD>(0, ERROR_ACCESS_DENIED),
+                                            {0, ERROR_SUCCESS},
+                                            {0, ERROR_INSUFFICIENT_BUFFER},
+                                            {3, ERROR_ACCESS_DENIED}})
+    {
+        const auto patch = PATCH_IMPORT(GetModuleFileNameW, [&](HMODULE, wchar_t* pszText, DWORD) -> DWORD {
+            std::wcscpy(pszText, L"P:\\");
+            ::SetLastError(dwError);
+            return dwLength;
+        });
+        EXPECT_EQ(string(L"X:\\Program Files\\Velmor\\ZELK"), log.ModuleDirectory()) << dwError;
+    }
+}
+
+} // namespace

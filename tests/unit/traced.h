@@ -1,0 +1,22 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <support/printers.h>
+#include <support/trace.h>
+#include <support/trace_file.h>
+
+/// Starts every case with an empty trace file, everything traced and hexadecimal digits in lower case.
+class Traced : public testing::Test
+{
+protected:
+    Traced()
+    {
+        TheTrace.SetTraceLevel(4);
+        TheTrace.TraceIPv6(TRACE_ERROR, "", "", L"");
+        trace.Empty();
+    }
+    ~Traced() override { TheTrace.SetTraceLevel(3); }
+
+    testing_support::TraceFile trace;
+};
