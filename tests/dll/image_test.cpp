@@ -1,0 +1,142 @@
+// What the file ZELK_NM.DLL asks of the system that loads it, and what it offers.
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include <support/files.h>
+#include <zelk_nm/tolva.h>
+
+namespace
+{
+
+/// Every function that the DLL may import. All of these exist on Windows 5.2 for x64, the oldest system that has to
+/// load it; what a newer system brings is looked up at run time. Add a function only after checking that.
+const std::map<std::string, const char*> OLDEST_SYSTEM = {
+    {"ADVAPI32.DLL", "AdjustTokenPrivileges LookupPrivilegeValueW LsaClose LsaFreeMemory LsaOpenPolicy "
+                     "LsaQueryInformationPolicy LsaSetInformationPolicy OpenProcessToken RegCloseKey RegCreateKeyExW "
+                     "RegDeleteValueW RegEnumKeyExW RegOpenKeyExW RegQueryValueExW RegSetValueExW RegUnLoadKeyW"},
+    {"IPHLPAPI.DLL",
+     "AddIPAddress CreateIpForwardEntry DeleteIPAddress DeleteIpForwardEntry GetAdapterIndex "
+     "GetAdaptersAddresses GetAdaptersInfo GetIfEntry GetInterfaceInfo GetIpAddrTable GetIpForwardTable"},
+    {"KERNEL32.DLL",
+     "AddVectoredExceptionHandler CloseHandle CopyFileW CreateDirectoryW CreateEventA CreateFileW CreateMutexW "
+     "CreateSemaphoreA DeleteCriticalSection DeleteFileW DisableThreadLibraryCalls DuplicateHandle "
+     "EnterCriticalSection "
+     "FreeLibrary GetComputerNameExW GetCurrentProcess GetCurrentProcessId GetCurrentThread GetCurrentThreadId "
+     "GetHandleInformation GetLastError GetLocalTime GetModuleFileNameW GetModuleHandleW GetPrivateProfileIntW "
+     "GetPrivateProfileStringW GetProcAddress GetProcessAffinityMask GetSystemDirectoryW GetSystemTimeAsFileTime "
+     "GetSystemWow64DirectoryW GetTempFileNameW GetTempPathW GetThreadContext GetThreadPriority GetTickCount "
+     "GetVersionExA GetVersionExW InitializeCriticalSection IsDBCSLeadByteEx IsDebuggerPresent LeaveCriticalSection "
+     "LoadLibraryW LocalFree MultiByteToWideChar OpenProcess OutputDebugStringA RaiseException ReleaseMutex "
+     "ReleaseSemaphore RemoveVectoredExceptionHandler ResetEvent ResumeThread RtlCaptureContext "
+     "RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind SetComputerNameExW SetEvent SetLastError "
+     "SetProcessAffinityMask SetThreadContext SetThreadPriority Sleep SuspendThread TlsAlloc TlsGetValue TlsSetValue "
+     "TryEnterCriticalSection VirtualProtect VirtualQuery WaitForMultipleObjects WaitForSingleObject "
+     "WideCharToMultiByte WriteFile WritePrivateProfileStringW __C_specific_handler"},
+    {"MSVCRT.DLL", "___lc_codepage_func ___mb_cur_max_func __iob_func _amsg_exit _beginthreadex _close _endthreadex "
+                   "_errno _initterm _lock _read _setjmp _strdup _ultoa _unlock _wcsicmp _wspawnlp abort calloc exit "
+                   "fprintf fputc fputs free fwrite localeconv longjmp malloc mbtowc memchr memcmp memcpy memmove "
+                   "memset printf realloc signal strcmp strerror strlen strncmp towupper vfprintf wcslen wcstoul "
+                   "wctomb"},
+    {"NETAPI32.DLL", "DsRoleFreeMemory DsRoleGetPrimaryDomainInformation NetApiBufferFree NetGetJoinInformation"},
+    {"SETUPAPI.DLL", "SetupDiCallClassInstaller SetupDiDestroyDeviceInfoList SetupDiEnumDeviceInfo "
+                     "SetupDiGetClassDevsW SetupDiSetClassInstallParamsW"},
+    {"SHLWAPI.DLL", "PathFileExistsW PathIsDirectoryW"},
+    {"VERSION.DLL", "GetFileVersionInfoSizeW GetFileVersionInfoW VerQueryValueW"},
+    {"WS2_32.DLL", "WSAAddressToStringA WSACleanup WSAGetLastError WSAStartup WSAStringToAddressA htonl htons "
+                   "inet_ntoa ntohl ntohs"},
+};
+
+/// The loaded DLL, read as the loader reads it.
+class Image
+{
+public:
+    [[nodiscard]] const IMAGE_OPTIONAL_HEADER64& Header() const
+    {
+        return At<IMAGE_NT_HEADERS64>(static_cast<DWORD>(At<IMAGE_DOS_HEADER>(0)->e_lfanew))->OptionalHeader;
+    }
+    template <class T>
+    const T* At(DWORD dwOffset) const
+    {
+        return reinterpret_cast<const T*>(reinterpret_cast<const char*>(m_hModule) + dwOffset);
+    }
+    template <class T>
+    const T* Directory(unsigned int uiEntry) const
+    {
+        return At<T>(Header().DataDirectory[uiEntry].VirtualAddress);
+    }
+
+private:
+    HMODULE m_hModule = ::GetModuleHandleW(L"ZELK_NM.DLL");
+};
+
+std::set<std::string> Words(const std::string& sText)
+{
+    std::istringstream text(sText);
+    return {std::istream_iterator<std::string>(text), {}};
+}
+
+TEST(DllImage, ImportsOnlyWhatTheOldestSystemHas)
+{
+#ifndef NDEBUG
+    GTEST_SKIP() << "other builds than the release build carry parts of the compiler that are not shipped";
+#endif
+    const Image image;
+    unsigned int count = 0;
+    for (const auto* p = image.Directory<IMAGE_IMPORT_DESCRIPTOR>(IMAGE_DIRECTORY_ENTRY_IMPORT); p->FirstThunk != 0;
+         ++p)
+    {
+        std::string sDll = image.At<char>(p->Name);
+        std::transform(sDll.begin(), sDll.end(), sDll.begin(),
+                       [](char c) { return static_cast<char>(std::toupper(c)); });
+        ASSERT_TRUE(OLDEST_SYSTEM.contains(sDll)) << sDll;
+        const std::set<std::string> allowed = Words(OLDEST_SYSTEM.at(sDll));
+        for (const auto* pName = image.At<IMAGE_THUNK_DATA64>(p->OriginalFirstThunk); pName->u1.Ordinal != 0; ++pName)
+        {
+            ASSERT_FALSE(IMAGE_SNAP_BY_ORDINAL64(pName->u1.Ordinal)) << sDll;
+            const char* pszName = image.At<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(pName->u1.AddressOfData))->Name;
+            EXPECT_TRUE(allowed.contains(pszName)) << sDll << ' ' << pszName;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 50U);
+    EXPECT_EQ(0U, image.Header().DataDirectory[IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT].Size);
+    EXPECT_LE(MAKELONG(image.Header().MinorSubsystemVersion, image.Header().MajorSubsystemVersion), MAKELONG(2, 5));
+    EXPECT_LE(MAKELONG(image.Header().MinorOperatingSystemVersion, image.Header().MajorOperatingSystemVersion),
+              MAKELONG(2, 5));
+}
+
+TEST(DllImage, ExportsTheFacadeAndItsTypesOnly)
+{
+    const Image image;
+    const auto* pExports = image.Directory<IMAGE_EXPORT_DIRECTORY>(IMAGE_DIRECTORY_ENTRY_EXPORT);
+    EXPECT_STREQ("ZELK_NM.DLL", image.At<char>(pExports->Name));
+    EXPECT_EQ(pExports->NumberOfNames, pExports->NumberOfFunctions);
+    std::set<std::string> names;
+    for (DWORD i = 0; i < pExports->NumberOfNames; ++i)
+        names.insert(image.At<char>(image.At<DWORD>(pExports->AddressOfNames)[i]));
+    const std::regex own("_ZNK?(5TOLVA|6velmor)(?!.*Wrap_)\\w+|_ZT[VIS]N6velmor\\w+");
+    for (const std::string& sName : names)
+        EXPECT_TRUE(std::regex_match(sName, own)) << sName;
+    EXPECT_THAT(names, testing::IsSupersetOf({"_ZN5TOLVAC1Ev", "_ZN5TOLVAD1Ev", "_ZN5TOLVAaSERKS_",
+                                              "_ZN5TOLVA20NIC_DEVICECLASS_GUIDE", "_ZN5TOLVA16HARDWARE_ADDRESSC1Ev",
+                                              "_ZTVN6velmor10ip_addressE"}));
+}
+
+TEST(DllImage, IsSmallEnoughForABootImage)
+{
+#ifndef NDEBUG
+    GTEST_SKIP() << "only the release build is stripped and shipped";
+#endif
+    EXPECT_LT(std::filesystem::file_size(testing_support::BesideProgram(L"ZELK_NM.DLL")), 400U * 1024);
+}
+
+} // namespace
