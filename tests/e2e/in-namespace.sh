@@ -33,6 +33,7 @@ trap 'exit 143' TERM HUP
 
 [ "$(id -u)" -eq 0 ] || skip "only root may make network namespaces"
 command -v ip >/dev/null || skip "there is no ip command"
+[ -e /proc/net/if_inet6 ] || skip "the kernel has no IPv6"
 
 # Before the namespaces, which see the file from the start.
 mkdir -p "$resolv"
@@ -40,6 +41,7 @@ printf 'nameserver 192.0.2.53\nnameserver 2001:db8::53\n' >"$resolv/resolv.conf"
 for namespace in "$name" "$name-far" "$name-bare"; do
     ip netns add "$namespace" 2>/dev/null || skip "no network namespace can be made here"
 done
+ip netns exec "$name-bare" true 2>/dev/null || skip "no program can be run in a network namespace here"
 
 # add_link NAME HARDWARE-ADDRESS STATE [ADDRESS/LENGTH ...]: its other end goes out of sight.
 add_link() {
