@@ -1,7 +1,6 @@
 #include <adapters/wrap_ip_adapter_addresses.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <iterator>
 
@@ -145,8 +144,7 @@ bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus(unsigned long ulInde
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus");
     frame.Verbose("ulIndex", ulIndex);
     return Query(frame, ulIndex, [&](const IP_ADAPTER_ADDRESSES& entry) {
-        // The platform may know states that its enumeration does not, which must not be read as one of it.
-        const auto status = std::bit_cast<unsigned int>(entry.OperStatus);
+        const auto status = static_cast<unsigned int>(entry.OperStatus);
         if (status < OPER_STATUS_UP || status > OPER_STATUS_LOWER_LAYER_DOWN)
             return frame.Fail("Unknown operational status", "pCurrAddresses->OperStatus", status);
         enOperStatus = static_cast<TOLVA_OPER_STATUS>(status);
