@@ -7,6 +7,8 @@
 #include <netioapi.h>
 #include <windows.h>
 
+#include <setupapi.h>
+
 #include <iosfwd>
 #include <memory>
 #include <vector>
@@ -26,7 +28,7 @@ class AbstractNetworkAPI;
 /// - No exception leaves it. Something unforeseen, out of memory included, is traced at error level and answered false.
 /// - Out-values are written on success; what a failure leaves in them is said where it is not "unchanged".
 /// - A step that fails after others have changed something does not undo them.
-/// - It may be called from several threads, each with records of its own.
+/// - It may be called from several threads, each with records of its own, unless it says otherwise.
 ///
 /// No object is needed to call them.
 class ZELK_NM_API TOLVA
@@ -232,6 +234,40 @@ public:
     /// case. Fails, with the answer false, when `sNicPci` is empty or the device classes cannot be enumerated.
     static bool CanChangeAdapterOptions(const NIC_INFO& NicInfo, bool& bCanChangeOptions);
 
+    // The operations on a record find the device by `sNicPci` and fail when it is empty. All need an elevated caller.
+
+    /// Starts or stops the adapter's device and blocks until that is done. They fail when the device is not found or
+    /// its driver refuses.
+    static bool EnableAdapter(const NIC_INFO& NicInfo);
+    static bool DisableAdapter(const NIC_INFO& NicInfo);
+    /// Gives a device of a set the new state: 1 (DICS_ENABLE) or 2 (DICS_DISABLE). `hDevInfo` stays the caller's.
+    static bool AdapterStateChange(unsigned long ulNewState, unsigned long ulMemberIndex, HDEVINFO hDevInfo);
+    /// Writes the address as the driver's "NetworkAddress", below the class key that `sNicEnum` names (it fails when
+    /// that is empty), and restarts the device, which then uses it. An empty address is written as empty text. When the
+    /// device cannot be restarted the value stays written.
+    static bool SetHardwareAddress(const NIC_INFO& NicInfo, const HARDWARE_ADDRESS& HwAddr);
+    /// Shows the system's property sheet of the device and blocks until the user closes it; one caller at a time. A
+    /// system without the sheet is no failure.
+    static bool ChangeAdapterOptions(const NIC_INFO& NicInfo);
+
+    /// The IPv6 TCP connections. `ulSize` is the size of the buffer in bytes and receives the size needed. Returns a
+    /// Windows error code; 1 (ERROR_INVALID_FUNCTION) where the system has no such table.
+    static unsigned long GetTcp6Table(MIB_TCP6TABLE* pTcpTable, unsigned long& ulSize, bool bSort);
+
+    // ---- Routes and addresses --------------------------------------------------------------------------------------
+    // They fail when `sNicGuid` is empty. Before Vista: one caller at a time.
+
+    /// Appends the adapter's routes: of both families, or IPv4 alone before Vista, where they are those of the first
+    /// call in the process. Fails also when the adapter has no interface index or the table cannot be read.
+    static bool GetAdapterRoutes(const NIC_INFO& NicInfo, std::vector<ROUTE_INFO>& Routes);
+    /// Adds a route to the interface `Route.ulIndex`; needs an elevated caller. A metric that the system refuses is
+    /// raised by one until it is taken. A route that exists already is success from Vista on. Before Vista an IPv6
+    /// route fails.
+    static bool AddAdapterRoute(const NIC_INFO& NicInfo, const ROUTE_INFO& Route);
+    /// Appends the adapter's unicast addresses. Before Vista: IPv4 alone, those of the first call in the process, and
+    /// true even when they cannot be read. Later systems fail then, and for an adapter without an interface index.
+    static bool GetAdaptersIpAddrs(const NIC_INFO& NicInfo, std::vector<ASSOC_IP_ADDR>& IpAddrs);
+
     // ---- Diagnostic printers ---------------------------------------------------------------------------------------
     // Each writes one word or phrase into the stream's buffer. The stream's state is not changed.
 
@@ -242,6 +278,7 @@ public:
     // The library's own parts, incomplete for callers.
     class Wrap_IP_INTERFACE_INFO;
     class Wrap_IP_ADAPTER_ADDRESSES;
+    class Wrap_DEVMGR_DLL;
 
 private:
     /// Keeps Winsock 2.0 started from its construction to its destruction.
@@ -255,6 +292,9 @@ private:
     };
 
     static AbstractNetworkAPI* NetworkApiFactory();
+
+    template <class Call>
+    static bool AskBackEnd(const char* pszName, Call&& call) noexcept;
 
     static void CompleteAdapter(NIC_INFO& NicInfo);
     static bool GetAdapterEnumAndDesc(NIC_INFO& NicInfo);

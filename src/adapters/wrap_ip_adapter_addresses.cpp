@@ -83,18 +83,12 @@ bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable()
     const bool bOneFamily = m_enFamily == FAMILY_IPV4 || m_enFamily == FAMILY_IPV6;
     const FAMILY_TYPE enFamily = bOneFamily ? m_enFamily : FAMILY_BOTH;
 
-    const auto Ask = [&](ULONG& ulSize) {
-        m_pAddresses = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(m_buffer.data());
-        return ::GetAdaptersAddresses(enFamily, TABLE_FLAGS, nullptr, m_pAddresses, &ulSize);
-    };
-    ULONG ulSize = FIRST_SIZE;
-    ULONG ulRc = Ask(ulSize);
-    if (ulRc == ERROR_BUFFER_OVERFLOW)
-    {
-        m_buffer.resize(ulSize);
-        ulRc = Ask(ulSize);
-    }
-    if (ulRc != NO_ERROR)
+    m_buffer.assign(FIRST_SIZE, 0);
+    DWORD ulRc = NO_ERROR;
+    if (!velmor::CallThenGrowOnce(m_buffer, ulRc, [&](void* pTable, ULONG& ulSize) {
+            m_pAddresses = static_cast<IP_ADAPTER_ADDRESSES*>(pTable);
+            return ::GetAdaptersAddresses(enFamily, TABLE_FLAGS, nullptr, m_pAddresses, &ulSize);
+        }))
     {
         m_pAddresses = nullptr;
         return frame.Fail("GetAdaptersAddresses failed", "ulRc", ulRc);

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <support/call_frame.h>
+#include <support/table_query.h>
 #include <zelk_nm/tolva.h>
 
 /// One copy of the platform's adapter-address table, read on the first question. Each question is about the adapter
@@ -37,5 +38,5 @@ private:
 
     IP_ADAPTER_ADDRESSES* m_pAddresses = nullptr;
     FAMILY_TYPE m_enFamily;
-    std::vector<unsigned char> m_buffer;
+    velmor::TableBuffer m_buffer;
 };

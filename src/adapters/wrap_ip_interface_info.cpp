@@ -39,18 +39,14 @@ bool TOLVA::Wrap_IP_INTERFACE_INFO::LoadTable()
     const CallFrame frame("TOLVA::Wrap_IP_INTERFACE_INFO::LoadTable");
     m_pInterfaceInfo = nullptr;
 
-    ULONG ulSize = 0;
-    DWORD dwRc = ::GetInterfaceInfo(nullptr, &ulSize);
-    if (dwRc != ERROR_INSUFFICIENT_BUFFER)
-        return FailToLoad(frame, dwRc);
-
-    m_buffer.assign(ulSize, 0);
-    m_pInterfaceInfo = reinterpret_cast<IP_INTERFACE_INFO*>(m_buffer.data());
-    dwRc = ::GetInterfaceInfo(m_pInterfaceInfo, &ulSize);
-    if (dwRc == NO_ERROR)
+    DWORD dwRc = NO_ERROR;
+    if (velmor::AskThenCall(m_buffer, dwRc, [this](void* pTable, ULONG& ulSize) {
+            m_pInterfaceInfo = static_cast<IP_INTERFACE_INFO*>(pTable);
+            return ::GetInterfaceInfo(m_pInterfaceInfo, &ulSize);
+        }))
         return frame.Succeed();
 
-    // Without data the zeroed table stays, and reads as empty. That is meant.
+    // A second answer "no data" leaves the zeroed table, which reads as empty. That is meant.
     if (dwRc != ERROR_NO_DATA)
         m_pInterfaceInfo = nullptr;
     return FailToLoad(frame, dwRc);

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <support/table_query.h>
 #include <zelk_nm/tolva.h>
 
 /// One copy of the platform's table of IPv4 interfaces.
@@ -21,5 +22,5 @@ public:
 
 private:
     IP_INTERFACE_INFO* m_pInterfaceInfo = nullptr;
-    std::vector<unsigned char> m_buffer;
+    velmor::TableBuffer m_buffer;
 };

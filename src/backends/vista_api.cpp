@@ -1,39 +1,349 @@
 #include <backends/vista_api.h>
 
-#include <support/call_frame.h>
+#include <algorithm>
+#include <span>
 
-bool VistaAPI::GetAdapterRoutes(const TOLVA::NIC_INFO&, std::vector<TOLVA::ROUTE_INFO>&)
+#include <backends/rising_metric.h>
+#include <backends/vista_descriptions.h>
+#include <support/module_function.h>
+#include <tools/wrap_netsh.h>
+
+namespace
 {
-    return CallFrame("VistaAPI::GetAdapterRoutes").FailAs("not built yet");
+
+constexpr ULONG INFINITE_LIFETIME = 0xFFFFFFFF;
+
+void TraceRoute(const CallFrame& frame, const MIB_IPFORWARD_ROW2& row)
+{
+    frame.Verbose("pIpForwardTable2->Table[i].InterfaceIndex", row.InterfaceIndex);
+    frame.Verbose("pIpForwardTable2->Table[i].ValidLifetime", row.ValidLifetime);
+    frame.Verbose("pIpForwardTable2->Table[i].PreferredLifetime", row.PreferredLifetime);
+    frame.Verbose("pIpForwardTable2->Table[i].Metric", row.Metric);
+    frame.Verbose("pIpForwardTable2->Table[i].Protocol", row.Protocol);
+    frame.Verbose("pIpForwardTable2->Table[i].Age", row.Age);
+    frame.Verbose("pIpForwardTable2->Table[i].Origin", row.Origin);
 }
 
-bool VistaAPI::AddAdapterRoute(const TOLVA::NIC_INFO&, const TOLVA::ROUTE_INFO&)
+TOLVA::ROUTE_INFO RouteOf(const MIB_IPFORWARD_ROW2& row)
 {
-    return CallFrame("VistaAPI::AddAdapterRoute").FailAs("not built yet");
+    TOLVA::ROUTE_INFO route;
+    route.ulIndex = row.InterfaceIndex;
+    route.Destination = TOLVA::Convert_SOCKADDR_INET(row.DestinationPrefix.Prefix);
+    route.PrefixLength = row.DestinationPrefix.PrefixLength;
+    route.NextHop = TOLVA::Convert_SOCKADDR_INET(row.NextHop);
+    route.ulMetric = row.Metric;
+    return route;
 }
 
-bool VistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO&, std::vector<TOLVA::ASSOC_IP_ADDR>&)
+/// What every route that the library makes has in common.
+void MarkAsManaged(MIB_IPFORWARD_ROW2& row)
 {
-    return CallFrame("VistaAPI::GetAdaptersIpAddrs").FailAs("not built yet");
+    row.Protocol = RouteProtocolNetMgmt;
+    row.Publish = TRUE;
+    row.Immortal = TRUE;
+    row.Age = 0;
+    row.Origin = NlroManual;
 }
 
-bool VistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO&, const velmor::ip_address&)
+MIB_IPFORWARD_ROW2 RowOf(const TOLVA::ROUTE_INFO& Route, const NET_LUID& luid)
 {
-    return CallFrame("VistaAPI::SetDefaultGateway").FailAs("not built yet");
+    // All that is not set stays zero: not initialised by the platform, by contract.
+    MIB_IPFORWARD_ROW2 row = {};
+    row.InterfaceLuid = luid;
+    row.InterfaceIndex = Route.ulIndex;
+    row.DestinationPrefix.Prefix = TOLVA::Convert_SOCKADDR_INET(Route.Destination);
+    row.DestinationPrefix.PrefixLength = Route.PrefixLength;
+    row.NextHop = TOLVA::Convert_SOCKADDR_INET(Route.NextHop);
+    row.ValidLifetime = INFINITE_LIFETIME;
+    row.PreferredLifetime = INFINITE_LIFETIME;
+    row.Metric = Route.ulMetric;
+    MarkAsManaged(row);
+    return row;
 }
 
-bool VistaAPI::AddIpAddr(const TOLVA::NIC_INFO&, const TOLVA::ASSOC_IP_ADDR&)
+bool IsAutomatic(const MIB_UNICASTIPADDRESS_ROW& row) noexcept
 {
-    return CallFrame("VistaAPI::AddIpAddr").FailAs("not built yet");
+    return row.PrefixOrigin != IpPrefixOriginManual || row.SuffixOrigin != IpSuffixOriginManual;
 }
 
-bool VistaAPI::DeleteIpAddr(const TOLVA::NIC_INFO&, const TOLVA::ASSOC_IP_ADDR&)
+TOLVA::ASSOC_IP_ADDR AddressOf(const CallFrame& frame, const MIB_UNICASTIPADDRESS_ROW& row,
+                               const velmor::ip_address& address)
 {
-    return CallFrame("VistaAPI::DeleteIpAddr").FailAs("not built yet");
+    TOLVA::ASSOC_IP_ADDR AssocIpAddr;
+    AssocIpAddr.bAutomatic = IsAutomatic(row);
+    frame.Verbose("AssocIpAddr.bAutomatic", AssocIpAddr.bAutomatic);
+    AssocIpAddr.IpAddress = address;
+    AssocIpAddr.SubnetPrefix = row.OnLinkPrefixLength;
+    frame.Verbose("AssocIpAddr.SubnetPrefix", AssocIpAddr.SubnetPrefix);
+    AssocIpAddr.ScopeId = row.ScopeId;
+    DescribeScope(frame, AssocIpAddr.ScopeId);
+    AssocIpAddr.enDadState = row.DadState;
+    DescribeDadState(frame, AssocIpAddr.enDadState);
+    DescribePrefixOrigin(frame, row.PrefixOrigin);
+    DescribeSuffixOrigin(frame, row.SuffixOrigin);
+    AssocIpAddr.ulIndex = row.InterfaceIndex;
+    frame.Verbose("AssocIpAddr.ulIndex", AssocIpAddr.ulIndex);
+    return AssocIpAddr;
 }
 
-unsigned long VistaAPI::GetTcp6Table(MIB_TCP6TABLE*, unsigned long*, bool)
+/// What a failed call leaves in the pointer is no table and must not be freed.
+template <class Table>
+DWORD Received(DWORD dwRc, Table*& pTable) noexcept
 {
-    CallFrame("VistaAPI::GetTcp6Table").FailAs("not built yet");
-    return ERROR_INVALID_FUNCTION;
+    if (dwRc != NO_ERROR)
+        pTable = nullptr;
+    return dwRc;
+}
+
+/// Hands an address change to its driver.
+template <class Change>
+bool ChangeAddress(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr,
+                   Change change)
+{
+    const CallFrame frame(pszName);
+    if (NicInfo.sNicGuid.empty())
+        return frame.Fail("Bad NIC GUID");
+    if (!IpAddr.IpAddress.is_valid())
+        return frame.Fail("Bad IpAddr");
+    const bool bRc = change(NicInfo, IpAddr);
+    frame.Verbose("... ending", "bRc", bRc);
+    return bRc;
+}
+
+} // namespace
+
+/// A table that the platform allocated, given back to it on every path.
+template <class Table>
+class VistaAPI::MibTable
+{
+public:
+    explicit MibTable(const VistaAPI& api) noexcept : m_api(api) {}
+    MibTable(const MibTable&) = delete;
+    MibTable& operator=(const MibTable&) = delete;
+    ~MibTable()
+    {
+        if (m_pTable != nullptr)
+            m_api.FreeMibTable(m_pTable);
+    }
+
+    Table*& Receive() noexcept { return m_pTable; }
+    auto Rows() const noexcept { return std::span(m_pTable->Table, m_pTable->NumEntries); }
+
+private:
+    const VistaAPI& m_api;
+    Table* m_pTable = nullptr;
+};
+
+VistaAPI::VistaAPI() : m_hModule(::LoadLibraryW(L"IPHLPAPI.DLL"))
+{
+    if (!m_hModule)
+    {
+        CallFrame::WithoutStart("VistaAPI::VistaAPI")
+            .Error("LoadLibrary('IPHLPAPI.DLL') failed", "dwLastError", ::GetLastError());
+        return;
+    }
+    const auto Find = [this](const char* pszName, auto*& pFunction) {
+        pFunction = velmor::FindFunction<std::remove_reference_t<decltype(*pFunction)>>(m_hModule.Get(), pszName);
+    };
+    Find("ConvertInterfaceIndexToLuid", m_pConvertInterfaceIndexToLuid);
+    Find("CreateUnicastIpAddressEntry", m_pCreateUnicastIpAddressEntry);
+    Find("CreateIpForwardEntry2", m_pCreateIpForwardEntry2);
+    Find("DeleteIpForwardEntry2", m_pDeleteIpForwardEntry2);
+    Find("DeleteUnicastIpAddressEntry", m_pDeleteUnicastIpAddressEntry);
+    Find("FreeMibTable", m_pFreeMibTable);
+    Find("GetIpForwardTable2", m_pGetIpForwardTable2);
+    Find("GetUnicastIpAddressTable", m_pGetUnicastIpAddressTable);
+    Find("InitializeUnicastIpAddressEntry", m_pInitializeUnicastIpAddressEntry);
+    Find("GetTcp6Table", m_pGetTcp6Table);
+}
+
+DWORD VistaAPI::ConvertInterfaceIndexToLuid(NET_IFINDEX index, NET_LUID& luid) const noexcept
+{
+    return m_pConvertInterfaceIndexToLuid ? m_pConvertInterfaceIndexToLuid(index, &luid) : ERROR_INVALID_FUNCTION;
+}
+
+DWORD VistaAPI::CreateIpForwardEntry2(const MIB_IPFORWARD_ROW2& row) const noexcept
+{
+    return m_pCreateIpForwardEntry2 ? m_pCreateIpForwardEntry2(&row) : ERROR_INVALID_FUNCTION;
+}
+
+DWORD VistaAPI::DeleteIpForwardEntry2(const MIB_IPFORWARD_ROW2& row) const noexcept
+{
+    return m_pDeleteIpForwardEntry2 ? m_pDeleteIpForwardEntry2(&row) : ERROR_INVALID_FUNCTION;
+}
+
+void VistaAPI::FreeMibTable(void* pTable) const noexcept
+{
+    if (m_pFreeMibTable)
+        m_pFreeMibTable(pTable);
+}
+
+DWORD VistaAPI::GetIpForwardTable2(ADDRESS_FAMILY family, MIB_IPFORWARD_TABLE2*& pTable) const noexcept
+{
+    return Received(m_pGetIpForwardTable2 ? m_pGetIpForwardTable2(family, &pTable) : ERROR_INVALID_FUNCTION, pTable);
+}
+
+DWORD VistaAPI::GetUnicastIpAddressTable(MIB_UNICASTIPADDRESS_TABLE*& pTable) const noexcept
+{
+    return Received(
+        m_pGetUnicastIpAddressTable ? m_pGetUnicastIpAddressTable(AF_UNSPEC, &pTable) : ERROR_INVALID_FUNCTION, pTable);
+}
+
+unsigned long VistaAPI::GetTcp6Table(MIB_TCP6TABLE* pTable, unsigned long* pulSize, bool bSort)
+{
+    return m_pGetTcp6Table ? m_pGetTcp6Table(pTable, pulSize, bSort) : ERROR_INVALID_FUNCTION;
+}
+
+bool VistaAPI::GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ROUTE_INFO>& Routes)
+{
+    const CallFrame frame("VistaAPI::GetAdapterRoutes");
+    if (NicInfo.sNicGuid.empty())
+        return frame.Fail("Bad NIC GUID");
+    unsigned long ulIndex = 0;
+    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
+        return frame.Fail("GetAdapterIndex failed");
+    MibTable<MIB_IPFORWARD_TABLE2> table(*this);
+    if (const DWORD dwRc = GetIpForwardTable2(AF_UNSPEC, table.Receive()); dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::GetIpForwardTable2 failed", "dwRc", dwRc);
+
+    const auto IsWanted = [ulIndex](const MIB_IPFORWARD_ROW2& row) { return row.InterfaceIndex == ulIndex; };
+    const auto rows = table.Rows();
+    // Counted first: of thousands of routes, growing the list by and by takes longer than making them.
+    Routes.reserve(Routes.size() + static_cast<std::size_t>(std::count_if(rows.begin(), rows.end(), IsWanted)));
+    for (const MIB_IPFORWARD_ROW2& row : rows)
+    {
+        TraceRoute(frame, row);
+        if (IsWanted(row))
+            Routes.push_back(RouteOf(row));
+    }
+    return frame.Succeed();
+}
+
+bool VistaAPI::AddAdapterRoute(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ROUTE_INFO& Route)
+{
+    const CallFrame frame("VistaAPI::AddAdapterRoute");
+    if (NicInfo.sNicGuid.empty())
+        return frame.Fail("Bad NIC GUID");
+    NET_LUID luid = {};
+    if (const DWORD dwRc = ConvertInterfaceIndexToLuid(Route.ulIndex, luid); dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::ConvertInterfaceIndexToLuid failed", "dwRc", dwRc);
+
+    MIB_IPFORWARD_ROW2 forwardRow2 = RowOf(Route, luid);
+    const auto Create = [&] { return CreateIpForwardEntry2(forwardRow2); };
+    DWORD dwRc = Create();
+    // Only of the first attempt: a metric that was raised meets another route than the one asked for.
+    if (dwRc == ERROR_OBJECT_ALREADY_EXISTS)
+    {
+        frame.Information("Route already exists");
+        return frame.Succeed();
+    }
+    dwRc = RaiseMetricWhileRefused(frame, "forwardRow2.Metric", forwardRow2.Metric, dwRc, Create);
+    if (dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::CreateIpForwardEntry2 failed", "dwRc", dwRc);
+    return frame.Succeed();
+}
+
+bool VistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ASSOC_IP_ADDR>& IpAddrs)
+{
+    const CallFrame frame("VistaAPI::GetAdaptersIpAddrs");
+    if (NicInfo.sNicGuid.empty())
+        return frame.Fail("Bad NIC GUID");
+    unsigned long ulIndex = 0;
+    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
+        return frame.Fail("TOLVA::GetAdapterIndex failed");
+    MibTable<MIB_UNICASTIPADDRESS_TABLE> table(*this);
+    if (const DWORD dwRc = GetUnicastIpAddressTable(table.Receive()); dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::GetUnicastIpAddressTable failed", "dwRc", dwRc);
+
+    for (const MIB_UNICASTIPADDRESS_ROW& row : table.Rows())
+    {
+        if (row.InterfaceIndex != ulIndex)
+            continue;
+        // Not by the façade's conversion, which turns another family into 0.0.0.0: such a row is left out.
+        const velmor::ip_address address(row.Address);
+        frame.Verbose("sAddress", address);
+        if (address.is_valid())
+            IpAddrs.push_back(AddressOf(frame, row, address));
+    }
+    return frame.Succeed();
+}
+
+bool VistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO& NicInfo, const velmor::ip_address& Gateway)
+{
+    const CallFrame frame("VistaAPI::SetDefaultGateway");
+    if (NicInfo.sNicGuid.empty())
+        return frame.Fail("Bad NIC GUID");
+    if (!Gateway.is_valid())
+        return frame.Fail("Invalid gateway address");
+    unsigned long ulIndex = 0;
+    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
+        return frame.Fail("TOLVA::GetAdapterIndex failed");
+
+    bool bFound = false;
+    MIB_IPFORWARD_ROW2 forwardRow2 = {};
+    if (!DeleteDefaultRoutes(frame, ulIndex, Gateway.is_ipv4() ? AF_INET : AF_INET6, bFound, forwardRow2))
+        return false;
+    if (!bFound && !FillNewDefaultRoute(frame, ulIndex, Gateway, forwardRow2))
+        return false;
+
+    forwardRow2.NextHop = TOLVA::Convert_SOCKADDR_INET(Gateway);
+    MarkAsManaged(forwardRow2);
+    const auto Create = [&] { return CreateIpForwardEntry2(forwardRow2); };
+    const DWORD dwRc = RaiseMetricWhileRefused(frame, "forwardRow2.Metric", forwardRow2.Metric, Create(), Create);
+    if (dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::CreateIpForwardEntry2 failed", "dwRc", dwRc);
+    return frame.Succeed();
+}
+
+/// A part of SetDefaultGateway: deletes the default routes of the interface and family. `first` is a copy of the first
+/// of them. A refused deletion does not end the walk but fails it.
+bool VistaAPI::DeleteDefaultRoutes(const CallFrame& frame, unsigned long ulIndex, ADDRESS_FAMILY family, bool& bFound,
+                                   MIB_IPFORWARD_ROW2& first) const
+{
+    MibTable<MIB_IPFORWARD_TABLE2> table(*this);
+    if (const DWORD dwRc = GetIpForwardTable2(family, table.Receive()); dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::GetIpForwardTable2 failed", "dwRc", dwRc);
+
+    bool bFailed = false;
+    for (const MIB_IPFORWARD_ROW2& row : table.Rows())
+    {
+        frame.Verbose("pIpForwardTable2->Table[i].DestinationPrefix.PrefixLength", row.DestinationPrefix.PrefixLength);
+        frame.Verbose("sDestinationPrefix", TOLVA::Convert_SOCKADDR_INET(row.DestinationPrefix.Prefix));
+        const velmor::ip_address nextHop = TOLVA::Convert_SOCKADDR_INET(row.NextHop);
+        frame.Verbose("sNextHop", nextHop);
+        if (row.InterfaceIndex != ulIndex || row.DestinationPrefix.PrefixLength != 0)
+            continue;
+        if (!bFound)
+            first = row;
+        bFound = true;
+        frame.Information("Delete", "sNextHop", nextHop);
+        if (const DWORD dwRc = DeleteIpForwardEntry2(row); dwRc != NO_ERROR)
+            bFailed = !frame.Fail("VistaAPI::DeleteIpForwardEntry2 failed", "dwRc", dwRc);
+    }
+    return bFailed ? frame.Fail("Failed") : true;
+}
+
+/// A part of SetDefaultGateway: the row for an interface that has no default route yet.
+bool VistaAPI::FillNewDefaultRoute(const CallFrame& frame, unsigned long ulIndex, const velmor::ip_address& Gateway,
+                                   MIB_IPFORWARD_ROW2& row) const
+{
+    if (const DWORD dwRc = ConvertInterfaceIndexToLuid(ulIndex, row.InterfaceLuid); dwRc != NO_ERROR)
+        return frame.Fail("VistaAPI::ConvertInterfaceIndexToLuid failed", "dwRc", dwRc);
+    row.InterfaceIndex = ulIndex;
+    row.DestinationPrefix.Prefix =
+        TOLVA::Convert_SOCKADDR_INET(velmor::ip_address(Gateway.is_ipv4() ? L"0.0.0.0" : L"::"));
+    row.ValidLifetime = INFINITE_LIFETIME;
+    row.PreferredLifetime = INFINITE_LIFETIME;
+    frame.Verbose("No default gateway found, creating new entry");
+    return true;
+}
+
+bool VistaAPI::AddIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr)
+{
+    return ChangeAddress("VistaAPI::AddIpAddr", NicInfo, IpAddr, &Wrap_netsh::AddIpAddr);
+}
+
+bool VistaAPI::DeleteIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr)
+{
+    return ChangeAddress("VistaAPI::DeleteIpAddr", NicInfo, IpAddr, &Wrap_netsh::RemoveIpAddr);
 }

@@ -55,7 +55,15 @@ bool TOLVA::GetTempFilename(velmor::string& sFilename)
         if (::GetTempFileNameW(wszTempPath, L"TOLVA", 0, wszTempFilename) == 0)
             return frame.Fail("GetTempFileName() failed", "dwLastError", ::GetLastError());
         frame.Verbose("wszTempFilename", wszTempFilename);
-        sFilename = wszTempFilename;
+        try
+        {
+            sFilename = wszTempFilename;
+        }
+        catch (...)
+        {
+            ::DeleteFileW(wszTempFilename); // nobody would own it
+            throw;
+        }
         return frame.Succeed();
     });
 }

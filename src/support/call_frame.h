@@ -90,24 +90,7 @@ public:
         Say(TRACE_ERROR, args...);
     }
 
-    /// To be called in a handler: turns the exception that is being handled into a traced failure.
-    bool FailUnforeseen() const noexcept;
-
-private:
-    struct Silent
-    {
-    };
-    /// Anything that has a text form, made only when the line is written.
-    struct Convertible
-    {
-        const void* pObject;
-        velmor::string (*pConvert)(const void* pObject);
-    };
-    using Value = std::variant<bool, long long, double, Hex, Bytes, const char*, const wchar_t*, const velmor::string*,
-                               Convertible>;
-
-    CallFrame(const char* pszName, Silent) noexcept : m_pszName(pszName) {}
-
+    // The same at a level that a table gives.
     void Say(TRACE_LEVEL level, const char* pszMessage) const noexcept
     {
         if (TheTrace.IsWritten(level))
@@ -125,6 +108,24 @@ private:
         if (TheTrace.IsWritten(level))
             WriteVariable(level, pszMessage, pszVariable, ToValue(value));
     }
+
+    /// To be called in a handler: turns the exception that is being handled into a traced failure.
+    bool FailUnforeseen() const noexcept;
+
+private:
+    struct Silent
+    {
+    };
+    /// Anything that has a text form, made only when the line is written.
+    struct Convertible
+    {
+        const void* pObject;
+        velmor::string (*pConvert)(const void* pObject);
+    };
+    using Value = std::variant<bool, long long, double, Hex, Bytes, const char*, const wchar_t*, const velmor::string*,
+                               Convertible>;
+
+    CallFrame(const char* pszName, Silent) noexcept : m_pszName(pszName) {}
 
     template <class T>
     static Value ToValue(const T& value) noexcept

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include <support/handles.h>
+#include <support/module_function.h>
 #include <support/module_path.h>
 #include <support/registry.h>
 
@@ -88,12 +89,9 @@ bool DetectX64(bool& bX64)
 
 void AskProductInfo(const Version& version, bool& bServerCore)
 {
-    using ProductInfo = BOOL(WINAPI*)(DWORD, DWORD, DWORD, DWORD, DWORD*);
-    const HMODULE hKernel = ::GetModuleHandleW(L"kernel32.dll");
-    if (hKernel == nullptr)
-        return;
-    const auto pGetProductInfo =
-        reinterpret_cast<ProductInfo>(reinterpret_cast<void*>(::GetProcAddress(hKernel, "GetProductInfo")));
+    using ProductInfo = BOOL WINAPI(DWORD, DWORD, DWORD, DWORD, DWORD*);
+    auto* const pGetProductInfo =
+        velmor::FindFunction<ProductInfo>(::GetModuleHandleW(L"kernel32.dll"), "GetProductInfo");
     DWORD dwProductType = 0;
     if (pGetProductInfo != nullptr && pGetProductInfo(version.ulMajor, version.ulMinor, 0, 0, &dwProductType))
         bServerCore = false;

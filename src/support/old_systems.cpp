@@ -7,21 +7,17 @@
 
 #include <windows.h>
 
+#include <support/module_function.h>
+
 namespace
 {
 
-using TickCount64 = ULONGLONG(WINAPI*)();
-
-TickCount64 FindTickCount64() noexcept
-{
-    const HMODULE hKernel = ::GetModuleHandleW(L"kernel32.dll");
-    return reinterpret_cast<TickCount64>(
-        reinterpret_cast<void*>(hKernel != nullptr ? ::GetProcAddress(hKernel, "GetTickCount64") : nullptr));
-}
+using TickCount64 = ULONGLONG WINAPI();
 
 ULONGLONG WINAPI TickCount() noexcept
 {
-    static const TickCount64 pTickCount64 = FindTickCount64();
+    static TickCount64* const pTickCount64 =
+        velmor::FindFunction<TickCount64>(::GetModuleHandleW(L"kernel32.dll"), "GetTickCount64");
     return pTickCount64 != nullptr ? pTickCount64() : ::GetTickCount();
 }
 
@@ -29,8 +25,8 @@ ULONGLONG WINAPI TickCount() noexcept
 
 extern "C"
 {
-    extern TickCount64 __imp_GetTickCount64;
-    TickCount64 __imp_GetTickCount64 = &TickCount;
+    extern TickCount64* __imp_GetTickCount64;
+    TickCount64* __imp_GetTickCount64 = &TickCount;
 }
 
 #endif

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <adapters/wrap_devmgr_dll.h>
 #include <support/call_frame.h>
 #include <support/registry.h>
 #include <support/text.h>
@@ -39,6 +40,17 @@ bool TOLVA::CanChangeAdapterOptions(const NIC_INFO& NicInfo, bool& bCanChangeOpt
         if (bCanChangeOptions)
             frame.Verbose("Found PCI -> GUID match");
         frame.Information("bCanChangeOptions", bCanChangeOptions);
+        return frame.Succeed();
+    });
+}
+
+bool TOLVA::ChangeAdapterOptions(const NIC_INFO& NicInfo)
+{
+    return RunOperation("TOLVA::ChangeAdapterOptions", [&](const CallFrame& frame) {
+        if (NicInfo.sNicPci.empty())
+            return frame.Fail("Bad NIC PCI ID");
+        static const Wrap_DEVMGR_DLL library;
+        library.ShowProperties(L"/DeviceId " + NicInfo.sNicPci);
         return frame.Succeed();
     });
 }

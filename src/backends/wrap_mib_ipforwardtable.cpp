@@ -1,0 +1,79 @@
+#include <backends/wrap_mib_ipforwardtable.h>
+
+#include <span>
+
+#include <support/call_frame.h>
+
+namespace
+{
+
+std::span<MIB_IPFORWARDROW> Rows(MIB_IPFORWARDTABLE& table) noexcept
+{
+    return {table.table, table.dwNumEntries};
+}
+
+TOLVA::ROUTE_INFO RouteOf(const MIB_IPFORWARDROW& row)
+{
+    TOLVA::ROUTE_INFO route;
+    route.ulIndex = row.dwForwardIfIndex;
+    route.Destination = TOLVA::ConvertDwordToIpAddress(::ntohl(row.dwForwardDest));
+    route.PrefixLength = TOLVA::ConvertDwordToPrefix(::ntohl(row.dwForwardMask));
+    route.NextHop = TOLVA::ConvertDwordToIpAddress(::ntohl(row.dwForwardNextHop));
+    route.ulMetric = row.dwForwardMetric1;
+    return route;
+}
+
+} // namespace
+
+bool PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::LoadTable()
+{
+    const CallFrame frame("PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::LoadTable");
+    m_pMibIpForwardTable = nullptr;
+    DWORD dwRc = NO_ERROR;
+    if (!velmor::AskThenCall(m_buffer, dwRc, [](void* pTable, ULONG& ulSize) {
+            return ::GetIpForwardTable(static_cast<MIB_IPFORWARDTABLE*>(pTable), &ulSize, pTable != nullptr);
+        }))
+        return frame.Fail("GetIpForwardTable failed", "dwRc", dwRc);
+    m_pMibIpForwardTable = reinterpret_cast<MIB_IPFORWARDTABLE*>(m_buffer.data());
+    return frame.Succeed();
+}
+
+bool PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo,
+                                                            std::vector<TOLVA::ROUTE_INFO>& Routes)
+{
+    const CallFrame frame("PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::GetAdapterRoutes");
+    if (m_pMibIpForwardTable == nullptr && !LoadTable())
+        return frame.Fail("Failed to load MIB IP Forward table");
+    unsigned long ulIndex = 0;
+    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
+        return frame.Fail("TOLVA::GetAdapterIndex failed");
+
+    for (const MIB_IPFORWARDROW& row : Rows(*m_pMibIpForwardTable))
+        if (row.dwForwardIfIndex == ulIndex)
+            Routes.push_back(RouteOf(row));
+    return frame.Succeed();
+}
+
+bool PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::DeleteDefaultRoute(const TOLVA::NIC_INFO& NicInfo, bool& bFound,
+                                                              MIB_IPFORWARDROW& row)
+{
+    const CallFrame frame("PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::DeleteDefaultRoute");
+    if (m_pMibIpForwardTable == nullptr && !LoadTable())
+        return frame.Fail("Failed to load MIB IP Forward table");
+    unsigned long ulIndex = 0;
+    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
+        return frame.Fail("TOLVA::GetAdapterIndex failed");
+
+    for (MIB_IPFORWARDROW& candidate : Rows(*m_pMibIpForwardTable))
+    {
+        // The destination alone decides: the mask is not looked at, unlike on later systems.
+        if (candidate.dwForwardIfIndex != ulIndex || candidate.dwForwardDest != 0)
+            continue;
+        bFound = true;
+        row = candidate;
+        const DWORD dwRc = ::DeleteIpForwardEntry(&candidate);
+        if (dwRc != NO_ERROR)
+            return frame.FailAs("... ending(DeleteIpForwardEntry failed)", "dwRc", dwRc);
+    }
+    return frame.Succeed();
+}
