@@ -1,12 +1,12 @@
 #include "adapter.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
 #include <string_view>
 
 #include "exit_code.h"
 #include "library_call.h"
+#include "number.h"
 #include "table.h"
 #include "text.h"
 #include "trace_reader.h"
@@ -47,17 +47,6 @@ Adapter Identify(const TOLVA::NIC_INFO& info)
     return adapter;
 }
 
-/// Null for anything that is not digits alone.
-std::optional<unsigned long> ParseIndex(std::string_view text)
-{
-    unsigned long ulIndex = 0;
-    const char* const pEnd = text.data() + text.size();
-    const auto [pParsed, error] = std::from_chars(text.data(), pEnd, ulIndex);
-    if (error != std::errc() || pParsed != pEnd)
-        return std::nullopt;
-    return ulIndex;
-}
-
 bool HasGuid(const Adapter& adapter, const velmor::string& sWanted)
 {
     const velmor::string& sGuid = adapter.info.sNicGuid;
@@ -81,7 +70,7 @@ std::vector<Adapter> Candidates(const std::vector<Adapter>& adapters, const std:
     const velmor::string sWideWanted = FromUtf8(sWanted);
     Collect([&](const Adapter& adapter) { return HasGuid(adapter, sWideWanted); });
     Collect([&](const Adapter& adapter) { return HasName(adapter, sWideWanted); });
-    if (const auto index = ParseIndex(sWanted))
+    if (const auto index = ParseNumber(sWanted))
         Collect([&](const Adapter& adapter) { return adapter.index == index; });
     return found;
 }
@@ -99,6 +88,12 @@ std::string Enumerate(const std::vector<Adapter>& adapters)
 
 } // namespace
 
+std::string Quoted(const Adapter& adapter)
+{
+    const velmor::string& sName = adapter.Name();
+    return Quoted(ToUtf8(sName.empty() ? adapter.info.sNicGuid : sName));
+}
+
 std::vector<Adapter> ListAdapters()
 {
     std::vector<Adapter> adapters;
@@ -110,7 +105,7 @@ std::vector<Adapter> ListAdapters()
 Adapter FindAdapter(const std::string& sWanted)
 {
     const auto candidates = Candidates(ListAdapters(), sWanted);
-    const std::string sQuoted = '"' + Printable(sWanted) + '"';
+    const std::string sQuoted = Quoted(sWanted);
     if (candidates.empty())
         throw NoSuchAdapter("there is no adapter " + sQuoted + "; \"zelkctl adapter list\" shows all");
     if (candidates.size() > 1)

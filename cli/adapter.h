@@ -23,6 +23,9 @@ struct Adapter
     }
 };
 
+/// What messages call it: its name, or the GUID of one without a name.
+std::string Quoted(const Adapter& adapter);
+
 /// All adapters enabled for IPv4; that there is none is no failure. Throws OperationFailed.
 std::vector<Adapter> ListAdapters();
 

@@ -1,20 +1,15 @@
 #include "adapter_commands.h"
 
-#include <string>
-
 #include "adapter.h"
+#include "adapter_changes.h"
 #include "adapter_record.h"
 #include "command.h"
+#include "json_value.h"
 
 namespace zelkctl
 {
 namespace
 {
-
-void ShowAdapter(const Output& output, const std::string& sWanted)
-{
-    output.Record(DetailFields(), DetailsOf(FindAdapter(sWanted)));
-}
 
 void AddList(CLI::App& noun, Output& output)
 {
@@ -26,9 +21,8 @@ void AddList(CLI::App& noun, Output& output)
 void AddShow(CLI::App& noun, Output& output)
 {
     CLI::App& verb = AddVerb(noun, "show", "Show everything that is known of one adapter", "adapter show lan0");
-    const CLI::Option& wanted = AddAdapterArgument(verb);
     AddJsonFlag(verb, output);
-    verb.callback([&output, &wanted] { ShowAdapter(output, wanted.as<std::string>()); });
+    RunForAdapter(verb, [&output](const Adapter& adapter) { output.Record(DetailFields(), DetailsOf(adapter)); });
 }
 
 } // namespace
@@ -38,14 +32,12 @@ void AddAdapterCommands(CLI::App& app, Output& output)
     CLI::App& noun = AddNoun(app, "adapter", "Network adapters", "adapter show {00000002-0000-0000-0000-4E6574446576}");
     AddList(noun, output);
     AddShow(noun, output);
+    AddAdapterChanges(noun);
 }
 
 void ShowAdapterList(const Output& output)
 {
-    Json records = Json::array();
-    for (const Adapter& adapter : ListAdapters())
-        records.push_back(SummaryOf(adapter));
-    output.List(SummaryFields(), records, "No network adapter is enabled for IPv4.");
+    output.List(SummaryFields(), RecordsOf(ListAdapters(), SummaryOf), "No network adapter is enabled for IPv4.");
 }
 
 } // namespace zelkctl

@@ -2,7 +2,8 @@
 
 #include <vector>
 
-#include "text.h"
+#include "json_value.h"
+#include "word.h"
 
 namespace zelkctl
 {
@@ -35,15 +36,18 @@ constexpr Field DETAIL_FIELDS[] = {{"index", "Index"},
                                    {"dnsServers", "DNS servers"},
                                    {"canChangeOptions", "Can change options"}};
 
-Json TextOrNull(const velmor::string& text)
-{
-    return text.empty() ? Json() : Json(ToUtf8(text));
-}
+constexpr Word STATUS_WORDS[] = {{TOLVA::OPER_STATUS_UP, "Up"},
+                                 {TOLVA::OPER_STATUS_DOWN, "Down"},
+                                 {TOLVA::OPER_STATUS_TESTING, "Testing"},
+                                 {TOLVA::OPER_STATUS_UNKNOWN, "Unknown"},
+                                 {TOLVA::OPER_STATUS_DORMANT, "Dormant"},
+                                 {TOLVA::OPER_STATUS_NOT_PRESENT, "Not Present"},
+                                 {TOLVA::OPER_STATUS_LOWER_LAYER_DOWN, "Lower-Layer Down"}};
 
-Json AddressOrNull(const velmor::ip_address& address)
+/// The library says 0.0.0.0 for a server that is not there.
+Json ServerOrNull(const velmor::ip_address& address)
 {
-    const bool bNone = !address.is_valid() || address == velmor::ip_address();
-    return bNone ? Json() : TextOrNull(address);
+    return address == velmor::ip_address() ? Json() : AddressOrNull(address);
 }
 
 Json IndexOf(const Adapter& adapter)
@@ -66,17 +70,7 @@ Json StatusOf(const TOLVA::NIC_INFO& info)
     auto enStatus = TOLVA::OPER_STATUS_UNKNOWN;
     if (!TOLVA::GetAdapterOperStatus(info, enStatus))
         return {};
-    switch (enStatus)
-    {
-    case TOLVA::OPER_STATUS_UP: return "Up";
-    case TOLVA::OPER_STATUS_DOWN: return "Down";
-    case TOLVA::OPER_STATUS_TESTING: return "Testing";
-    case TOLVA::OPER_STATUS_UNKNOWN: return "Unknown";
-    case TOLVA::OPER_STATUS_DORMANT: return "Dormant";
-    case TOLVA::OPER_STATUS_NOT_PRESENT: return "Not Present";
-    case TOLVA::OPER_STATUS_LOWER_LAYER_DOWN: return "Lower-Layer Down";
-    }
-    return {};
+    return WordOf(STATUS_WORDS, enStatus);
 }
 
 Json FamiliesOf(const TOLVA::NIC_INFO& info)
@@ -95,7 +89,7 @@ Json FamiliesOf(const TOLVA::NIC_INFO& info)
 Json Dhcpv4ServerOf(const TOLVA::NIC_INFO& info)
 {
     velmor::ip_address server;
-    return TOLVA::GetDhcpServer(info, server) ? AddressOrNull(server) : Json();
+    return TOLVA::GetDhcpServer(info, server) ? ServerOrNull(server) : Json();
 }
 
 void AddDhcpv6Identity(const TOLVA::NIC_INFO& info, Json& record)
@@ -114,7 +108,7 @@ Json DnsServersOf(const TOLVA::NIC_INFO& info)
         return {};
     Json texts = Json::array();
     for (const velmor::ip_address& server : servers)
-        texts.push_back(AddressOrNull(server));
+        texts.push_back(ServerOrNull(server));
     return texts;
 }
 

@@ -1,5 +1,7 @@
 #include "command.h"
 
+#include <utility>
+
 namespace zelkctl
 {
 
@@ -29,9 +31,21 @@ void AddJsonFlag(CLI::App& verb, Output& output)
         "--json", [&output] { output.SetJson(true); }, "Write JSON instead of text");
 }
 
+CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
+                         const std::string& sForm)
+{
+    return *verb.add_option(sName, sDescription)->required()->option_text(sForm);
+}
+
 CLI::Option& AddAdapterArgument(CLI::App& verb)
 {
-    return *verb.add_option("ADAPTER", "Its name, GUID or index")->required()->option_text("NAME|{GUID}|INDEX");
+    return AddArgument(verb, "ADAPTER", "Its name, GUID or index", "NAME|{GUID}|INDEX");
+}
+
+void RunForAdapter(CLI::App& verb, std::function<void(const Adapter&)> action)
+{
+    const CLI::Option& wanted = AddAdapterArgument(verb);
+    verb.callback([&wanted, action = std::move(action)] { action(FindAdapter(wanted.as<std::string>())); });
 }
 
 } // namespace zelkctl

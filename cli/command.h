@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
+#include "adapter.h"
 #include "output.h"
 
 namespace zelkctl
@@ -21,7 +23,13 @@ CLI::App& AddVerb(CLI::App& noun, const std::string& sName, const std::string& s
 
 void AddJsonFlag(CLI::App& verb, Output& output);
 
+/// Arguments are told apart by their place. `sForm` is what the help shows of the argument's text.
+CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
+                         const std::string& sForm);
 /// The adapter that the verb is about, in the user's words.
 CLI::Option& AddAdapterArgument(CLI::App& verb);
+
+/// Makes an adapter the verb's argument, and `action` what the verb does with it.
+void RunForAdapter(CLI::App& verb, std::function<void(const Adapter&)> action);
 
 } // namespace zelkctl

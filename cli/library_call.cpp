@@ -4,8 +4,6 @@
 
 namespace zelkctl
 {
-namespace
-{
 
 std::string Explanation(const TraceReader& trace)
 {
@@ -17,8 +15,6 @@ std::string Explanation(const TraceReader& trace)
         return "no trace was written: the directory " + sDirectory + " is missing";
     return "no reason was traced in the directory " + sDirectory;
 }
-
-} // namespace
 
 OperationFailed Failure(std::string_view operation, const TraceReader& trace)
 {

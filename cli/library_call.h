@@ -9,6 +9,9 @@
 namespace zelkctl
 {
 
+/// The innermost error or warning that the library traced, or why there is none.
+std::string Explanation(const TraceReader& trace);
+
 /// The operation's name and why it failed, as far as the library traced it.
 OperationFailed Failure(std::string_view operation, const TraceReader& trace);
 

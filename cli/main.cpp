@@ -14,11 +14,14 @@
 #include <shlwapi.h>
 
 #include "adapter_commands.h"
+#include "address_commands.h"
 #include "arguments.h"
 #include "command.h"
 #include "console.h"
 #include "exit_code.h"
 #include "output.h"
+#include "route_commands.h"
+#include "tcp6_commands.h"
 #include "version.h"
 
 namespace
@@ -41,6 +44,9 @@ void Describe(CLI::App& app, Output& output)
     app.footer(app.get_footer() +
                "\n\nExit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter");
     AddAdapterCommands(app, output);
+    AddRouteCommands(app, output);
+    AddAddressCommands(app, output);
+    AddTcp6Commands(app, output);
     app.callback([&] {
         if (app.get_subcommands().empty())
             ShowAdapterList(output);
@@ -61,7 +67,8 @@ ExitCode EndOfParsing(const CLI::App& app, const CLI::ParseError& end)
 ExitCode Run(std::vector<std::string> arguments)
 {
     Output output;
-    CLI::App app("Shows the network adapters of this machine; without arguments it runs \"adapter list\".", "zelkctl");
+    CLI::App app("Shows and changes the network adapters of this machine; without arguments it runs \"adapter list\".",
+                 "zelkctl");
     Describe(app, output);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the back
     try

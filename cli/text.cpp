@@ -138,6 +138,11 @@ std::string Printable(std::string_view text)
     return result;
 }
 
+std::string Quoted(std::string_view text)
+{
+    return '"' + Printable(text) + '"';
+}
+
 std::size_t DisplayWidth(std::string_view text)
 {
     return static_cast<std::size_t>(

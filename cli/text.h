@@ -21,6 +21,9 @@ bool EqualIgnoringCase(const velmor::string& left, const velmor::string& right);
 /// The UTF-8 text with U+FFFD for every control character, so that no name breaks a line or drives a terminal.
 std::string Printable(std::string_view text);
 
+/// The printable text in quotation marks.
+std::string Quoted(std::string_view text);
+
 /// Number of code points of a UTF-8 text.
 std::size_t DisplayWidth(std::string_view text);
 

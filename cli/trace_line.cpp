@@ -1,6 +1,6 @@
 #include "trace_line.h"
 
-#include <charconv>
+#include "number.h"
 
 namespace zelkctl
 {
@@ -16,16 +16,6 @@ std::optional<std::string_view> TakeUntil(std::string_view& text, std::string_vi
     const std::string_view taken = text.substr(0, position);
     text.remove_prefix(position + separator.size());
     return taken;
-}
-
-std::optional<unsigned long> ParseHex(std::string_view digits)
-{
-    unsigned long ulValue = 0;
-    const char* const pEnd = digits.data() + digits.size();
-    const auto [pParsed, error] = std::from_chars(digits.data(), pEnd, ulValue, 16);
-    if (error != std::errc() || pParsed != pEnd)
-        return std::nullopt;
-    return ulValue;
 }
 
 std::optional<char> ParseLevel(std::string_view tag)
@@ -68,7 +58,7 @@ std::optional<TraceLine> ParseTraceLine(std::string_view line)
     const auto tag = TakeUntil(line, "]: ");
     if (!time || !thread || !tag)
         return std::nullopt;
-    const auto ulThread = ParseHex(*thread);
+    const auto ulThread = ParseNumber(*thread, 16);
     const auto level = ParseLevel(*tag);
     if (!ulThread || !level)
         return std::nullopt;

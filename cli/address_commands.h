@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// The noun "address" with its verbs.
+void AddAddressCommands(CLI::App& app, Output& output);
+
+} // namespace zelkctl

@@ -1,0 +1,53 @@
+#include "ip_argument.h"
+
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+
+#include "number.h"
+#include "text.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+/// The platform also reads ports, scopes, and IPv4 forms with missing or octal parts.
+bool IsPlain(const velmor::ip_address& address, std::string_view text)
+{
+    if (address.is_ipv4())
+        return ToUtf8(velmor::string(address)) == text;
+    return address.is_ipv6() && text.find_first_not_of("0123456789abcdefABCDEF:.") == std::string_view::npos;
+}
+
+unsigned char ParsePrefixLength(const std::string& sName, const std::string& sText, const velmor::ip_address& address)
+{
+    const unsigned long ulLongest = address.is_ipv4() ? 32 : 128;
+    const auto ulLength = ParseNumber(sText);
+    if (!ulLength || *ulLength > ulLongest)
+        throw CLI::ValidationError(sName, Quoted(sText) + " is no prefix length of an " +
+                                              (address.is_ipv4() ? "IPv4" : "IPv6") + " address, 0 to " +
+                                              std::to_string(ulLongest));
+    return static_cast<unsigned char>(*ulLength);
+}
+
+} // namespace
+
+velmor::ip_address ParseAddress(const std::string& sName, const std::string& sText)
+{
+    const velmor::ip_address address(FromUtf8(sText));
+    if (!IsPlain(address, sText))
+        throw CLI::ValidationError(sName, Quoted(sText) + " is no IPv4 or IPv6 address");
+    return address;
+}
+
+Network ParseNetwork(const std::string& sName, const std::string& sText)
+{
+    const std::size_t slash = sText.find('/');
+    if (slash == std::string::npos)
+        throw CLI::ValidationError(sName, Quoted(sText) + " lacks its prefix length, such as /24");
+    const velmor::ip_address address = ParseAddress(sName, sText.substr(0, slash));
+    return {address, ParsePrefixLength(sName, sText.substr(slash + 1), address)};
+}
+
+} // namespace zelkctl

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include <zelk_nm/ip_address.h>
+
+namespace zelkctl
+{
+
+struct Network
+{
+    velmor::ip_address address;
+    unsigned char prefixLength;
+};
+
+// What the user wrote for the argument `sName`. They throw CLI::ValidationError, wrong usage, for any other text.
+
+/// An address alone, IPv4 in four decimal parts: the library would take a port or a scope and forget it.
+velmor::ip_address ParseAddress(const std::string& sName, const std::string& sText);
+
+/// An address, "/" and the prefix length.
+Network ParseNetwork(const std::string& sName, const std::string& sText);
+
+} // namespace zelkctl

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// The noun "tcp6" with its verbs.
+void AddTcp6Commands(CLI::App& app, Output& output);
+
+} // namespace zelkctl
