@@ -29,15 +29,6 @@ protected:
         EXPECT_TRUE(TOLVA::GetAdapterList(list));
         return list.at(0);
     }
-    /// The lines of one operation.
-    [[nodiscard]] std::vector<std::string> LinesOf(std::string_view sOperation) const
-    {
-        std::vector<std::string> lines;
-        for (const std::string& sLine : trace.Lines())
-            if (std::string_view(sLine).substr(4).starts_with(std::string(sOperation) + " : "))
-                lines.push_back(sLine);
-        return lines;
-    }
 };
 
 TEST_F(AdapterIdentity, WhichSubkeyIsTheAdapters)
@@ -93,10 +84,11 @@ TEST_F(AdapterIdentity, TheSearchSpeaksOfEverySubkeyWithAnInstance)
 [V] TOLVA::GetAdapterEnumAndDesc : Found correct enum : NicInfo.sNicEnum = "0003"
 [V] TOLVA::GetAdapterEnumAndDesc : bFoundEnum = true
 )"),
-              LinesOf("TOLVA::GetAdapterEnumAndDesc"));
+              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
 
     Completed(Adapter(L"{NOBODY}"));
-    EXPECT_EQ("[V] TOLVA::GetAdapterEnumAndDesc : bFoundEnum = false", LinesOf("TOLVA::GetAdapterEnumAndDesc").back());
+    EXPECT_EQ("[V] TOLVA::GetAdapterEnumAndDesc : bFoundEnum = false",
+              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc").back());
 }
 
 TEST_F(AdapterIdentity, NothingToSearchWith)
@@ -106,7 +98,7 @@ TEST_F(AdapterIdentity, NothingToSearchWith)
 [V] TOLVA::GetAdapterEnumAndDesc : starting ...
 [E] TOLVA::GetAdapterEnumAndDesc : ... ending( Bad NIXC GUID )
 )"),
-              LinesOf("TOLVA::GetAdapterEnumAndDesc"));
+              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
 
     const auto patch = PATCH_IMPORT(RegOpenKeyExW, [](auto...) -> LSTATUS { return ERROR_ACCESS_DENIED; });
     Completed(Adapter());
@@ -115,7 +107,7 @@ TEST_F(AdapterIdentity, NothingToSearchWith)
 [V] TOLVA::GetAdapterEnumAndDesc : NicInfo.sNicGuid = "<guid>"
 [E] TOLVA::GetAdapterEnumAndDesc : ... ending( velmor::Registry_System::EnumerateKeys failed) )"
                          "\n"),
-              LinesOf("TOLVA::GetAdapterEnumAndDesc"));
+              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
 }
 
 TEST_F(AdapterIdentity, DeviceInstanceAndItsFallback)
@@ -155,7 +147,7 @@ TEST_F(AdapterIdentity, DeviceInstanceAndItsFallback)
         TOLVA::NIC_INFO NicInfo = Adapter();
         NicInfo.sNicPci = L"kept";
         EXPECT_EQ(row.pszPci, Text(Completed(NicInfo).sNicPci));
-        EXPECT_EQ(Transcript(row.sTranscript), LinesOf("TOLVA::GetAdapterPCI"));
+        EXPECT_EQ(Transcript(row.sTranscript), trace.LinesOf("TOLVA::GetAdapterPCI"));
     }
 }
 

@@ -35,7 +35,7 @@ const std::map<std::string, const char*> OLDEST_SYSTEM = {
      "GetPrivateProfileStringW GetProcAddress GetProcessAffinityMask GetSystemDirectoryW GetSystemTimeAsFileTime "
      "GetSystemWow64DirectoryW GetTempFileNameW GetTempPathW GetThreadContext GetThreadPriority GetTickCount "
      "GetVersionExA GetVersionExW InitializeCriticalSection IsDBCSLeadByteEx IsDebuggerPresent LeaveCriticalSection "
-     "LoadLibraryW LocalFree MultiByteToWideChar OpenProcess OutputDebugStringA RaiseException ReleaseMutex "
+     "LoadLibraryW LocalFree MultiByteToWideChar OpenProcess OutputDebugStringA RaiseException ReadFile ReleaseMutex "
      "ReleaseSemaphore RemoveVectoredExceptionHandler ResetEvent ResumeThread RtlCaptureContext "
      "RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind SetComputerNameExW SetEvent SetLastError "
      "SetProcessAffinityMask SetThreadContext SetThreadPriority Sleep SuspendThread TlsAlloc TlsGetValue TlsSetValue "

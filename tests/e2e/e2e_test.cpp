@@ -41,6 +41,13 @@ struct Link
     velmor::string sGuid;
 };
 
+velmor::string GuidOf(unsigned long ulIndex)
+{
+    char guid[40];
+    std::snprintf(guid, sizeof(guid), "{%08lX-0000-0000-0000-4E6574446576}", ulIndex);
+    return guid;
+}
+
 /// All links but the loopback: Wine lists those too that have no IPv4 address.
 std::vector<Link> Links()
 {
@@ -57,9 +64,7 @@ std::vector<Link> Links()
                      {}};
         for (char& character : link.sHwAddr)
             character = character == ':' ? '-' : static_cast<char>(std::toupper(character));
-        char guid[40];
-        std::snprintf(guid, sizeof(guid), "{%08lX-0000-0000-0000-4E6574446576}", link.ulIndex);
-        link.sGuid = guid;
+        link.sGuid = GuidOf(link.ulIndex);
         links.push_back(link);
     }
     return links;
@@ -205,6 +210,83 @@ TEST(Lan, QuestionsAboutAnAdapter)
         EXPECT_TRUE(TOLVA::GetDhcpServer(NicInfo, DhcpServer));
         EXPECT_EQ(velmor::ip_address(), DhcpServer) << "there is none";
     }
+}
+
+/// Asks for the records of every link, the loopback's too, as lines "link: record" in their order.
+template <class Record, class Line>
+std::vector<std::string> Lines(bool (*pAsk)(const TOLVA::NIC_INFO&, std::vector<Record>&), Line line)
+{
+    std::vector<std::string> lines;
+    for (const nlohmann::json& fact : Facts()["links"])
+    {
+        TOLVA::NIC_INFO NicInfo;
+        NicInfo.sNicGuid = GuidOf(fact["ifindex"]);
+        std::vector<Record> records;
+        EXPECT_TRUE(pAsk(NicInfo, records));
+        for (const Record& record : records)
+        {
+            EXPECT_EQ(fact["ifindex"].get<unsigned long>(), record.ulIndex);
+            if (const std::string sLine = line(record); !sLine.empty())
+                lines.push_back(fact["ifname"].get<std::string>() + ": " + sLine);
+        }
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+std::string Written(const velmor::ip_address& address, unsigned char prefix)
+{
+    return std::string(velmor::string(address).narrow_c_str()) + '/' + std::to_string(prefix);
+}
+
+/// The next hop of a route without a gateway: before Vista an address of the link itself.
+std::string OnLink(const std::string& sLink)
+{
+    for (const nlohmann::json& link : Facts()["links"])
+        for (const nlohmann::json& fact : link["addr_info"])
+            if (!Facts()["vista"] && link["ifname"] == sLink && fact["family"] == "inet")
+                return fact["local"];
+    return "0.0.0.0";
+}
+
+TEST(Tables, RoutesAreTheKernels)
+{
+    std::vector<std::string> expected;
+    for (const nlohmann::json& fact : Facts()["routes"])
+    {
+        std::string sDestination = fact["dst"];
+        if (sDestination == "default")
+            sDestination = "0.0.0.0/0";
+        if (sDestination.find('/') == std::string::npos)
+            sDestination += "/32";
+        const std::string sLink = fact["dev"];
+        expected.push_back(sLink + ": " + sDestination + " via " + fact.value("gateway", OnLink(sLink)) + " metric " +
+                           std::to_string(fact.value("metric", 0)));
+    }
+    std::sort(expected.begin(), expected.end());
+    EXPECT_LE(7U, expected.size());
+    EXPECT_EQ(expected, Lines(&TOLVA::GetAdapterRoutes, [](const TOLVA::ROUTE_INFO& Route) -> std::string {
+                  if (Route.Destination.is_ipv6())
+                      return {}; // Wine has none of the kernel's
+                  return Written(Route.Destination, Route.PrefixLength) + " via " +
+                         velmor::string(Route.NextHop).narrow_c_str() + " metric " + std::to_string(Route.ulMetric);
+              }));
+}
+
+TEST(Tables, AddressesAreTheKernels)
+{
+    const bool bVista = Facts()["vista"];
+    std::vector<std::string> expected;
+    for (const nlohmann::json& link : Facts()["links"])
+        for (const nlohmann::json& fact : link["addr_info"])
+            if (bVista || fact["family"] == "inet")
+                expected.push_back(link["ifname"].get<std::string>() + ": " + fact["local"].get<std::string>() + '/' +
+                                   std::to_string(fact["prefixlen"].get<int>()));
+    std::sort(expected.begin(), expected.end());
+    EXPECT_LE(5U, expected.size());
+    EXPECT_EQ(expected, Lines(&TOLVA::GetAdaptersIpAddrs, [](const TOLVA::ASSOC_IP_ADDR& IpAddr) {
+                  return Written(IpAddr.IpAddress, IpAddr.SubnetPrefix);
+              }));
 }
 
 /// Windows reports the lack of adapters as a failure, Wine an empty table.

@@ -47,6 +47,7 @@ ip netns exec "$name-bare" true 2>/dev/null || skip "no program can be run in a 
 add_link() {
     ip -n "$name" link add "$1" address "$2" type veth peer name "$1p" 2>/dev/null || skip "no veth link can be made here"
     ip -n "$name" link set "$1p" netns "$name-far"
+    ip -n "$name" link set "$1" addrgenmode none # its address would come some time later
     ip -n "$name-far" link set "$1p" up
     ip -n "$name" link set "$1" "$3"
     local link=$1
@@ -57,25 +58,44 @@ add_link() {
 }
 ip -n "$name" link set lo up
 ip -n "$name-bare" link set lo up
-add_link lan0 02:00:5e:10:00:0a up 192.0.2.10/24 10.77.0.5/16 2001:db8::10/64
+add_link lan0 02:00:5e:10:00:0a up 192.0.2.10/24 10.77.0.5/16 2001:db8::10/64 fe80::10/64
 add_link lan1 02:ab:cd:ef:ff:01 down 198.51.100.2/25
-add_link lan2 06:00:00:00:00:02 up 203.0.113.7/32
+add_link lan2 06:00:00:00:00:02 up 203.0.113.7/32 fd00:1:2::7/128
+# add_route DESTINATION LINK METRIC [GATEWAY]: Wine reads metrics of two digits wrongly.
+add_route() {
+    ip -n "$name" route add "$1" ${4:+via "$4"} dev "$2" metric "$3"
+}
+add_route default lan0 5 192.0.2.1
+add_route default lan0 9 10.77.0.1
+add_route 198.18.0.0/15 lan0 1 10.77.255.254
+add_route 198.18.0.0/15 lan2 2
+add_route 203.0.113.200/32 lan2 3
 
 wine_prefix_make "$zelk_base_prefix"
 wine_prefix_make
 
-# run_in NAMESPACE ARGUMENTS: the view of the network is that of the namespace in which the server starts.
+# The same program under a name for which Wine plays an older system.
+older=$WINEPREFIX.older/zelk-e2e-older.exe
+mkdir -p "${older%/*}/Logfiles"
+cp -- "$1" "$older"
+cp -- "$(dirname -- "$1")/ZELK_NM.DLL" "${older%/*}"
+"$zelk_top/scripts/wine-run.sh" reg add "HKCU\\Software\\Wine\\AppDefaults\\${older##*/}" /v Version /d winxp64 /f >/dev/null
+
+# run_in NAMESPACE PROGRAM ARGUMENTS: the view of the network is that of the namespace in which the server starts.
 run_in() {
-    local namespace=$1 rc=0
+    local namespace=$1 rc=0 vista=true
     shift
+    [ "$1" != "$older" ] || vista=false
     wine_server_end
-    printf '{"links": %s, "dns": ["192.0.2.53", "2001:db8::53"]}' "$(ip -n "$namespace" -json addr)" >"$ZELK_E2E_FACTS"
+    printf '{"links": %s, "routes": %s, "dns": ["192.0.2.53", "2001:db8::53"], "vista": %s}' \
+        "$(ip -n "$namespace" -json addr)" "$(ip -n "$namespace" -json route)" $vista >"$ZELK_E2E_FACTS"
     # In the background, so that a signal is heeded at once.
     ip netns exec "$namespace" "$zelk_top/scripts/wine-run.sh" "$@" </dev/null &
     wait $! || rc=$?
     return $rc
 }
 failed=0
-run_in "$name" "$@" --gtest_filter='Lan.*' || failed=1
+run_in "$name" "$@" --gtest_filter='Lan.*:Tables.*' || failed=1
+run_in "$name" "$older" --gtest_filter='Tables.*' || failed=1
 run_in "$name-bare" "$@" --gtest_filter='LoopbackOnly.*' || failed=1
 exit $failed

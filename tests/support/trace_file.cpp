@@ -91,6 +91,15 @@ bool TraceFile::Has(std::string_view sLine) const
     return std::find(lines.begin(), lines.end(), sLine) != lines.end();
 }
 
+std::vector<std::string> TraceFile::LinesOf(std::string_view sOperation) const
+{
+    constexpr std::string_view LEVEL = "[V] ";
+    const std::string sStart = std::string(sOperation) + " : ";
+    std::vector<std::string> lines = Lines();
+    std::erase_if(lines, [&](const std::string& sLine) { return sLine.find(sStart) != LEVEL.size(); });
+    return lines;
+}
+
 void TraceFile::ExpectLines(const std::vector<std::string>& expected, std::source_location where) const
 {
     const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "the transcript");

@@ -29,6 +29,9 @@ public:
     /// Whether one of the normalised lines is exactly this.
     [[nodiscard]] bool Has(std::string_view sLine) const;
 
+    /// The normalised lines that one operation wrote under its name.
+    [[nodiscard]] std::vector<std::string> LinesOf(std::string_view sOperation) const;
+
     /// Fails the test, showing a line by line difference, unless these are all the lines.
     void ExpectLines(const std::vector<std::string>& expected,
                      std::source_location where = std::source_location::current()) const;

@@ -1,0 +1,51 @@
+// A DLL that uses ZELK_NM.DLL, so that the system loads and unloads the two together.
+
+#include <cstdio>
+
+#include <backends/abstract_network_api.h>
+#include <zelk_nm/tolva.h>
+
+namespace
+{
+
+template <class T>
+T* Find(const wchar_t* pszModule, const char* pszName)
+{
+    const HMODULE hModule = ::GetModuleHandleW(pszModule);
+    return hModule == nullptr ? nullptr
+                              : reinterpret_cast<T*>(reinterpret_cast<void*>(::GetProcAddress(hModule, pszName)));
+}
+
+} // namespace
+
+extern "C" __declspec(dllexport) void UseEverything(char* pszAnswer, std::size_t size);
+
+/// Everything that is kept until the library is unloaded comes to be here. `pszAnswer` receives what the device
+/// manager was asked to show, or a "-".
+void UseEverything(char* pszAnswer, std::size_t size)
+{
+    TOLVA();
+    std::vector<TOLVA::NIC_INFO> list;
+    TOLVA::GetAdapterList(list);
+    for (const TOLVA::NIC_INFO& adapter : list)
+    {
+        std::vector<TOLVA::ROUTE_INFO> routes;
+        TOLVA::GetAdapterRoutes(adapter, routes);
+        std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
+        TOLVA::GetAdaptersIpAddrs(adapter, addresses);
+    }
+
+    // No exported operation changes an address yet, but the back end does. There is no such adapter.
+    TOLVA::NIC_INFO NicInfo;
+    NicInfo.sNicGuid = L"{UNLOAD}";
+    NicInfo.sNicPci = L"PCI\\VEN 8086&DEV_1\\\"3";
+    TOLVA::ASSOC_IP_ADDR IpAddr;
+    IpAddr.IpAddress = velmor::ip_address(L"192.0.2.10");
+    auto* const pBackEnd = *Find<AbstractNetworkAPI*>(L"ZELK_NM.DLL", "_ZN5TOLVA13m_pNetworkAPIE");
+    pBackEnd->AddIpAddr(NicInfo, IpAddr);
+    pBackEnd->SetDefaultGateway(NicInfo, IpAddr.IpAddress);
+
+    const bool bShown = TOLVA::ChangeAdapterOptions(NicInfo);
+    const auto* pszShown = Find<wchar_t>(L"DEVMGR.DLL", "ShownCommandLine");
+    std::snprintf(pszAnswer, size, "%d %ls", bShown, pszShown != nullptr ? pszShown : L"-");
+}
