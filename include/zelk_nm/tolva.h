@@ -28,7 +28,8 @@ class AbstractNetworkAPI;
 /// - No exception leaves it. Something unforeseen, out of memory included, is traced at error level and answered false.
 /// - Out-values are written on success; what a failure leaves in them is said where it is not "unchanged".
 /// - A step that fails after others have changed something does not undo them.
-/// - It may be called from several threads, each with records of its own, unless it says otherwise.
+/// - It may be called from several threads, each with records of its own. Before Vista those that read or change routes
+///   and addresses want one caller at a time: they share tables that are read once in the process.
 ///
 /// No object is needed to call them.
 class ZELK_NM_API TOLVA
@@ -255,7 +256,7 @@ public:
     static unsigned long GetTcp6Table(MIB_TCP6TABLE* pTcpTable, unsigned long& ulSize, bool bSort);
 
     // ---- Routes and addresses --------------------------------------------------------------------------------------
-    // They fail when `sNicGuid` is empty. Before Vista: one caller at a time.
+    // They fail when `sNicGuid` is empty.
 
     /// Appends the adapter's routes: of both families, or IPv4 alone before Vista, where they are those of the first
     /// call in the process. Fails also when the adapter has no interface index or the table cannot be read.
@@ -267,6 +268,93 @@ public:
     /// Appends the adapter's unicast addresses. Before Vista: IPv4 alone, those of the first call in the process, and
     /// true even when they cannot be read. Later systems fail then, and for an adapter without an interface index.
     static bool GetAdaptersIpAddrs(const NIC_INFO& NicInfo, std::vector<ASSOC_IP_ADDR>& IpAddrs);
+
+    // ---- IP configuration ------------------------------------------------------------------------------------------
+    // All fail when `sNicGuid` is empty, but where another field is named; those that take a family fail for a value
+    // that is none, but where it says otherwise. Those that change something need an elevated caller.
+
+    /// Replaces the adapter's addresses of every family that the list has by those of the list; of a record the address
+    /// counts, and for IPv4 the prefix length. Addresses of the other family stay. Where DHCP is on for every family of
+    /// the list its leases are released first; that this fails stops nothing. Fails, with nothing changed, for a list
+    /// without IPv4 and IPv6 addresses. When a current address cannot be removed nothing is added; when one cannot be
+    /// added the others stay. Removed addresses are not restored.
+    /// From Vista on a command runs for each address, for which it blocks, and each IPv4 address replaces the one
+    /// before it, so that of several the last remains. Before Vista the current addresses are those of the first call
+    /// in the process, and IPv6 addresses are passed over.
+    static bool SetAdaptersIpAddrs(const NIC_INFO& NicInfo, const std::vector<ASSOC_IP_ADDR>& IpAddrs);
+
+    /// Whether the adapter is a DHCP client by its registry values; of both families only when it is for both. Fails
+    /// when a value that is asked for cannot be read.
+    static bool IsDhcpEnabled(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bDhcpEnabled);
+    /// Renew and release the lease by the system's ipconfig, and block until it ends, which can take a minute a family.
+    /// Of both families IPv4 comes first, and its failure leaves IPv6 as it is. ReleaseDhcp asks for `sNicName`
+    /// first; both find the connection's name by `sNicGuid`.
+    static bool RenewDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType);
+    static bool ReleaseDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType);
+    /// Makes a static adapter a DHCP client: removes its addresses, writes "EnableDHCP" (for IPv6 alone nothing),
+    /// restarts the device and renews the lease; blocks meanwhile. An adapter that is one already is left as it is, and
+    /// is success. An address that cannot be removed and a device that cannot be restarted do not stop it. Of both
+    /// families one that is static is enough for the addresses of both to be removed. Fails, with nothing changed,
+    /// where IsDhcpEnabled fails or the addresses cannot be read.
+    static bool ReturnToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType);
+
+    /// Appends the next hops of the adapter's default routes. The family is checked but does not filter: gateways of
+    /// both are returned.
+    static bool GetDefaultGatewayList(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType,
+                                      std::vector<velmor::ip_address>& Gateways);
+    /// Replaces the adapter's default routes of the gateway's family by one through the gateway, and keeps it in the
+    /// registry. When that fails the route stays. Before Vista give it IPv4 alone: an IPv6 gateway is not refused, and
+    /// costs the IPv4 default route.
+    static bool SetDefaultGateway(const NIC_INFO& NicInfo, const velmor::ip_address& Gateway);
+    /// Whether no static gateway is kept in the registry. An IPv6 gateway that SetDefaultGateway has written counts as
+    /// none.
+    static bool IsGatewayAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bIsAutomatic);
+    /// Empties the static gateway lists in the registry: that of IPv4 for every family, that of IPv6 unless it is for
+    /// IPv4 alone. Routes stay.
+    static bool ReturnGatewayToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType);
+
+    /// Makes these the adapter's static DNS servers, in their order of preference: the list of both families in the
+    /// registry, and the first at once by the system's netsh, for which it blocks. An empty list is success and changes
+    /// nothing. Invalid addresses are left out; when the first is one, the operation fails after the registry was
+    /// written.
+    static bool SetDnsServerList(const NIC_INFO& NicInfo, const std::vector<velmor::ip_address>& DnsServerList);
+    /// Whether no static servers are kept in the registry. A family that is none is no failure; its answer is false.
+    static bool IsDnsAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bIsAutomatic);
+    /// Empties the static list in the registry. Nothing else changes until the adapter is configured anew.
+    static bool ReturnDnsToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType);
+
+    // ---- Adapter properties ----------------------------------------------------------------------------------------
+    // They fail when `sNicGuid` is empty.
+
+    /// What the driver shows for its speed and duplex setting, found below the class key `sNicEnum` (it fails when that
+    /// is empty). For a driver without a setting the measured speed, such as "100.0 Mbps", or "Unknown". Fails when the
+    /// driver has a setting but no text for it.
+    static bool GetAdapterSpeed(const NIC_INFO& NicInfo, velmor::string& sAdapterSpeed);
+    /// The measured speed in megabits per second; at most 4294.967295, which the platform's number holds. Fails when
+    /// the adapter has no interface index or the platform refuses.
+    static bool GetAdapterLinkSpeed(const NIC_INFO& NicInfo, double& dSpeed);
+    /// The connection-specific DNS domain; empty when there is none.
+    static bool GetAdapterDomain(const NIC_INFO& NicInfo, velmor::string& sDomain);
+    /// Whether IPv4 addresses itself where no DHCP server answers; true when nothing is set.
+    static bool GetAutoconfigStatus(const NIC_INFO& NicInfo, bool& bIsAutoConfig);
+    /// Whether NetBIOS over TCP/IP is enabled, by the adapter's own setting or DHCP's; true when nothing is set.
+    static bool GetNetBIOSOverTcpipStatus(const NIC_INFO& NicInfo, bool& bUseNetBIOSOverTcpip);
+
+    // ---- Machine identity ------------------------------------------------------------------------------------------
+    // Reads ask the running system. Writes need an elevated caller.
+
+    static bool GetComputerNameW(velmor::string& sComputerName);
+    static bool GetPrimaryDnsSuffix(velmor::string& sPrimaryDnsSuffix);
+    static bool GetFullComputerName(velmor::string& sFullComputerName);
+    /// Written into the registry and taken by the system at its next start. The name is not checked. When the second of
+    /// the two values cannot be written the first stays.
+    static bool SetComputerNameW(const velmor::string& sComputerName);
+    /// Like SetComputerNameW. An empty suffix clears it.
+    static bool SetPrimaryDnsSuffix(const velmor::string& sPrimaryDnsSuffix);
+    /// On a member of a domain the domain's short name.
+    static bool GetWorkgroupName(velmor::string& sWorkgroupName);
+    /// Set through the local security authority. Fails for an empty name and for one of more than 32766 characters.
+    static bool SetWorkgroupName(const velmor::string& sWorkgroupName);
 
     // ---- Diagnostic printers ---------------------------------------------------------------------------------------
     // Each writes one word or phrase into the stream's buffer. The stream's state is not changed.
@@ -295,6 +383,10 @@ private:
 
     template <class Call>
     static bool AskBackEnd(const char* pszName, Call&& call) noexcept;
+
+    static bool AddIpAddr(const NIC_INFO& NicInfo, const ASSOC_IP_ADDR& IpAddr);
+    static bool DeleteIpAddr(const NIC_INFO& NicInfo, const ASSOC_IP_ADDR& IpAddr);
+    static bool InstallDefaultGateway(const NIC_INFO& NicInfo, const velmor::ip_address& Gateway);
 
     static void CompleteAdapter(NIC_INFO& NicInfo);
     static bool GetAdapterEnumAndDesc(NIC_INFO& NicInfo);

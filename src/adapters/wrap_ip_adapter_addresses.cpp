@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include <support/family.h>
 #include <support/hex_text.h>
 #include <support/socket_address.h>
 
@@ -50,16 +51,6 @@ constexpr const char* STATUS_NAMES[] = {"TOLVA::OPER_STATUS_UP",
                                         "TOLVA::OPER_STATUS_NOT_PRESENT",
                                         "TOLVA::OPER_STATUS_LOWER_LAYER_DOWN"};
 
-const char* FamilyName(TOLVA::FAMILY_TYPE enFamily) noexcept
-{
-    switch (enFamily)
-    {
-    case TOLVA::FAMILY_IPV4: return "IPv4";
-    case TOLVA::FAMILY_IPV6: return "IPv6";
-    default: return "IPv4 and IPv6";
-    }
-}
-
 void TraceSocketAddress(const CallFrame& frame, const char* pszVariable, const SOCKET_ADDRESS& sa)
 {
     constexpr INT LONGEST = sizeof(SOCKADDR_INET);
@@ -79,9 +70,8 @@ bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable()
 {
     const CallFrame frame("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable");
     m_pAddresses = nullptr;
-    frame.Verbose(FamilyName(m_enFamily));
-    const bool bOneFamily = m_enFamily == FAMILY_IPV4 || m_enFamily == FAMILY_IPV6;
-    const FAMILY_TYPE enFamily = bOneFamily ? m_enFamily : FAMILY_BOTH;
+    const FAMILY_TYPE enFamily = FamilyText(m_enFamily) != nullptr ? m_enFamily : FAMILY_BOTH;
+    frame.Verbose(FamilyText(enFamily));
 
     m_buffer.assign(FIRST_SIZE, 0);
     DWORD ulRc = NO_ERROR;

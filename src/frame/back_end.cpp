@@ -31,6 +31,22 @@ bool TOLVA::GetAdaptersIpAddrs(const NIC_INFO& NicInfo, std::vector<ASSOC_IP_ADD
                       [&](AbstractNetworkAPI& api) { return api.GetAdaptersIpAddrs(NicInfo, IpAddrs); });
 }
 
+bool TOLVA::AddIpAddr(const NIC_INFO& NicInfo, const ASSOC_IP_ADDR& IpAddr)
+{
+    return AskBackEnd("TOLVA::AddIpAddr", [&](AbstractNetworkAPI& api) { return api.AddIpAddr(NicInfo, IpAddr); });
+}
+
+bool TOLVA::DeleteIpAddr(const NIC_INFO& NicInfo, const ASSOC_IP_ADDR& IpAddr)
+{
+    return AskBackEnd("TOLVA::DeleteIpAddr",
+                      [&](AbstractNetworkAPI& api) { return api.DeleteIpAddr(NicInfo, IpAddr); });
+}
+
+bool TOLVA::InstallDefaultGateway(const NIC_INFO& NicInfo, const velmor::ip_address& Gateway)
+{
+    return m_pNetworkAPI != nullptr && m_pNetworkAPI->SetDefaultGateway(NicInfo, Gateway);
+}
+
 unsigned long TOLVA::GetTcp6Table(MIB_TCP6TABLE* pTcpTable, unsigned long& ulSize, bool bSort)
 {
     const CallFrame frame("TOLVA::GetTcp6Table");

@@ -10,8 +10,8 @@
 namespace velmor
 {
 
-/// Owns one platform handle: Release is called with it exactly once, unless it is the kind's value for "none".
-template <class Handle, class Release, std::intptr_t None = 0>
+/// Owns one platform handle: the releaser is called with it exactly once, unless it is the kind's value for "none".
+template <class Handle, class Releaser, std::intptr_t None = 0>
 class UniqueHandle
 {
 public:
@@ -35,10 +35,13 @@ public:
         return &m_handle;
     }
 
+    /// Gives the handle up: the caller releases it.
+    [[nodiscard]] Handle Release() noexcept { return std::exchange(m_handle, NoHandle()); }
+
     void Reset() noexcept
     {
         if (*this)
-            Release()(std::exchange(m_handle, NoHandle()));
+            Releaser()(Release());
     }
 
 private:

@@ -1,0 +1,108 @@
+#include <cstdio>
+#include <iterator>
+
+#include <support/call_frame.h>
+#include <support/module_strings.h>
+#include <support/registry.h>
+#include <zelk_nm/tolva.h>
+
+namespace
+{
+
+/// The names under which drivers keep their speed and duplex setting; the first that a driver has decides. That one
+/// stands twice is meant.
+constexpr const char* LinkSpeedNames[] = {
+    "ConnectionType", "SpeedDuplex",  "*SpeedDuplex",       "MediaType",         "DuplexMode",
+    "LinkSelection",  "LineSpeed",    "RequestedMediaType", "DataRate",          "media",
+    "Rate",           "RingSpeed",    "SpeedAndDuplex",     "AutoNegotiation_A", "ConnectionType_A",
+    "ConnType",       "EXTPHY",       "ForceSpeedDpx",      "LineConfig",        "LinkSpeed",
+    "Media_type",     "NetworkMedia", "RequestedMediaType", "SupportedRates",    "transceiver",
+    "XCVR_SELECT",    "FullDuplex",   "LineMode",           "FullDuplexEnable",  "DuplexCapabilities_A"};
+static_assert(std::size(LinkSpeedNames) == 30);
+
+/// The driver's parameter and its present value; null when it has none of the names.
+const char* FindSetting(const CallFrame& frame, const velmor::Registry& registry, const velmor::string& sSubKey,
+                        velmor::string& sCurrentSetting)
+{
+    for (const char* pszName : LinkSpeedNames)
+    {
+        frame.Verbose("sLinkSpeedName", pszName);
+        if (registry.GetString(sSubKey, pszName, sCurrentSetting))
+            return pszName;
+    }
+    return nullptr;
+}
+
+/// What the driver shows for its setting. It keeps the texts in one of two places.
+bool FindText(const CallFrame& frame, const velmor::Registry& registry, const velmor::string& sSubKey,
+              const char* pszName, const velmor::string& sCurrentSetting, velmor::string& sText)
+{
+    const auto Read = [&](const char* pszAttempt, const wchar_t* pszPlace) {
+        const velmor::string sSpeedKey = sSubKey + pszPlace + velmor::string(pszName) + L"\\Enum";
+        frame.Verbose(pszAttempt, "sSpeedKey", sSpeedKey);
+        return registry.GetString(sSpeedKey, sCurrentSetting, sText);
+    };
+    return Read("1st attempt", L"\\Ndi\\params\\") || Read("2nd attempt", L"\\Ndi\\savedParams\\");
+}
+
+/// The measured speed as text, for drivers without a setting.
+velmor::string MeasuredSpeed(const TOLVA::NIC_INFO& NicInfo)
+{
+    double megabits = 0;
+    if (!TOLVA::GetAdapterLinkSpeed(NicInfo, megabits))
+        return L"Unknown";
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.1f Mbps", megabits);
+    return text;
+}
+
+} // namespace
+
+bool TOLVA::GetAdapterSpeed(const NIC_INFO& NicInfo, velmor::string& sAdapterSpeed)
+{
+    return RunOperation("TOLVA::GetAdapterSpeed", [&](const CallFrame& frame) {
+        if (NicInfo.sNicGuid.empty())
+            return frame.Fail("Bad NIC GUID");
+        if (NicInfo.sNicEnum.empty())
+            return frame.Fail("Bad NIC Enum");
+        frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
+        const velmor::string sSubKey = NETWORK_CLASS + L"\\" + NicInfo.sNicEnum;
+        frame.Verbose("sSubKey", sSubKey);
+
+        const velmor::Registry_System registry;
+        velmor::string sCurrentSetting;
+        const char* pszName = FindSetting(frame, registry, sSubKey, sCurrentSetting);
+        if (pszName == nullptr)
+        {
+            frame.Ending(TRACE_WARNING, "No enum match found");
+            sAdapterSpeed = MeasuredSpeed(NicInfo);
+            return true;
+        }
+        frame.Verbose("Matched", "LinkSpeedNames[i]", pszName);
+        frame.Verbose("sCurrentSetting", sCurrentSetting);
+        if (!FindText(frame, registry, sSubKey, pszName, sCurrentSetting, sAdapterSpeed))
+            return frame.Fail("Get adapter speed failed");
+        frame.Information("sAdapterSpeed", sAdapterSpeed);
+        return frame.Succeed();
+    });
+}
+
+bool TOLVA::GetAdapterLinkSpeed(const NIC_INFO& NicInfo, double& dSpeed)
+{
+    return RunOperation("TOLVA::GetAdapterLinkSpeed", [&](const CallFrame& frame) {
+        constexpr double BITS_PER_MEGABIT = 1000000.0;
+        if (NicInfo.sNicGuid.empty())
+            return frame.Fail("Bad NIC GUID");
+        unsigned long ulIndex = 0;
+        if (!GetAdapterIndex(NicInfo, ulIndex))
+            return frame.Fail("TOLVA::GetAdapterIndex failed");
+        MIB_IFROW ifRow = {};
+        ifRow.dwIndex = ulIndex;
+        const DWORD dwRc = ::GetIfEntry(&ifRow);
+        if (dwRc != NO_ERROR)
+            return frame.Fail("GetIfEntry failed", "dwRc", dwRc);
+        frame.Verbose("ifRow.dwSpeed", ifRow.dwSpeed);
+        dSpeed = ifRow.dwSpeed / BITS_PER_MEGABIT;
+        return frame.Succeed();
+    });
+}

@@ -1,0 +1,93 @@
+#include <algorithm>
+#include <string>
+
+#include <support/call_frame.h>
+#include <support/module_strings.h>
+#include <support/registry.h>
+#include <zelk_nm/tolva.h>
+
+namespace
+{
+
+/// One of the system's names of the machine.
+struct NameQuery
+{
+    const char* pszOperation;
+    COMPUTER_NAME_FORMAT format;
+    const char* pszVariable;
+    const char* pszFailure;
+};
+
+bool ReadName(const NameQuery& query, velmor::string& sName)
+{
+    return RunOperation(query.pszOperation, [&](const CallFrame& frame) {
+        DWORD dwSize = 0;
+        if (!::GetComputerNameExW(query.format, nullptr, &dwSize))
+        {
+            const DWORD dwLastError = ::GetLastError();
+            if (dwLastError != ERROR_MORE_DATA)
+                return frame.Fail(query.pszFailure, "dwLastError", dwLastError);
+        }
+        dwSize = std::max<DWORD>(dwSize, 1);
+        std::wstring sBuffer(dwSize, L'\0');
+        if (!::GetComputerNameExW(query.format, sBuffer.data(), &dwSize))
+            return frame.Fail(query.pszFailure, "dwLastError", ::GetLastError());
+        sName = sBuffer.c_str();
+        frame.Verbose(query.pszVariable, sName);
+        return frame.Succeed();
+    });
+}
+
+bool WriteParameter(const wchar_t* pszValue, const velmor::string& sName)
+{
+    return velmor::Registry_System().SetString(TCPIP_PARAMETERS, pszValue, sName);
+}
+
+} // namespace
+
+bool TOLVA::GetComputerNameW(velmor::string& sComputerName)
+{
+    return ReadName({"TOLVA::GetComputerNameW", ComputerNameDnsHostname, "sComputerName", "GetComputerNameExW failed"},
+                    sComputerName);
+}
+
+bool TOLVA::GetPrimaryDnsSuffix(velmor::string& sPrimaryDnsSuffix)
+{
+    return ReadName(
+        {"TOLVA::GetPrimaryDnsSuffix", ComputerNameDnsDomain, "sPrimaryDnsSuffix", "GetComputerNameEx failed"},
+        sPrimaryDnsSuffix);
+}
+
+bool TOLVA::GetFullComputerName(velmor::string& sFullComputerName)
+{
+    return ReadName(
+        {"TOLVA::GetFullComputerName", ComputerNameDnsFullyQualified, "sFullComputerName", "GetComputerNameEx failed"},
+        sFullComputerName);
+}
+
+bool TOLVA::SetComputerNameW(const velmor::string& sComputerName)
+{
+    return RunOperation("TOLVA::SetComputerNameW", [&](const CallFrame& frame) {
+        frame.Verbose("sComputerName", sComputerName);
+        if (!WriteParameter(L"Hostname", sComputerName))
+            return frame.Fail("Set 'Hostname' failed");
+        if (!WriteParameter(L"NV Hostname", sComputerName))
+            return frame.Fail("Set 'NV Hostname' failed");
+        return frame.Succeed();
+    });
+}
+
+bool TOLVA::SetPrimaryDnsSuffix(const velmor::string& sPrimaryDnsSuffix)
+{
+    return RunOperation("TOLVA::SetPrimaryDnsSuffix", [&](const CallFrame& frame) {
+        if (sPrimaryDnsSuffix.empty())
+            frame.Warning("Empty Primary DNS suffix");
+        else
+            frame.Verbose("sPrimaryDnsSuffix", sPrimaryDnsSuffix);
+        if (!WriteParameter(L"Domain", sPrimaryDnsSuffix))
+            return frame.Fail("Set 'Domain' failed");
+        if (!WriteParameter(L"NV Domain", sPrimaryDnsSuffix))
+            return frame.Fail("Set 'NV Domain' failed");
+        return frame.Succeed();
+    });
+}

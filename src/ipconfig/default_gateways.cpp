@@ -1,0 +1,110 @@
+#include <support/call_frame.h>
+#include <support/family.h>
+#include <support/module_strings.h>
+#include <support/registry.h>
+#include <zelk_nm/tolva.h>
+
+namespace
+{
+
+constexpr const wchar_t* DEFAULT_GATEWAY = L"DefaultGateway";
+
+/// How the operations that take a family begin.
+bool CheckArguments(const CallFrame& frame, const TOLVA::NIC_INFO& NicInfo, TOLVA::FAMILY_TYPE enFamilyType)
+{
+    if (NicInfo.sNicGuid.empty())
+        return frame.Fail("Bad NIC GUID");
+    return CheckFamily(frame, enFamilyType);
+}
+
+bool ForgetGateways(const CallFrame& frame, const char* pszVariable, const velmor::string& sInterfaces,
+                    const TOLVA::NIC_INFO& NicInfo)
+{
+    const velmor::string sKey = InterfaceKey(frame, pszVariable, sInterfaces, NicInfo);
+    if (!velmor::Registry_System().SetMultiString(sKey, DEFAULT_GATEWAY, {}))
+        return frame.Fail("Set 'DefaultGateway' failed");
+    return true;
+}
+
+} // namespace
+
+/// Meant so: the family is checked but filters nothing.
+bool TOLVA::GetDefaultGatewayList(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType,
+                                  std::vector<velmor::ip_address>& Gateways)
+{
+    return RunOperation("TOLVA::GetDefaultGatewayList", [&](const CallFrame& frame) {
+        if (!CheckArguments(frame, NicInfo, enFamilyType))
+            return false;
+        unsigned long ulIndex = 0;
+        if (!GetAdapterIndex(NicInfo, ulIndex))
+            return frame.Fail("TOLVA::GetAdapterIndex failed");
+        std::vector<ROUTE_INFO> Routes;
+        if (!GetAdapterRoutes(NicInfo, Routes))
+            return frame.Fail("GetAdapterRoutes failed");
+        for (const ROUTE_INFO& Route : Routes)
+        {
+            if (Route.ulIndex != ulIndex || Route.PrefixLength != 0)
+                continue;
+            Gateways.push_back(Route.NextHop);
+            frame.Information("Added", "sNextHop", Route.NextHop);
+        }
+        return frame.Succeed();
+    });
+}
+
+bool TOLVA::SetDefaultGateway(const NIC_INFO& NicInfo, const velmor::ip_address& Gateway)
+{
+    return RunOperation("TOLVA::SetDefaultGateway", [&](const CallFrame& frame) {
+        if (!InstallDefaultGateway(NicInfo, Gateway))
+            return frame.Fail("SetDefaultGateway failed");
+        // The variables' transposed letters are what the log's readers know.
+        const velmor::string sKey = Gateway.is_ipv4() ? InterfaceKey(frame, "sTcpi4pKey", TCPIP_INTERFACES, NicInfo)
+                                                      : InterfaceKey(frame, "sTcpi6pKey", TCPIP6_INTERFACES, NicInfo);
+        if (!velmor::Registry_System().SetMultiString(sKey, DEFAULT_GATEWAY, {Gateway}))
+            return frame.FailAs("... ending( Set 'DefaultGateway' failed ) ");
+        return frame.Succeed();
+    });
+}
+
+bool TOLVA::IsGatewayAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bIsAutomatic)
+{
+    return RunOperation("TOLVA::IsGatewayAutomatic", [&](const CallFrame& frame) {
+        if (!CheckArguments(frame, NicInfo, enFamilyType))
+            return false;
+        const velmor::Registry_System registry;
+        bool bIpv4 = false;
+        bool bIpv6 = false;
+        if (IncludesIpv4(enFamilyType))
+        {
+            const velmor::string sKey = InterfaceKey(TCPIP_INTERFACES, NicInfo);
+            std::vector<velmor::string> gateways;
+            bIpv4 = !registry.GetMultiString(sKey, DEFAULT_GATEWAY, gateways) || gateways.empty();
+        }
+        if (IncludesIpv6(enFamilyType))
+        {
+            // Meant so: read as single text, while it is written as a list; a gateway set by this library reads as
+            // automatic.
+            const velmor::string sKey = InterfaceKey(TCPIP6_INTERFACES, NicInfo);
+            velmor::string sGateway;
+            bIpv6 = !registry.GetString(sKey, DEFAULT_GATEWAY, sGateway) || sGateway.empty();
+        }
+        bIsAutomatic = AnswerFor(enFamilyType, bIpv4, bIpv6);
+        frame.Verbose("bIsAutomatic", bIsAutomatic);
+        return frame.Succeed();
+    });
+}
+
+/// Routes stay as they are.
+bool TOLVA::ReturnGatewayToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
+{
+    return RunOperation("TOLVA::ReturnGatewayToDhcp", [&](const CallFrame& frame) {
+        if (!CheckArguments(frame, NicInfo, enFamilyType))
+            return false;
+        // Meant so: the list of IPv4 is emptied for IPv6 alone too.
+        if (!ForgetGateways(frame, "sTcpip4Key", TCPIP_INTERFACES, NicInfo))
+            return false;
+        if (IncludesIpv6(enFamilyType) && !ForgetGateways(frame, "sTcpip6Key", TCPIP6_INTERFACES, NicInfo))
+            return false;
+        return frame.Succeed();
+    });
+}

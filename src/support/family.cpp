@@ -1,0 +1,34 @@
+#include <support/family.h>
+
+const char* FamilyText(TOLVA::FAMILY_TYPE enFamilyType) noexcept
+{
+    switch (enFamilyType)
+    {
+    case TOLVA::FAMILY_IPV4: return "IPv4";
+    case TOLVA::FAMILY_IPV6: return "IPv6";
+    case TOLVA::FAMILY_BOTH: return "IPv4 and IPv6";
+    }
+    return nullptr;
+}
+
+bool CheckFamily(const CallFrame& frame, TOLVA::FAMILY_TYPE enFamilyType) noexcept
+{
+    const char* pszFamily = FamilyText(enFamilyType);
+    if (pszFamily == nullptr)
+        return frame.Fail("Unknown address family", "enFamilyType", enFamilyType);
+    frame.Verbose(pszFamily);
+    return true;
+}
+
+velmor::string InterfaceKey(const velmor::string& sInterfaces, const TOLVA::NIC_INFO& NicInfo)
+{
+    return sInterfaces + L"\\" + NicInfo.sNicGuid;
+}
+
+velmor::string InterfaceKey(const CallFrame& frame, const char* pszVariable, const velmor::string& sInterfaces,
+                            const TOLVA::NIC_INFO& NicInfo)
+{
+    velmor::string sKey = InterfaceKey(sInterfaces, NicInfo);
+    frame.Verbose(pszVariable, sKey);
+    return sKey;
+}
