@@ -16,14 +16,14 @@ namespace
 
 void Enable(const Adapter& adapter)
 {
-    Call("EnableAdapter", [&] { return TOLVA::EnableAdapter(adapter.info); });
-    Output::Note("Adapter " + Quoted(adapter) + " is enabled.");
+    Change("EnableAdapter", {"Starting the device", "Adapter " + Quoted(adapter) + " is enabled."},
+           [&] { return TOLVA::EnableAdapter(adapter.info); });
 }
 
 void Disable(const Adapter& adapter)
 {
-    Call("DisableAdapter", [&] { return TOLVA::DisableAdapter(adapter.info); });
-    Output::Note("Adapter " + Quoted(adapter) + " is disabled.");
+    Change("DisableAdapter", {"Stopping the device", "Adapter " + Quoted(adapter) + " is disabled."},
+           [&] { return TOLVA::DisableAdapter(adapter.info); });
 }
 
 /// The system may have no sheet to show; the library does not call that a failure.
@@ -50,8 +50,10 @@ void SetMac(const std::string& sAdapter, const std::string& sMac)
 {
     const TOLVA::HARDWARE_ADDRESS address = ParseHardwareAddress(sMac);
     const Adapter adapter = FindAdapter(sAdapter);
-    Call("SetHardwareAddress", [&] { return TOLVA::SetHardwareAddress(adapter.info, address); });
-    Output::Note("Adapter " + Quoted(adapter) + " has the hardware address " + ToUtf8(velmor::string(address)) + '.');
+    const std::string sDone =
+        "Adapter " + Quoted(adapter) + " has the hardware address " + ToUtf8(velmor::string(address)) + '.';
+    Change("SetHardwareAddress", {"Restarting the device", sDone},
+           [&] { return TOLVA::SetHardwareAddress(adapter.info, address); });
 }
 
 void AddSetMac(CLI::App& noun)

@@ -2,7 +2,11 @@
 
 #include <vector>
 
+#include "dhcp_record.h"
+#include "dns_record.h"
+#include "gateway_record.h"
 #include "json_value.h"
+#include "settings_record.h"
 #include "word.h"
 
 namespace zelkctl
@@ -18,23 +22,22 @@ constexpr Field SUMMARY_FIELDS[] = {{"index", "Index"},
                                     {"guid", "GUID"},
                                     {"description", "Description"}};
 
-constexpr Field DETAIL_FIELDS[] = {{"index", "Index"},
-                                   {"name", "Name"},
-                                   {"ipconfigName", "Connection name"},
-                                   {"type", "Type"},
-                                   {"hardwareAddress", "Hardware address"},
-                                   {"status", "Status"},
-                                   {"guid", "GUID"},
-                                   {"description", "Description"},
-                                   {"deviceName", "Device name"},
-                                   {"classKey", "Class key"},
-                                   {"deviceInstance", "Device instance"},
-                                   {"families", "Address families"},
-                                   {"dhcpv4Server", "DHCPv4 server"},
-                                   {"dhcpv6Iaid", "DHCPv6 IAID"},
-                                   {"dhcpv6Duid", "DHCPv6 DUID"},
-                                   {"dnsServers", "DNS servers"},
-                                   {"canChangeOptions", "Can change options"}};
+constexpr Field IDENTITY_FIELDS[] = {{"index", "Index"},
+                                     {"name", "Name"},
+                                     {"ipconfigName", "Connection name"},
+                                     {"type", "Type"},
+                                     {"hardwareAddress", "Hardware address"},
+                                     {"status", "Status"},
+                                     {"guid", "GUID"},
+                                     {"description", "Description"},
+                                     {"deviceName", "Device name"},
+                                     {"classKey", "Class key"},
+                                     {"deviceInstance", "Device instance"},
+                                     {"canChangeOptions", "Can change options"},
+                                     {"families", "Address families"},
+                                     {"addresses", "Addresses"}};
+constexpr Field GATEWAYS_FIELD[] = {{"gateways", "Default gateways"}};
+constexpr Field DNS_SERVERS_FIELD[] = {{"dnsServers", "DNS servers"}};
 
 constexpr Word STATUS_WORDS[] = {{TOLVA::OPER_STATUS_UP, "Up"},
                                  {TOLVA::OPER_STATUS_DOWN, "Down"},
@@ -43,12 +46,6 @@ constexpr Word STATUS_WORDS[] = {{TOLVA::OPER_STATUS_UP, "Up"},
                                  {TOLVA::OPER_STATUS_DORMANT, "Dormant"},
                                  {TOLVA::OPER_STATUS_NOT_PRESENT, "Not Present"},
                                  {TOLVA::OPER_STATUS_LOWER_LAYER_DOWN, "Lower-Layer Down"}};
-
-/// The library says 0.0.0.0 for a server that is not there.
-Json ServerOrNull(const velmor::ip_address& address)
-{
-    return address == velmor::ip_address() ? Json() : AddressOrNull(address);
-}
 
 Json IndexOf(const Adapter& adapter)
 {
@@ -65,19 +62,13 @@ Json HardwareAddressOf(const TOLVA::NIC_INFO& info)
     return TextOrNull(address);
 }
 
-Json StatusOf(const TOLVA::NIC_INFO& info)
+Json StatusWord(TOLVA::TOLVA_OPER_STATUS enStatus)
 {
-    auto enStatus = TOLVA::OPER_STATUS_UNKNOWN;
-    if (!TOLVA::GetAdapterOperStatus(info, enStatus))
-        return {};
     return WordOf(STATUS_WORDS, enStatus);
 }
 
-Json FamiliesOf(const TOLVA::NIC_INFO& info)
+Json FamilyNames(TOLVA::FAMILY_TYPE enFamily)
 {
-    auto enFamily = TOLVA::FAMILY_BOTH;
-    if (!TOLVA::AddressFamilySupported(info, enFamily))
-        return {};
     Json families = Json::array();
     if (enFamily != TOLVA::FAMILY_IPV6)
         families.push_back("IPv4");
@@ -86,36 +77,11 @@ Json FamiliesOf(const TOLVA::NIC_INFO& info)
     return families;
 }
 
-Json Dhcpv4ServerOf(const TOLVA::NIC_INFO& info)
+Json Networks(const std::vector<TOLVA::ASSOC_IP_ADDR>& addresses)
 {
-    velmor::ip_address server;
-    return TOLVA::GetDhcpServer(info, server) ? ServerOrNull(server) : Json();
-}
-
-void AddDhcpv6Identity(const TOLVA::NIC_INFO& info, Json& record)
-{
-    unsigned long ulIAID = 0;
-    velmor::string sDUID;
-    const bool bKnown = TOLVA::GetDhcpServer(info, ulIAID, sDUID);
-    record["dhcpv6Iaid"] = bKnown ? Json(ulIAID) : Json();
-    record["dhcpv6Duid"] = bKnown ? TextOrNull(sDUID) : Json();
-}
-
-Json DnsServersOf(const TOLVA::NIC_INFO& info)
-{
-    std::vector<velmor::ip_address> servers;
-    if (!TOLVA::GetDnsServerList(info, servers))
-        return {};
-    Json texts = Json::array();
-    for (const velmor::ip_address& server : servers)
-        texts.push_back(ServerOrNull(server));
-    return texts;
-}
-
-Json CanChangeOptionsOf(const TOLVA::NIC_INFO& info)
-{
-    bool bCanChange = false;
-    return TOLVA::CanChangeAdapterOptions(info, bCanChange) ? Json(bCanChange) : Json();
+    return RecordsOf(addresses, [](const TOLVA::ASSOC_IP_ADDR& address) {
+        return NetworkOrNull(address.IpAddress, address.SubnetPrefix);
+    });
 }
 
 } // namespace
@@ -127,7 +93,7 @@ Json SummaryOf(const Adapter& adapter)
     record["name"] = TextOrNull(adapter.Name());
     record["type"] = TextOrNull(adapter.info.sNicType);
     record["hardwareAddress"] = HardwareAddressOf(adapter.info);
-    record["status"] = StatusOf(adapter.info);
+    record["status"] = AnswerOrNull(&TOLVA::GetAdapterOperStatus, adapter.info, StatusWord);
     record["guid"] = TextOrNull(adapter.info.sNicGuid);
     record["description"] = TextOrNull(adapter.info.sNicDesc);
     return record;
@@ -141,11 +107,15 @@ Json DetailsOf(const Adapter& adapter)
     record["deviceName"] = TextOrNull(info.sNicName);
     record["classKey"] = TextOrNull(info.sNicEnum);
     record["deviceInstance"] = TextOrNull(info.sNicPci);
-    record["families"] = FamiliesOf(info);
-    record["dhcpv4Server"] = Dhcpv4ServerOf(info);
-    AddDhcpv6Identity(info, record);
-    record["dnsServers"] = DnsServersOf(info);
-    record["canChangeOptions"] = CanChangeOptionsOf(info);
+    record["canChangeOptions"] = AnswerOrNull(&TOLVA::CanChangeAdapterOptions, info);
+    record["families"] = AnswerOrNull(&TOLVA::AddressFamilySupported, info, FamilyNames);
+    record["addresses"] = AnswerOrNull(&TOLVA::GetAdaptersIpAddrs, info, Networks);
+    record.update(DhcpOf(info, TOLVA::FAMILY_BOTH));
+    record["gateways"] = GatewaysOf(info);
+    record.update(GatewayStateOf(info));
+    record["dnsServers"] = AnswerOrNull(&TOLVA::GetDnsServerList, info, DnsServerTexts);
+    record.update(DnsStateOf(info));
+    record.update(SettingsOf(info));
     return record;
 }
 
@@ -154,9 +124,15 @@ std::span<const Field> SummaryFields()
     return SUMMARY_FIELDS;
 }
 
-std::span<const Field> DetailFields()
+std::vector<Field> DetailFields()
 {
-    return DETAIL_FIELDS;
+    std::vector<Field> fields;
+    for (const std::span<const Field> part :
+         {std::span<const Field>(IDENTITY_FIELDS), DhcpFields(TOLVA::FAMILY_BOTH),
+          std::span<const Field>(GATEWAYS_FIELD), GatewayStateFields(), std::span<const Field>(DNS_SERVERS_FIELD),
+          DnsStateFields(), SettingsFields()})
+        fields.insert(fields.end(), part.begin(), part.end());
+    return fields;
 }
 
 } // namespace zelkctl

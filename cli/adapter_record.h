@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "adapter.h"
 #include "output.h"
@@ -12,8 +13,8 @@ namespace zelkctl
 Json SummaryOf(const Adapter& adapter);
 std::span<const Field> SummaryFields();
 
-/// Everything that discovery knows of an adapter.
+/// Everything that the library can read of an adapter.
 Json DetailsOf(const Adapter& adapter);
-std::span<const Field> DetailFields();
+std::vector<Field> DetailFields();
 
 } // namespace zelkctl

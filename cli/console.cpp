@@ -1,6 +1,5 @@
 #include "console.h"
 
-#include <cstdio>
 #include <fcntl.h>
 #include <io.h>
 #include <iostream>
@@ -11,22 +10,19 @@
 
 namespace zelkctl
 {
-namespace
-{
 
-bool IsConsole(DWORD dwStream)
+bool IsTerminal(std::FILE* pStream)
 {
     DWORD dwMode = 0;
+    const DWORD dwStream = pStream == stderr ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE;
     return ::GetConsoleMode(::GetStdHandle(dwStream), &dwMode) != FALSE;
 }
-
-} // namespace
 
 Utf8Streams::Utf8Streams() : m_uiCodePage(0)
 {
     ::_setmode(::_fileno(stdout), _O_BINARY);
     ::_setmode(::_fileno(stderr), _O_BINARY);
-    if (!IsConsole(STD_OUTPUT_HANDLE) && !IsConsole(STD_ERROR_HANDLE))
+    if (!IsTerminal(stdout) && !IsTerminal(stderr))
         return;
     m_uiCodePage = ::GetConsoleOutputCP();
     ::SetConsoleOutputCP(CP_UTF8);

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <cstdio>
+
 namespace zelkctl
 {
+
+/// Whether somebody watches one of the standard output streams.
+bool IsTerminal(std::FILE* pStream);
 
 /// Makes the standard streams carry UTF-8 with bare line feeds for as long as it lives. A console's code page is
 /// restored at the end: it belongs to the shell that waits behind the tool.

@@ -1,5 +1,7 @@
 #include "ip_argument.h"
 
+#include <algorithm>
+#include <functional>
 #include <string_view>
 
 #include <CLI/CLI.hpp>
@@ -31,6 +33,22 @@ unsigned char ParsePrefixLength(const std::string& sName, const std::string& sTe
     return static_cast<unsigned char>(*ulLength);
 }
 
+/// `addressOf` gives the address of what `parse` made.
+template <class Item, class AddressOf>
+std::vector<Item> ParseEach(const std::string& sName, const std::vector<std::string>& texts,
+                            Item (*parse)(const std::string&, const std::string&), AddressOf addressOf)
+{
+    std::vector<Item> items;
+    for (const std::string& sText : texts)
+    {
+        const Item item = parse(sName, sText);
+        if (std::ranges::find(items, std::invoke(addressOf, item), addressOf) != items.end())
+            throw CLI::ValidationError(sName, Quoted(sText) + " is there twice");
+        items.push_back(item);
+    }
+    return items;
+}
+
 } // namespace
 
 velmor::ip_address ParseAddress(const std::string& sName, const std::string& sText)
@@ -48,6 +66,16 @@ Network ParseNetwork(const std::string& sName, const std::string& sText)
         throw CLI::ValidationError(sName, Quoted(sText) + " lacks its prefix length, such as /24");
     const velmor::ip_address address = ParseAddress(sName, sText.substr(0, slash));
     return {address, ParsePrefixLength(sName, sText.substr(slash + 1), address)};
+}
+
+std::vector<velmor::ip_address> ParseAddresses(const std::string& sName, const std::vector<std::string>& texts)
+{
+    return ParseEach(sName, texts, ParseAddress, std::identity());
+}
+
+std::vector<Network> ParseNetworks(const std::string& sName, const std::vector<std::string>& texts)
+{
+    return ParseEach(sName, texts, ParseNetwork, &Network::address);
 }
 
 } // namespace zelkctl

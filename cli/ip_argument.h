@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <zelk_nm/ip_address.h>
 
@@ -20,5 +21,10 @@ velmor::ip_address ParseAddress(const std::string& sName, const std::string& sTe
 
 /// An address, "/" and the prefix length.
 Network ParseNetwork(const std::string& sName, const std::string& sText);
+
+// Several of them, no address twice.
+
+std::vector<velmor::ip_address> ParseAddresses(const std::string& sName, const std::vector<std::string>& texts);
+std::vector<Network> ParseNetworks(const std::string& sName, const std::vector<std::string>& texts);
 
 } // namespace zelkctl

@@ -18,9 +18,14 @@
 #include "arguments.h"
 #include "command.h"
 #include "console.h"
+#include "dhcp_commands.h"
+#include "dns_commands.h"
 #include "exit_code.h"
+#include "gateway_commands.h"
+#include "identity_commands.h"
 #include "output.h"
 #include "route_commands.h"
+#include "settings_commands.h"
 #include "tcp6_commands.h"
 #include "version.h"
 
@@ -41,11 +46,15 @@ void Describe(CLI::App& app, Output& output)
     app.set_version_flag("--version", VersionText, "Show the version of the library");
     app.require_subcommand(0, 1);
     SetExample(app, "adapter list");
-    app.footer(app.get_footer() +
-               "\n\nExit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter");
+    AddRemark(app, "Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter");
     AddAdapterCommands(app, output);
-    AddRouteCommands(app, output);
     AddAddressCommands(app, output);
+    AddDhcpCommands(app, output);
+    AddGatewayCommands(app, output);
+    AddDnsCommands(app, output);
+    AddRouteCommands(app, output);
+    AddSettingsCommands(app, output);
+    AddIdentityCommands(app, output);
     AddTcp6Commands(app, output);
     app.callback([&] {
         if (app.get_subcommands().empty())

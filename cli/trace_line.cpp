@@ -64,12 +64,16 @@ std::optional<TraceLine> ParseTraceLine(std::string_view line)
         return std::nullopt;
 
     const std::string_view operation = TakeUntil(line, " : ").value_or(std::string_view());
-    return TraceLine{std::string(time->substr(1)), *ulThread, *level, std::string(operation), std::string(Trim(line))};
+    return TraceLine{std::string(time->substr(1)), *ulThread, *level, std::string(operation),
+                     std::string(Trim(line)),      {}};
 }
 
 std::string Reason(std::string_view message)
 {
     constexpr std::string_view ENDING = "... ending(";
+    constexpr std::string_view ENDING_WITH = "... ending : ";
+    if (message.starts_with(ENDING_WITH))
+        return "ended with " + std::string(Trim(message.substr(ENDING_WITH.size())));
     if (!message.starts_with(ENDING))
         return std::string(Trim(message));
     const std::string_view rest = message.substr(ENDING.size());

@@ -15,6 +15,7 @@ struct TraceLine
     char level; ///< 'E', 'W', 'I' or 'V'
     std::string sOperation;
     std::string sMessage;
+    std::string sCommandOutput; ///< of a problem: what the failed command before it wrote
 
     [[nodiscard]] bool IsProblem() const noexcept { return level == 'E' || level == 'W'; }
 };
@@ -22,7 +23,8 @@ struct TraceLine
 /// Nothing for a line of another form, such as a further row of a byte dump.
 std::optional<TraceLine> ParseTraceLine(std::string_view line);
 
-/// What a message says without the frame that ends an operation: "... ending( Bad NIC GUID )" says "Bad NIC GUID".
+/// What a message says without the frame that ends an operation: "... ending( Bad NIC GUID )" says "Bad NIC GUID",
+/// and "... ending : iRc = 1" says "ended with iRc = 1".
 std::string Reason(std::string_view message);
 
 } // namespace zelkctl

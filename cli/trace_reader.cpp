@@ -105,6 +105,19 @@ std::string_view TakeLine(std::string_view& text)
     return line;
 }
 
+/// The library traces what a command that failed has written, line by line.
+void CollectCommandOutput(const TraceLine& line, std::string& sOutput)
+{
+    constexpr std::string_view OUTPUT_LINE = "sLine = \"";
+    std::string_view text = line.sMessage;
+    if (!text.starts_with(OUTPUT_LINE) || !text.ends_with('"'))
+        return;
+    text.remove_prefix(OUTPUT_LINE.size());
+    text.remove_suffix(text.empty() ? 0 : 1);
+    if (!text.empty())
+        sOutput.append(sOutput.empty() ? "" : " ").append(text);
+}
+
 } // namespace
 
 TraceReader::TraceReader()
@@ -117,11 +130,17 @@ std::vector<TraceLine> TraceReader::Problems() const
     const std::string sAppended = Appended();
     const unsigned long ulThread = ::GetCurrentThreadId();
     std::vector<TraceLine> problems;
+    std::string sOutput;
     for (std::string_view rest = sAppended; !rest.empty();)
     {
-        const auto line = ParseTraceLine(TakeLine(rest));
-        if (line && line->ulThread == ulThread && line->sTime >= m_sStart && line->IsProblem())
-            problems.push_back(*line);
+        auto line = ParseTraceLine(TakeLine(rest));
+        if (!line || line->ulThread != ulThread || line->sTime < m_sStart)
+            continue;
+        CollectCommandOutput(*line, sOutput);
+        if (!line->IsProblem())
+            continue;
+        line->sCommandOutput = std::exchange(sOutput, {});
+        problems.push_back(std::move(*line));
     }
     return problems;
 }

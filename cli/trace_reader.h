@@ -17,7 +17,8 @@ class TraceReader
 public:
     TraceReader();
 
-    /// Errors and warnings of the calling thread, the innermost failure first. Empty when nothing can be read.
+    /// Errors and warnings of the calling thread, the innermost failure first, each with the output of the command
+    /// that failed before it. Empty when nothing can be read.
     [[nodiscard]] std::vector<TraceLine> Problems() const;
 
     /// Where the library writes its trace file; it writes none when there is no such directory.

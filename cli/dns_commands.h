@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// The noun "dns" with its verbs.
+void AddDnsCommands(CLI::App& app, Output& output);
+
+} // namespace zelkctl

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// The noun "gateway" with its verbs.
+void AddGatewayCommands(CLI::App& app, Output& output);
+
+} // namespace zelkctl

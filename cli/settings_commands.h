@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// The noun "settings" with its verbs.
+void AddSettingsCommands(CLI::App& app, Output& output);
+
+} // namespace zelkctl
