@@ -20,9 +20,10 @@ namespace
 /// Every function that the DLL may import. All of these exist on Windows 5.2 for x64, the oldest system that has to
 /// load it; what a newer system brings is looked up at run time. Add a function only after checking that.
 const std::map<std::string, const char*> OLDEST_SYSTEM = {
-    {"ADVAPI32.DLL", "AdjustTokenPrivileges LookupPrivilegeValueW LsaClose LsaFreeMemory LsaOpenPolicy "
-                     "LsaQueryInformationPolicy LsaSetInformationPolicy OpenProcessToken RegCloseKey RegCreateKeyExW "
-                     "RegDeleteValueW RegEnumKeyExW RegOpenKeyExW RegQueryValueExW RegSetValueExW RegUnLoadKeyW"},
+    {"ADVAPI32.DLL",
+     "AdjustTokenPrivileges LookupPrivilegeValueW LsaClose LsaFreeMemory LsaNtStatusToWinError LsaOpenPolicy "
+     "LsaQueryInformationPolicy LsaSetInformationPolicy OpenProcessToken RegCloseKey RegCreateKeyExW "
+     "RegDeleteValueW RegEnumKeyExW RegOpenKeyExW RegQueryValueExW RegSetValueExW RegUnLoadKeyW"},
     {"IPHLPAPI.DLL",
      "AddIPAddress CreateIpForwardEntry DeleteIPAddress DeleteIpForwardEntry GetAdapterIndex "
      "GetAdaptersAddresses GetAdaptersInfo GetIfEntry GetInterfaceInfo GetIpAddrTable GetIpForwardTable"},

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <e2e/unix_command.h>
 #include <support/printers.h>
 #include <support/registry_scope.h>
 #include <zelk_nm/tolva.h>
@@ -287,6 +288,59 @@ TEST(Tables, AddressesAreTheKernels)
     EXPECT_EQ(expected, Lines(&TOLVA::GetAdaptersIpAddrs, [](const TOLVA::ASSOC_IP_ADDR& IpAddr) {
                   return Written(IpAddr.IpAddress, IpAddr.SubnetPrefix);
               }));
+}
+
+/// The command is a stand-in that changes the kernel's addresses as the system's changes those of an adapter.
+TEST(Changes, AddressesAreTheKernelsAfterwards)
+{
+    const Link link = Links().at(0);
+    const Seeded seeded(link, nullptr, nullptr);
+    ::_wputenv(
+        (L"PATH=" + testing_support::BesideProgram(L"stand_ins").wstring() + L';' + ::_wgetenv(L"PATH")).c_str());
+    TOLVA::NIC_INFO NicInfo;
+    NicInfo.sNicGuid = link.sGuid;
+    const struct
+    {
+        const char* pszCase;
+        std::vector<std::pair<const char*, unsigned char>> list;
+        const char* pszRefused;
+        bool bDone;
+        std::string sAfterwards;
+    } rows[] = {
+        {"IPv4", {{"198.51.100.1", 25}}, "", true, "198.51.100.1/25 2001:db8::10/64 fe80::10/64 "},
+        {"IPv6", {{"2001:db8::99", 64}}, "", true, "10.77.0.5/16 192.0.2.10/24 2001:db8::99/64 "},
+        {"both, there already", {{"2001:db8::10", 64}, {"192.0.2.10", 24}}, "", true, "192.0.2.10/24 2001:db8::10/64 "},
+        {"a removal refused",
+         {{"192.0.2.99", 24}},
+         "delete 10.77.0.5",
+         false,
+         "10.77.0.5/16 2001:db8::10/64 fe80::10/64 "},
+        {"an addition refused",
+         {{"198.51.100.1", 25}, {"2001:db8::99", 64}},
+         "set 198.51.100.1",
+         false,
+         "2001:db8::99/64 "},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.pszCase);
+        std::string sOutput;
+        ASSERT_TRUE(
+            RunUnix("ip addr flush dev lan0; for a in 192.0.2.10/24 10.77.0.5/16 2001:db8::10/64 fe80::10/64; do "
+                    "ip addr add $a dev lan0 nodad || exit 1; done",
+                    sOutput))
+            << sOutput;
+        std::vector<TOLVA::ASSOC_IP_ADDR> list;
+        for (const auto& [pszAddress, prefix] : row.list)
+        {
+            list.emplace_back().IpAddress = velmor::ip_address(pszAddress);
+            list.back().SubnetPrefix = prefix;
+        }
+        ::_putenv_s("ZELK_REFUSED", row.pszRefused);
+        EXPECT_EQ(row.bDone, TOLVA::SetAdaptersIpAddrs(NicInfo, list));
+        EXPECT_TRUE(RunUnix("ip -o addr show dev lan0 | awk '{print $4}' | sort | tr '\\n' ' '", sOutput));
+        EXPECT_EQ(row.sAfterwards, sOutput);
+    }
 }
 
 /// Windows reports the lack of adapters as a failure, Wine an empty table.

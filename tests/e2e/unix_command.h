@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include <support/files.h>
+
+#include <windows.h>
+
+/// Runs a command of the system that Wine runs on, in the same network namespace. True when it succeeded; `sOutput` is
+/// what it wrote. It may hold no double quotes. Such a process cannot be waited on: it ends by renaming its exit code
+/// into place.
+inline bool RunUnix(const std::string& sCommand, std::string& sOutput)
+{
+    constexpr ULONGLONG PATIENCE_MS = 10000;
+    const std::filesystem::path folder = testing_support::BesideProgram(L""); // on the drive that is the Unix root
+    const std::string sUnix = folder.generic_string().substr(2) + "/unix-" + std::to_string(::GetCurrentProcessId());
+    const std::filesystem::path done = "Z:" + sUnix + ".done";
+    std::string sLine = "sh -c \"PATH=/usr/sbin:/usr/bin:/sbin:/bin; (" + sCommand + ") >" + sUnix +
+                        ".out 2>&1; echo $? >" + sUnix + ".code; mv " + sUnix + ".code " + sUnix + ".done\"";
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process = {};
+    if (!::CreateProcessA("Z:\\bin\\sh", sLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                          &process))
+        return false;
+    ::CloseHandle(process.hThread);
+    ::CloseHandle(process.hProcess);
+    const ULONGLONG ullEnd = ::GetTickCount64() + PATIENCE_MS;
+    while (!std::filesystem::exists(done) && ::GetTickCount64() < ullEnd)
+        ::Sleep(1);
+    sOutput = testing_support::ReadFileBytes("Z:" + sUnix + ".out");
+    const bool bDone = testing_support::ReadFileBytes(done) == "0\n";
+    std::filesystem::remove(done);
+    std::filesystem::remove("Z:" + sUnix + ".out");
+    return bDone;
+}

@@ -1,0 +1,287 @@
+#include "ipconfig_test.h"
+
+#include <functional>
+#include <regex>
+
+using namespace testing_support;
+
+namespace
+{
+
+using Dhcp = IpconfigTest;
+
+const std::string UNKNOWN = "[E] ... ending( Unknown address family ) : enFamilyType = 5";
+
+/// A state as it lies in the registry: -1 is a missing value, -2 one that is no number.
+RegistryData Number(int iState)
+{
+    return iState == -1 ? MISSING : iState == -2 ? StringData(L"1") : DwordData(static_cast<DWORD>(iState));
+}
+
+/// The lines of a command that is run and succeeds. The place of its output differs from run to run.
+std::string Command(const std::string& sOperation, const std::string& sAddress, const std::string& sCommand)
+{
+    const std::string sLines = R"([V] @ : starting ...
+[V] TOLVA::GetAdapterIpconfigName : starting ...
+[V] TOLVA::GetAdapterIpconfigName : sIpconfigName = "LAN 2"
+[V] TOLVA::GetAdapterIpconfigName : ... ending
+[V] @ : sIpconfigName = "LAN 2"
+[V] TOLVA::GetTempFilename : starting ...
+[V] TOLVA::GetTempFilename : wszTempPath = <file>
+[V] TOLVA::GetTempFilename : wszTempFilename = <file>
+[V] TOLVA::GetTempFilename : ... ending
+[V] @ : sOut = <file>
+)" + (sAddress.empty() ? "" : "[I] @ : sIpAddress = \"" + sAddress + "\"\n") +
+                               "[V] @ : " + sCommand + " returned : iRc = 0\n[V] @ : ... ending\n";
+    return std::regex_replace(sLines, std::regex("@"), sOperation);
+}
+
+std::string Listed(const std::string& sAddress, int prefix)
+{
+    const std::string sLines = R"([V] @ : sAddress = ")" + sAddress + R"("
+[V] @ : AssocIpAddr.bAutomatic = false
+[V] @ : AssocIpAddr.SubnetPrefix = )" +
+                               std::to_string(prefix) + R"(
+[V] @ : The scope level is <reserved> : AssocIpAddr.ScopeId.Level = 0
+[V] @ : AssocIpAddr.ScopeId.Zone = 0
+[V] @ : AssocIpAddr.ScopeId.Level = 0
+[V] @ : The IP address is the preferred address
+[V] @ : Prefix Origin : Manual
+[V] @ : Suffix Origin : Manual
+[V] @ : AssocIpAddr.ulIndex = 11
+)";
+    return std::regex_replace(sLines, std::regex("@"), "VistaAPI::GetAdaptersIpAddrs");
+}
+
+std::string Removed(const std::string& sAddress, const std::string& sFamily)
+{
+    return "[V] TOLVA::DeleteIpAddr : starting ...\n[V] VistaAPI::DeleteIpAddr : starting ...\n" +
+           Command("Wrap_netsh::RemoveIpAddr", sAddress, "netsh interface " + sFamily + " delete address") +
+           "[V] VistaAPI::DeleteIpAddr : ... ending : bRc = true\n[V] TOLVA::DeleteIpAddr : ... ending : bRc = true\n"
+           "[I] TOLVA::ReturnToDhcp : Removed : sCurrentIpAddress = \"" +
+           sAddress + "\"\n";
+}
+
+/// A request that came up every day: a static adapter becomes a DHCP client. The commands are stand-ins on the path.
+TEST_F(Dhcp, AStaticAdapterReturns)
+{
+    const TempDirectory folder;
+    WriteFileBytes(folder / L"exit", "0");
+    sRecord = (folder / L"record").wstring();
+    const std::wstring sPath = ::_wgetenv(L"PATH");
+    ::_wputenv((L"PATH=" + BesideProgram(L"stand_ins").wstring() + L';' + sPath).c_str());
+    ::_wputenv((L"ZELK_STAND_IN=" + folder.Text()).c_str());
+    Store(false, L"EnableDHCP", DwordData(0));
+    Store(true, L"Dhcpv6State", DwordData(0));
+    Store(false, L"NameServer", StringData(L"192.0.2.53"));
+    AddAddress("192.0.2.10", 24);
+    AddAddress("10.9.9.9", 8, 12); // another adapter's
+    AddAddress("2001:db8::10", 64);
+    trace.Empty();
+
+    EXPECT_TRUE(TOLVA::ReturnToDhcp(NicInfo, TOLVA::FAMILY_BOTH));
+    ::_wputenv((L"PATH=" + sPath).c_str());
+    std::vector<std::string> lines = trace.Lines();
+    for (std::string& sLine : lines)
+        sLine =
+            std::regex_replace(sLine, std::regex("(wszTempPath|wszTempFilename|sOut) = \".:[^\"]+\""), "$1 = <file>");
+    EXPECT_EQ(Transcript(R"(
+[V] TOLVA::ReturnToDhcp : starting ...
+[V] TOLVA::ReturnToDhcp : IPv4 and IPv6
+[V] TOLVA::IsDhcpEnabled : starting ...
+[V] TOLVA::IsDhcpEnabled : NicInfo.sNicGuid = "<guid>"
+[V] TOLVA::IsDhcpEnabled : IPv4 and IPv6
+[V] TOLVA::IsDhcpEnabled : sTcpip4Key = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
+[V] TOLVA::IsDhcpEnabled : bDhcp4Enabled = false
+[V] TOLVA::IsDhcpEnabled : sTcpip6Key = "CurrentControlSet\services\Tcpip6\Parameters\Interfaces\<guid>"
+[V] TOLVA::IsDhcpEnabled : bDhcp6Enabled = false
+[V] TOLVA::IsDhcpEnabled : ... ending : bDhcpEnabled = false
+[V] TOLVA::GetAdaptersIpAddrs : starting ...
+[V] VistaAPI::GetAdaptersIpAddrs : starting ...
+[V] TOLVA::GetAdapterIndex : starting ...
+[V] TOLVA::GetAdapterIndex : NicInfo.sNicGuid = "<guid>"
+[V] TOLVA::GetAdapterIndex : ulAdapterIndex = 11
+[V] TOLVA::GetAdapterIndex : ... ending
+)" + Listed("192.0.2.10", 24) +
+                         Listed("2001:db8::10", 64) +
+                         R"([V] VistaAPI::GetAdaptersIpAddrs : ... ending
+[V] TOLVA::GetAdaptersIpAddrs : ... ending : bRc = true
+)" + Removed("192.0.2.10", "ipv4") +
+                         Removed("2001:db8::10", "ipv6") +
+                         R"(
+[V] TOLVA::ReturnToDhcp : sTcpip4Key = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
+[V] TOLVA::DisableAdapter : starting ...
+[V] TOLVA::DisableAdapter : NicInfo.sNicPci = "PCI\A"
+[V] TOLVA::AdapterStateChange : starting ...
+[V] TOLVA::AdapterStateChange : ... ending
+[V] TOLVA::DisableAdapter : ... ending
+[V] TOLVA::EnableAdapter : starting ...
+[V] TOLVA::EnableAdapter : NicInfo.sNicPci = "PCI\A"
+[V] TOLVA::AdapterStateChange : starting ...
+[V] TOLVA::AdapterStateChange : ... ending
+[V] TOLVA::EnableAdapter : ... ending
+[V] TOLVA::RenewDhcp : starting ...
+[V] TOLVA::RenewDhcp : IPv4 and IPv6
+)" + Command("Wrap_ipconfig::RenewDhcp4", "", "ipconfig /renew") +
+                         Command("Wrap_ipconfig::RenewDhcp6", "", "ipconfig /renew6") +
+                         "[V] TOLVA::RenewDhcp : ... ending\n[V] TOLVA::ReturnToDhcp : ... ending\n"),
+              lines);
+    EXPECT_EQ("netsh interface ipv4 delete address \"LAN 2\" 192.0.2.10; "
+              "netsh interface ipv6 delete address \"LAN 2\" 2001:db8::10 persistent; disable; wait 500; enable; "
+              "ipconfig /renew \"LAN 2\"; ipconfig /renew6 \"LAN 2\"",
+              Asked());
+    EXPECT_EQ(DwordData(1), Stored(false, L"EnableDHCP"));
+    EXPECT_EQ(DwordData(0), Stored(true, L"Dhcpv6State"));
+    EXPECT_EQ(StringData(L"192.0.2.53"), Stored(false, L"NameServer"));
+    EXPECT_EQ(MISSING, Stored(true, L"EnableDHCP"));
+}
+
+TEST_F(Dhcp, WhetherItIsEnabled)
+{
+    const std::string FAILED4 = "[E] ... ending( Get 'EnableDHCP' failed )";
+    const std::string FAILED6 = "[E] ... ending( Get 'Dhcpv6State' failed )";
+    const auto End = [](bool bOn) {
+        return std::string("[V] ... ending : bDhcpEnabled = ") + (bOn ? "true" : "false");
+    };
+    for (const int iState4 : {-2, -1, 0, 1, 2})
+        for (const int iState6 : {-2, -1, 0, 1, 2})
+        {
+            Store(false, L"EnableDHCP", Number(iState4));
+            Store(true, L"Dhcpv6State", Number(iState6));
+            const std::string sEnd4 = iState4 < 0 ? FAILED4 : End(iState4 == 1);
+            const std::string sEnd6 = iState6 < 0 ? FAILED6 : End(iState6 > 0);
+            // The first failure counts, and then what is off.
+            const std::string sBoth = iState4 < 0 || (iState6 >= 0 && iState4 != 1) ? sEnd4 : sEnd6;
+            for (const auto& [enFamily, sEnd] :
+                 {std::pair(TOLVA::FAMILY_IPV4, sEnd4), {TOLVA::FAMILY_IPV6, sEnd6}, {TOLVA::FAMILY_BOTH, sBoth}})
+                for (const bool bBefore : {false, true})
+                {
+                    Asked();
+                    bool bEnabled = bBefore;
+                    EXPECT_EQ(sEnd[1] == 'V', TOLVA::IsDhcpEnabled(NicInfo, enFamily, bEnabled));
+                    EXPECT_EQ(sEnd, Said("TOLVA::IsDhcpEnabled")) << iState4 << ' ' << iState6 << ' ' << enFamily;
+                    EXPECT_EQ(sEnd[1] == 'E' ? bBefore : sEnd == End(true), bEnabled);
+                }
+        }
+}
+
+TEST_F(Dhcp, WhatNoOperationAccepts)
+{
+    bool b = true;
+    std::vector<velmor::ip_address> list;
+    using Nic = const TOLVA::NIC_INFO&;
+    using Family = TOLVA::FAMILY_TYPE;
+    const std::string OTHER = "[E] ... ending( Unknown family type ) : enFamilyType = 5";
+    const std::tuple<std::string, std::function<bool(Nic, Family)>, std::string> rows[] = {
+        {"IsDhcpEnabled", [&](Nic nic, Family family) { return TOLVA::IsDhcpEnabled(nic, family, b); }, UNKNOWN},
+        {"RenewDhcp", &TOLVA::RenewDhcp, UNKNOWN},
+        {"ReleaseDhcp", &TOLVA::ReleaseDhcp, UNKNOWN},
+        {"ReturnToDhcp", &TOLVA::ReturnToDhcp, UNKNOWN},
+        {"GetDefaultGatewayList", [&](Nic nic, Family f) { return TOLVA::GetDefaultGatewayList(nic, f, list); },
+         UNKNOWN},
+        {"IsGatewayAutomatic", [&](Nic nic, Family family) { return TOLVA::IsGatewayAutomatic(nic, family, b); },
+         UNKNOWN},
+        {"ReturnGatewayToDhcp", &TOLVA::ReturnGatewayToDhcp, UNKNOWN},
+        {"ReturnDnsToDhcp", &TOLVA::ReturnDnsToDhcp, OTHER},
+        {"IsDnsAutomatic", [&](Nic nic, Family family) { return TOLVA::IsDnsAutomatic(nic, family, b); }, ""},
+        {"SetDnsServerList", [&](Nic nic, Family) { return TOLVA::SetDnsServerList(nic, list); }, ""},
+    };
+    for (const auto& [sName, run, sUnknown] : rows)
+    {
+        TOLVA::NIC_INFO lacking = NicInfo;
+        const bool bRelease = sName == "ReleaseDhcp"; // the only one that asks for the name
+        (bRelease ? lacking.sNicName : lacking.sNicGuid) = L"";
+        Asked();
+        EXPECT_FALSE(run(lacking, TOLVA::FAMILY_BOTH));
+        EXPECT_EQ(bRelease ? "[E] ... ending( Bad NIC name )" : "[E] ... ending( Bad NIC GUID )",
+                  Said("TOLVA::" + sName));
+        if (sUnknown.empty())
+            continue;
+        Asked();
+        EXPECT_FALSE(run(NicInfo, UNKNOWN_FAMILY));
+        EXPECT_EQ(sUnknown, Said("TOLVA::" + sName));
+    }
+    EXPECT_EQ("", Asked());
+    EXPECT_TRUE(b);
+    for (const wchar_t* pszName : {L"DefaultGateway", L"NameServer", L"EnableDHCP"})
+        EXPECT_TRUE(Stored(false, pszName) == MISSING && Stored(true, pszName) == MISSING);
+}
+
+TEST_F(Dhcp, LeasesOfBothFamiliesUntilOneIsRefused)
+{
+    const std::pair<std::string, bool (*)(const TOLVA::NIC_INFO&, TOLVA::FAMILY_TYPE)> operations[] = {
+        {"Renew", &TOLVA::RenewDhcp}, {"Release", &TOLVA::ReleaseDhcp}};
+    const std::tuple<TOLVA::FAMILY_TYPE, std::string, std::string, std::string> rows[] = {
+        {TOLVA::FAMILY_IPV4, "", "@", ""},       {TOLVA::FAMILY_IPV6, "", "@6", ""},
+        {TOLVA::FAMILY_BOTH, "", "@; @6", ""},   {TOLVA::FAMILY_BOTH, "/", "@", "4"},
+        {TOLVA::FAMILY_BOTH, "6", "@; @6", "6"}, {TOLVA::FAMILY_IPV6, "/", "@6", "6"}};
+    for (const auto& [sName, run] : operations)
+        for (const auto& [enFamily, sRefused, sAsked, sFailed] : rows)
+        {
+            SCOPED_TRACE(sName + std::to_string(enFamily) + sRefused);
+            refused.assign(sRefused.empty() ? 0 : 1, sRefused);
+            EXPECT_EQ(sFailed.empty(), run(NicInfo, enFamily));
+            EXPECT_EQ(sFailed.empty() ? "[V] ... ending"
+                                      : "[E] ... ending( Wrap_ipconfig::" + sName + "Dhcp" + sFailed + " failed )",
+                      Said("TOLVA::" + sName + "Dhcp"));
+            EXPECT_EQ(std::regex_replace(sAsked, std::regex("@"), sName == "Renew" ? "/renew" : "/release"), Asked());
+        }
+}
+
+TEST_F(Dhcp, ReturningStopsForFewThings)
+{
+    const std::string DELETE4 = "ipv4 delete 10.0.0.1; ipv4 delete 10.0.0.2";
+    const std::string RESTART = "disable; wait 500; enable; ";
+    const std::string GONE4 = "[I] Removed@10.0.0.1; [I] Removed@10.0.0.2; ";
+    const std::string KEPT = "[V] ... ending( One or more current IP addresses could not be removed ); ";
+    const std::string FAIL4 = "[E] DeleteIpAddr failed@10.0.0.1; ";
+    const struct
+    {
+        const char* pszCase;
+        TOLVA::FAMILY_TYPE enFamily;
+        int iState4, iState6, iAfter4;
+        std::function<void()> prepare;
+        std::string sAsked, sSaid;
+    } rows[] = {
+        {"IPv6 alone", TOLVA::FAMILY_IPV6, 0, 0, 0, [] {}, "ipv6 delete fe80::1; " + RESTART + "/renew6",
+         "[I] Removed@fe80::1; [V] ... ending"},
+        {"half a client", TOLVA::FAMILY_BOTH, 1, 0, 1, [] {},
+         "ipv4 delete 10.0.0.1; ipv6 delete fe80::1; ipv4 delete 10.0.0.2; " + RESTART + "/renew; /renew6",
+         "[I] Removed@10.0.0.1; [I] Removed@fe80::1; [I] Removed@10.0.0.2; [V] ... ending"},
+        {"a client", TOLVA::FAMILY_BOTH, 1, 2, 1, [] {}, "", "[W] ... ending( Already using DHCP )"},
+        {"no state of IPv6", TOLVA::FAMILY_BOTH, 0, -1, 0, [&] { RemoveKey(true); }, "",
+         "[E] ... ending( TOLVA::IsDhcpEnabled failed )"},
+        {"no addresses", TOLVA::FAMILY_IPV4, 2, 0, 2, [&] { dwTableRc = 5; }, "",
+         "[E] ... ending( TOLVA::GetAdaptersIpAddrs failed )"},
+        {"removals refused", TOLVA::FAMILY_IPV4, 2, 0, 1, [&] { refused = {"delete"}; },
+         DELETE4 + "; " + RESTART + "/renew", FAIL4 + "[E] DeleteIpAddr failed@10.0.0.2; " + KEPT + "[V] ... ending"},
+        {"all refused in turn", TOLVA::FAMILY_IPV4, 2, 0, 1,
+         [&] {
+             refused = {"10.0.0.1", "able", "renew"};
+         },
+         DELETE4 + "; " + RESTART + "/renew",
+         FAIL4 + "[I] Removed@10.0.0.2; " + KEPT + "[E] TOLVA::DisableAdapter; [E] TOLVA::EnableAdapter; " +
+             "[E] ... ending( TOLVA::RenewDhcp failed )"},
+        {"not written", TOLVA::FAMILY_IPV4, 2, 0, 2, [&] { iFailWrite = 1; }, DELETE4,
+         GONE4 + "[E] ... ending( Set 'EnableDHCP' failed )"},
+    };
+    for (const char* pszAddress : {"10.0.0.1", "fe80::1", "10.0.0.2"})
+        AddAddress(pszAddress, 24);
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.pszCase);
+        refused = {};
+        dwTableRc = 0;
+        Store(false, L"EnableDHCP", Number(row.iState4));
+        Store(true, L"Dhcpv6State", Number(row.iState6));
+        row.prepare();
+        Asked();
+        EXPECT_EQ(row.sSaid.rfind("[E] ...") == std::string::npos, TOLVA::ReturnToDhcp(NicInfo, row.enFamily));
+        EXPECT_EQ(row.sSaid, Said("TOLVA::ReturnToDhcp"));
+        EXPECT_EQ(row.sAsked, Asked());
+        EXPECT_EQ(Number(row.iAfter4), Stored(false, L"EnableDHCP"));
+        EXPECT_EQ(Number(row.iState6), Stored(true, L"Dhcpv6State"));
+    }
+}
+
+} // namespace

@@ -1,0 +1,223 @@
+#include "ipconfig_test.h"
+
+using namespace testing_support;
+
+namespace
+{
+
+class Registered : public IpconfigTest
+{
+protected:
+    /// Puts values into both keys by which is seen what was written.
+    void Mark()
+    {
+        for (const wchar_t* pszName : {L"DefaultGateway", L"NameServer"})
+            for (const bool bIpv6 : {false, true})
+                Store(bIpv6, pszName, MARK);
+        Asked();
+    }
+    void ExpectStored(const wchar_t* pszName, const RegistryData& data4, const RegistryData& data6) const
+    {
+        EXPECT_EQ(data4, Stored(false, pszName));
+        EXPECT_EQ(data6, Stored(true, pszName));
+    }
+
+    const RegistryData MARK = DwordData(77);
+    const RegistryData NO_LIST = {REG_MULTI_SZ, {0, 0}};
+    const RegistryData NO_TEXT = {REG_SZ, {0, 0}};
+};
+using Gateways = Registered;
+using Dns = Registered;
+
+TEST_F(Gateways, AreTheAdaptersDefaultRoutes)
+{
+    AddRoute("0.0.0.0", 0, "10.0.0.1");
+    AddRoute("0.0.0.0", 0, "10.0.0.2", 12);
+    AddRoute("10.0.0.0", 8, "10.0.0.3");
+    AddRoute("10.0.0.0", 0, "10.0.0.4"); // only the prefix length counts
+    AddRoute("::", 0, "fe80::1");
+    const std::string NAME = "TOLVA::GetDefaultGatewayList";
+    std::vector<velmor::ip_address> list, expected;
+    for (const auto enFamily : {TOLVA::FAMILY_BOTH, TOLVA::FAMILY_IPV4, TOLVA::FAMILY_IPV6})
+    {
+        Asked();
+        EXPECT_TRUE(TOLVA::GetDefaultGatewayList(NicInfo, enFamily, list));
+        expected.insert(expected.end(), {Ip("10.0.0.1"), Ip("10.0.0.4"), Ip("fe80::1")});
+        EXPECT_EQ(expected, list);
+        EXPECT_EQ("[I] Added : sNextHop = \"10.0.0.1\"; [I] Added : sNextHop = \"10.0.0.4\"; "
+                  "[I] Added : sNextHop = \"fe80::1\"; [V] ... ending",
+                  Said(NAME));
+    }
+    Asked();
+    dwTableRc = 5;
+    EXPECT_FALSE(TOLVA::GetDefaultGatewayList(NicInfo, TOLVA::FAMILY_BOTH, list));
+    EXPECT_EQ("[E] ... ending( GetAdapterRoutes failed )", Said(NAME));
+    Asked();
+    indexCodes.assign(indexNames.size() + 1, 5);
+    EXPECT_FALSE(TOLVA::GetDefaultGatewayList(NicInfo, TOLVA::FAMILY_BOTH, list));
+    EXPECT_EQ("[E] ... ending( TOLVA::GetAdapterIndex failed )", Said(NAME));
+    EXPECT_EQ(expected, list);
+}
+
+TEST_F(Gateways, OneIsSet)
+{
+    const std::string REFUSED = "[E] ... ending( SetDefaultGateway failed )";
+    const std::string NOT_WRITTEN = "[E] ... ending( Set 'DefaultGateway' failed ) "; // with its last blank
+    const std::tuple<std::string, DWORD, int, std::string> rows[] = {
+        {"10.0.0.1", 0, 0, "[V] ... ending"}, {"fe80::1", 0, 0, "[V] ... ending"},
+        {"10.0.0.1", 5, 0, REFUSED},          {"none", 0, 0, REFUSED},
+        {"10.0.0.1", 0, 1, NOT_WRITTEN},      {"fe80::1", 0, 1, NOT_WRITTEN}};
+    for (const auto& [sGateway, dwRc, iFail, sEnd] : rows)
+    {
+        SCOPED_TRACE(sGateway + sEnd);
+        Mark();
+        dwRouteRc = dwRc;
+        iFailWrite = iFail;
+        const velmor::ip_address gateway = Ip(sGateway.c_str());
+        EXPECT_EQ(sEnd[1] == 'V', TOLVA::SetDefaultGateway(NicInfo, gateway));
+        const RegistryData data = ListData({std::wstring(sGateway.begin(), sGateway.end())});
+        const bool bWritten = sEnd[1] == 'V';
+        ExpectStored(L"DefaultGateway", bWritten && gateway.is_ipv4() ? data : MARK,
+                     bWritten && gateway.is_ipv6() ? data : MARK);
+        EXPECT_EQ(sEnd, Said("TOLVA::SetDefaultGateway"));
+        const std::string sKey = "[V] TOLVA::SetDefaultGateway : " +
+                                 std::string(gateway.is_ipv6() ? "sTcpi6pKey = \"CurrentControlSet\\services\\Tcpip6"
+                                                               : "sTcpi4pKey = \"CurrentControlSet\\services\\Tcpip") +
+                                 "\\Parameters\\Interfaces\\<guid>\"";
+        EXPECT_EQ(sEnd != REFUSED, trace.Has(Transcript(sKey)[0]));
+        EXPECT_EQ(sEnd != REFUSED ? sGateway : "", Asked());
+    }
+    RemoveKey(false);
+    EXPECT_TRUE(TOLVA::SetDefaultGateway(NicInfo, Ip("10.0.0.1")));
+    EXPECT_EQ(ListData({L"10.0.0.1"}), Stored(false, L"DefaultGateway")) << "a missing key is made";
+}
+
+TEST_F(Registered, WhatIsAutomatic)
+{
+    using Rows = std::vector<std::pair<RegistryData, bool>>;
+    // The list that is written for an IPv6 gateway is no single text.
+    const Rows texts = {{MISSING, true},      {NO_TEXT, true},
+                        {MARK, true},         {ListData({L"fe80::1"}), true},
+                        {{REG_SZ, {}}, true}, {StringData(L"fe80::1"), false}};
+    const Rows lists = {
+        {MISSING, true}, {NO_LIST, true}, {StringData(L"10.0.0.1"), true}, {ListData({L"10.0.0.1"}), false}};
+    using Ask = bool (*)(const TOLVA::NIC_INFO&, TOLVA::FAMILY_TYPE, bool&);
+    const std::tuple<std::string, const wchar_t*, Ask, Rows> operations[] = {
+        {"TOLVA::IsGatewayAutomatic", L"DefaultGateway", &TOLVA::IsGatewayAutomatic, lists},
+        {"TOLVA::IsDnsAutomatic", L"NameServer", &TOLVA::IsDnsAutomatic, texts}};
+    bool bAutomatic = false;
+    for (const auto& [sOperation, pszName, ask, rows4] : operations)
+    {
+        for (const auto& [data4, bIpv4] : rows4)
+            for (const auto& [data6, bIpv6] : texts)
+            {
+                SCOPED_TRACE(sOperation + testing::PrintToString(data4.bytes) + testing::PrintToString(data6.bytes));
+                Store(false, pszName, data4);
+                Store(true, pszName, data6);
+                for (const auto& [enFamily, bExpected] : {std::pair(TOLVA::FAMILY_IPV4, bIpv4),
+                                                          {TOLVA::FAMILY_IPV6, bIpv6},
+                                                          {TOLVA::FAMILY_BOTH, bIpv4 && bIpv6}})
+                {
+                    Asked();
+                    bAutomatic = !bExpected;
+                    EXPECT_TRUE(ask(NicInfo, enFamily, bAutomatic));
+                    EXPECT_EQ(bExpected, bAutomatic) << enFamily;
+                    EXPECT_EQ("[V] ... ending", Said(sOperation));
+                    EXPECT_TRUE(trace.Has("[V] " + sOperation + " : bIsAutomatic = " + (bExpected ? "true" : "false")));
+                }
+            }
+        RemoveKey(false);
+        RemoveKey(true);
+        EXPECT_TRUE(ask(NicInfo, TOLVA::FAMILY_BOTH, bAutomatic = false) && bAutomatic) << "without keys";
+    }
+    EXPECT_TRUE(TOLVA::IsDnsAutomatic(NicInfo, UNKNOWN_FAMILY, bAutomatic) && !bAutomatic);
+}
+
+TEST_F(Registered, BothReturnToDhcp)
+{
+    const struct
+    {
+        bool bDns;
+        TOLVA::FAMILY_TYPE enFamily;
+        int iFailWrite;
+        RegistryData data4, data6;
+    } rows[] = {{false, TOLVA::FAMILY_IPV4, 0, NO_LIST, MARK},
+                {false, TOLVA::FAMILY_IPV6, 0, NO_LIST, NO_LIST}, // that of IPv4 too
+                {false, TOLVA::FAMILY_BOTH, 0, NO_LIST, NO_LIST},
+                {false, TOLVA::FAMILY_BOTH, 1, MARK, MARK},
+                {false, TOLVA::FAMILY_IPV6, 2, NO_LIST, MARK},
+                {true, TOLVA::FAMILY_IPV4, 0, NO_TEXT, MARK},
+                {true, TOLVA::FAMILY_IPV6, 0, MARK, NO_TEXT},
+                {true, TOLVA::FAMILY_BOTH, 0, NO_TEXT, NO_TEXT},
+                {true, TOLVA::FAMILY_BOTH, 1, MARK, MARK},
+                {true, TOLVA::FAMILY_BOTH, 2, NO_TEXT, MARK}};
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(std::to_string(row.bDns) + std::to_string(row.enFamily) + std::to_string(row.iFailWrite));
+        Mark();
+        iFailWrite = row.iFailWrite;
+        EXPECT_EQ(row.iFailWrite == 0,
+                  (row.bDns ? &TOLVA::ReturnDnsToDhcp : &TOLVA::ReturnGatewayToDhcp)(NicInfo, row.enFamily));
+        EXPECT_EQ(row.iFailWrite == 0 ? "[V] ... ending"
+                  : row.bDns          ? "[E] ... ending( Set 'NameServer' failed  )"
+                                      : "[E] ... ending( Set 'DefaultGateway' failed )",
+                  Said(row.bDns ? "TOLVA::ReturnDnsToDhcp" : "TOLVA::ReturnGatewayToDhcp"));
+        ExpectStored(row.bDns ? L"NameServer" : L"DefaultGateway", row.data4, row.data6);
+        ExpectStored(row.bDns ? L"DefaultGateway" : L"NameServer", MARK, MARK);
+        EXPECT_EQ("", Asked());
+    }
+}
+
+TEST_F(Dns, AListIsSet)
+{
+    const std::string NOT_WRITTEN = "[E] ... ending( Set 'NameServer' failed )";
+    const std::string REFUSED = "[E] ... ending( netsh set dnsserver failed )";
+    const RegistryData ALL4 = StringData(L"10.0.0.2,10.0.0.1");
+    const RegistryData ALL6 = StringData(L"fe80::1,fe80::2");
+    const struct
+    {
+        std::vector<const char*> list;
+        int iFailWrite;
+        RegistryData data4, data6;
+        std::string sAsked, sEnd;
+    } rows[] = {
+        {{}, 0, MARK, MARK, "", "[W] ... ending( No DNS server addresses )"},
+        {{"10.0.0.2", "10.0.0.1"}, 0, ALL4, NO_TEXT, "ipv4 set dnsservers 10.0.0.2", "[V] ... ending"},
+        {{"fe80::1"}, 1, MARK, MARK, "", NOT_WRITTEN},
+        {{"fe80::1"}, 2, NO_TEXT, MARK, "", NOT_WRITTEN},
+        {{"10.0.0.9"}, 0, StringData(L"10.0.0.9"), NO_TEXT, "ipv4 set dnsservers 10.0.0.9", REFUSED},
+        {{"fe80::1", "10.0.0.2", "fe80::2", "none", "10.0.0.1"},
+         0,
+         ALL4,
+         ALL6,
+         "ipv6 set dnsservers fe80::1",
+         "[V] ... ending"},
+    };
+    refused = {"10.0.0.9"};
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.sAsked + row.sEnd);
+        Mark();
+        iFailWrite = row.iFailWrite;
+        std::vector<velmor::ip_address> list;
+        for (const char* pszServer : row.list)
+            list.push_back(Ip(pszServer));
+        EXPECT_EQ(row.sEnd[1] != 'E', TOLVA::SetDnsServerList(NicInfo, list));
+        EXPECT_EQ(row.sEnd, Said("TOLVA::SetDnsServerList"));
+        ExpectStored(L"NameServer", row.data4, row.data6);
+        if (&row == std::end(rows) - 1)
+            break;
+        EXPECT_EQ(row.sAsked, Asked());
+    }
+    std::vector<std::string> lines = trace.Lines();
+    lines.resize(5);
+    EXPECT_EQ(Transcript(R"([V] TOLVA::SetDnsServerList : starting ...
+[V] TOLVA::SetDnsServerList : IPv4 : sTcpipKey = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
+[V] TOLVA::SetDnsServerList : sDnsServer4 = "10.0.0.2,10.0.0.1"
+[V] TOLVA::SetDnsServerList : IPv6 : sTcpipKey = "CurrentControlSet\services\Tcpip6\Parameters\Interfaces\<guid>"
+[V] TOLVA::SetDnsServerList : sDnsServer6 = "fe80::1,fe80::2")"),
+              lines);
+    EXPECT_EQ("ipv6 set dnsservers fe80::1", Asked());
+}
+
+} // namespace
