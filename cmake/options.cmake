@@ -24,7 +24,8 @@ set(warnings
 target_compile_options(zelk_nm_options INTERFACE
   # Only C++: the resource compiler gets a target's options too.
   $<$<COMPILE_LANGUAGE:CXX>:${warnings}>
-  $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
+  # The same bytes from every folder; of two maps that fit the last one counts.
+  $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.;-ffile-prefix-map=${PROJECT_BINARY_DIR}=.>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-ffunction-sections;-fdata-sections>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Debug>>:-Wa,-mbig-obj>)
 

@@ -26,7 +26,7 @@ ninja -C "$tree" "$@" 2>&1 | {
     announced=
     while IFS= read -r line; do
         case $line in
-            '['*'Re-checking globbed'* | 'ninja: no work'* | 'ninja: Entering'* | '-- '*) ;;
+            '['*'Re-checking globbed'* | '['*'Dating the build' | 'ninja: no work'* | 'ninja: Entering'* | '-- '*) ;;
             '['[0-9]*/*']'*)
                 [ -n "$announced" ] || echo "building $preset ..."
                 announced=1

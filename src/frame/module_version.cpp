@@ -6,6 +6,7 @@
 #include <support/call_frame.h>
 #include <support/module_path.h>
 #include <zelk_nm/tolva.h>
+#include <zelk_nm_build_stamp.h>
 
 namespace
 {
@@ -22,7 +23,8 @@ struct Translation
 std::wstring Description()
 {
     constexpr std::size_t LONGEST_DESCRIPTION = 99;
-    std::string sDescription = "Velmor Network Library (TOLVQ) created on " __DATE__ " at " __TIME__;
+    std::string sDescription =
+        "Velmor Network Library (TOLVQ) created on " ZELK_NM_BUILD_DATE " at " ZELK_NM_BUILD_TIME;
     return std::wstring(sDescription.begin(), sDescription.end()).substr(0, LONGEST_DESCRIPTION);
 }
 
