@@ -13,7 +13,9 @@ install(TARGETS zelk_nm EXPORT zelk_nm
 install(TARGETS zelkctl RUNTIME DESTINATION bin COMPONENT runtime)
 # The library's trace goes into a folder beside the program and is never written without one.
 install(DIRECTORY DESTINATION bin/Logfiles COMPONENT runtime)
-install(FILES $<TARGET_FILE:zelk_nm>.debug $<TARGET_FILE:zelkctl>.debug DESTINATION bin COMPONENT symbols OPTIONAL)
+# Only asked for by its name, and in an archive of its own.
+install(FILES $<TARGET_FILE:zelk_nm>.debug $<TARGET_FILE:zelkctl>.debug DESTINATION bin COMPONENT symbols
+  OPTIONAL EXCLUDE_FROM_ALL)
 
 install(DIRECTORY include/zelk_nm DESTINATION include COMPONENT development FILES_MATCHING PATTERN *.h)
 install(EXPORT zelk_nm NAMESPACE zelk_nm:: FILE zelk_nm-config.cmake DESTINATION ${config_folder} COMPONENT development)

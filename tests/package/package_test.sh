@@ -1,0 +1,118 @@
+#!/usr/bin/env bash
+# package_test.sh CASE: one case about what is installed and packed. The environment says SOURCE_DIR, BUILD_DIR, CXX.
+set -euo pipefail
+work=$BUILD_DIR/tests/package/$1
+tree=$work/moved/zelk_nm
+doc=$tree/share/doc/zelk_nm
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+# It moves after the installation, for it must not know where it was installed.
+install_tree() {
+    cmake --install "$BUILD_DIR" --prefix "$work/installed" "$@" >/dev/null
+    mkdir "$work/moved"
+    mv "$work/installed" "$tree"
+}
+
+same() { # WHAT EXPECTED ACTUAL
+    diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") || fail "$1: lines with > were not expected"
+}
+
+files_in() (cd "$1" && find . -mindepth 1 | sed 's,^\./,,' | LC_ALL=C sort)
+
+# The library answers, on a machine without adapters too.
+runs_and_lists_adapters() { # PROGRAM
+    local output line='^\{[0-9A-F-]{36}\}  |^No adapters; '
+    output=$("$SOURCE_DIR/scripts/wine-run.sh" "$1" 2>&1 | tr -d '\r') || [[ $output == "No adapters"* ]] ||
+        fail "$1 failed: $output"
+    [ -n "$output" ] || fail "$1 says nothing"
+    ! grep -vE "$line" <<<"$output" || fail "$1 says something else"
+}
+
+find_package() {
+    install_tree
+    cmake -S "$doc/examples" -B "$work/build" -G Ninja -D zelk_nm_DIR="$tree/lib/cmake/zelk_nm" \
+        --toolchain "$SOURCE_DIR/cmake/mingw-w64-x86_64.cmake"
+    cmake --build "$work/build"
+    runs_and_lists_adapters "$work/build/list_adapters.exe"
+}
+
+pkg_config() {
+    install_tree
+    export PKG_CONFIG_LIBDIR=$tree/lib/pkgconfig
+    # shellcheck disable=SC2046 # several words
+    "$CXX" -static "$doc/examples/list_adapters.cpp" $(pkg-config --cflags --libs zelk_nm) -o "$work/list_adapters.exe"
+    cp "$tree/bin/ZELK_NM.DLL" "$work"
+    runs_and_lists_adapters "$work/list_adapters.exe"
+}
+
+archives() {
+    cpack -G ZIP --config "$BUILD_DIR/CPackConfig.cmake" -B "$work" >/dev/null
+    local version name file part
+    version=$(sed -n 's/^set(CPACK_PACKAGE_VERSION "\(.*\)")$/\1/p' "$BUILD_DIR/CPackConfig.cmake")
+    name=zelk_nm-$version-win64
+    same "the archives" "$name-symbols.zip"$'\n'"$name.zip" "$(cd "$work" && printf '%s\n' *.zip)"
+    for part in "" -symbols; do
+        mkdir "$work/unpacked$part"
+        (cd "$work/unpacked$part" && cmake -E tar xf "../$name$part.zip")
+    done
+
+    same "the symbols" $'bin\nbin/ZELK_NM.DLL.debug\nbin/zelkctl.exe.debug' "$(files_in "$work/unpacked-symbols/$name")"
+    tree=$work/unpacked/$name
+    same "the programs" $'Logfiles\nZELK_NM.DLL\nzelkctl.exe' "$(files_in "$tree/bin")"
+    same "the headers" "$(cd "$SOURCE_DIR/include" && files_in .)" "$(files_in "$tree/include")"
+    for file in lib/libZELK_NM.dll.a lib/cmake/zelk_nm/zelk_nm-config.cmake lib/pkgconfig/zelk_nm.pc \
+        share/doc/zelk_nm/{README.md,LICENSE,zelk_nm.spdx.json,examples/list_adapters.cpp}; do
+        [ -s "$tree/$file" ] || fail "$file is not in the archive"
+    done
+    ! grep -rlF -e "$SOURCE_DIR" -e "$BUILD_DIR" "$work"/unpacked* || fail "these name folders of the build machine"
+
+    # What goes into a boot image is no more than it takes.
+    tree=$work/moved/runtime
+    install_tree --component runtime
+    same "the run-time files" $'bin\nbin/Logfiles\nbin/ZELK_NM.DLL\nbin/zelkctl.exe' "$(files_in "$tree")"
+    "$SOURCE_DIR/scripts/wine-run.sh" "$tree/bin/zelkctl.exe" --version >/dev/null
+}
+
+spdx() {
+    install_tree
+    cmake -D TREE="$tree" -P "$SOURCE_DIR/tests/package/check_spdx.cmake"
+}
+
+# Compiling all of the library twice takes minutes: a few sources stand for the rest, whose objects are taken as they are,
+# unless ZELK_REBUILD_ALL is set.
+build_library() { # FOLDER
+    local objects=CMakeFiles/zelk_nm_objects.dir
+    cmake -S "$SOURCE_DIR" -B "$1" -G Ninja -D CMAKE_BUILD_TYPE=Release -D BUILD_TESTING=OFF -Wno-dev \
+        -D CMAKE_CXX_COMPILER_LAUNCHER= --toolchain "$SOURCE_DIR/cmake/mingw-w64-x86_64.cmake" >/dev/null
+    cd "$1"
+    if [ -n "${ZELK_REBUILD_ALL:-}" ]; then
+        ninja zelk_nm
+    else
+        ninja $objects/src/{frame/module_version,support/string,tools/captured_command}.cpp.obj \
+            CMakeFiles/zelk_nm.dir/src/frame/zelk_nm.rc.res
+        cp -rn "$BUILD_DIR/$objects" CMakeFiles
+        mkdir -p bin lib
+        eval "$(ninja -t commands -s bin/ZELK_NM.DLL)"
+    fi
+}
+
+reproducible() {
+    export SOURCE_DATE_EPOCH=1431691548
+    local first=$work/first second=$work/second/in-a-deeper-folder file
+    (build_library "$first")
+    (build_library "$second")
+    for file in bin/ZELK_NM.DLL bin/ZELK_NM.DLL.debug lib/libZELK_NM.dll.a; do
+        cmp "$first/$file" "$second/$file"
+    done
+    cp "$BUILD_DIR/bin/zelkctl.exe" "$first/bin"
+    "$SOURCE_DIR/scripts/wine-run.sh" "$first/bin/zelkctl.exe" --version | grep 'created on May 15 2015 at 12:05:48'
+}
+
+rm -rf "$work"
+mkdir -p "$work"
+"$1"
+rm -rf "$work" # only what failed is kept
