@@ -16,13 +16,11 @@ endfunction()
 # json_set(JSON KEY TEXT ...): sets text members.
 function(json_set variable)
   set(json "${${variable}}")
-  list(POP_FRONT ARGN)
-  foreach(index RANGE 1 ${ARGC} 2)
+  math(EXPR last "${ARGC} - 2")
+  foreach(index RANGE 1 ${last} 2)
     math(EXPR next "${index} + 1")
-    if(next LESS ARGC)
-      json_text(value "${ARGV${next}}")
-      string(JSON json SET "${json}" ${ARGV${index}} "${value}")
-    endif()
+    json_text(value "${ARGV${next}}")
+    string(JSON json SET "${json}" ${ARGV${index}} "${value}")
   endforeach()
   set(${variable} "${json}" PARENT_SCOPE)
 endfunction()
@@ -38,6 +36,7 @@ function(json_append key json)
   set(document "${document}" PARENT_SCOPE)
 endfunction()
 
+# add_package(ID NAME VERSION LICENCE [KEY TEXT ...])
 function(add_package id name version licence)
   set(package "{}")
   json_set(package SPDXID SPDXRef-${id} name "${name}" versionInfo "${version}" downloadLocation NOASSERTION
@@ -47,16 +46,21 @@ function(add_package id name version licence)
   set(document "${document}" PARENT_SCOPE)
 endfunction()
 
+# describe_package(KEY JSON): sets a member of the package that was added last.
+function(describe_package key json)
+  string(JSON count LENGTH "${document}" packages)
+  math(EXPR last "${count} - 1")
+  string(JSON document SET "${document}" packages ${last} ${key} "${json}")
+  set(document "${document}" PARENT_SCOPE)
+endfunction()
+
 # add_binary(ID FILE PURPOSE): a package that is one file of ours.
 function(add_binary id file purpose)
   get_filename_component(name ${file} NAME)
   file(SHA256 ${file} hash)
   add_package(${id} ${name} ${VERSION} LicenseRef-zelk-nm
     supplier "Organization: Velmor" packageFileName bin/${name} primaryPackagePurpose ${purpose})
-  string(JSON index LENGTH "${document}" packages)
-  math(EXPR index "${index} - 1")
-  string(JSON document SET "${document}" packages ${index} checksums
-    "[{\"algorithm\": \"SHA256\", \"checksumValue\": \"${hash}\"}]")
+  describe_package(checksums "[{\"algorithm\": \"SHA256\", \"checksumValue\": \"${hash}\"}]")
   set(document "${document}" PARENT_SCOPE)
 endfunction()
 
@@ -66,14 +70,12 @@ function(add_foreign id name licence debian_package version)
   execute_process(COMMAND dpkg-query -W -f "\${Version}" ${debian_package}
     OUTPUT_VARIABLE installed ERROR_QUIET RESULT_VARIABLE unknown)
   if(unknown)
-    add_package(${id} ${name} ${version} "${licence}")
+    add_package(${id} "${name}" ${version} "${licence}")
   else()
-    add_package(${id} ${name} ${installed} "${licence}")
+    add_package(${id} "${name}" ${installed} "${licence}")
     string(REPLACE "+" "%2B" locator "pkg:deb/debian/${debian_package}@${installed}")
-    string(JSON index LENGTH "${document}" packages)
-    math(EXPR index "${index} - 1")
-    string(JSON document SET "${document}" packages ${index} externalRefs "[{\"referenceCategory\": \"PACKAGE-MANAGER\",
-      \"referenceType\": \"purl\", \"referenceLocator\": \"${locator}\"}]")
+    describe_package(externalRefs "[{\"referenceCategory\": \"PACKAGE-MANAGER\", \"referenceType\": \"purl\",
+      \"referenceLocator\": \"${locator}\"}]")
   endif()
   set(document "${document}" PARENT_SCOPE)
 endfunction()
@@ -152,10 +154,21 @@ endif()
 if("mingw-w64" IN_LIST parts)
   add_foreign(mingw-w64 "mingw-w64 C run time"
     "ZPL-2.1 AND LicenseRef-mingw-w64-public-domain AND LicenseRef-mingw-w64-gdtoa" mingw-w64-x86-64-dev NOASSERTION)
-  add_licence(mingw-w64-public-domain "mingw-w64 public domain"
-    "This file has no copyright assigned and is placed in the Public Domain. This file is part of the mingw-w64 runtime package. No warranty is given.")
+  add_licence(mingw-w64-public-domain "Public domain parts of mingw-w64"
+    "This file has no copyright assigned and is placed in the Public Domain.")
   add_licence(mingw-w64-gdtoa "gdtoa in mingw-w64"
-    "Permission to use, copy, modify, and distribute this software and its documentation for any purpose and without fee is hereby granted, provided that the above copyright notice appear in all copies and that both that the copyright notice and this permission notice and warranty disclaimer appear in supporting documentation, and that the name of Lucent or any of its entities not be used in advertising or publicity pertaining to distribution of the software without specific, written prior permission.")
+"Copyright (C) 1997-2001 Lucent Technologies. All Rights Reserved
+
+Permission to use, copy, modify, and distribute this software and its documentation for any purpose and without fee is hereby \
+granted, provided that the above copyright notice appear in all copies and that both that the copyright notice and this \
+permission notice and warranty disclaimer appear in supporting documentation, and that the name of Lucent or any of its \
+entities not be used in advertising or publicity pertaining to distribution of the software without specific, written prior \
+permission.
+
+LUCENT DISCLAIMS ALL WARRANTIES WITH REGARD TO THIS SOFTWARE, INCLUDING ALL IMPLIED WARRANTIES OF MERCHANTABILITY AND FITNESS. \
+IN NO EVENT SHALL LUCENT OR ANY OF ITS ENTITIES BE LIABLE FOR ANY SPECIAL, INDIRECT OR CONSEQUENTIAL DAMAGES OR ANY DAMAGES \
+WHATSOEVER RESULTING FROM LOSS OF USE, DATA OR PROFITS, WHETHER IN AN ACTION OF CONTRACT, NEGLIGENCE OR OTHER TORTIOUS ACTION, \
+ARISING OUT OF OR IN CONNECTION WITH THE USE OR PERFORMANCE OF THIS SOFTWARE.")
 endif()
 if("winpthreads" IN_LIST parts)
   add_foreign(winpthreads winpthreads "MIT AND BSD-3-Clause" mingw-w64-x86-64-dev NOASSERTION)

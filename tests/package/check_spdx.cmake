@@ -49,7 +49,7 @@ function(check_relationship relationship)
 endfunction()
 
 foreach(member "spdxVersion;SPDX-2[.]3" "dataLicense;CC0-1[.]0" "SPDXID;SPDXRef-DOCUMENT" "name;.+"
-    "documentNamespace;http://[^#]+" )
+    "documentNamespace;http://[^#]+")
   list(POP_FRONT member key)
   string(JSON value GET "${document}" ${key})
   require(${key} "${value}" "${member}")
