@@ -21,7 +21,7 @@ needed=(
     libfmt-dev:/usr/include/fmt/core.h
     iproute2:/sbin/ip
     util-linux:/usr/bin/flock
-    pkgconf:/usr/bin/pkgconf
+    pkgconf:/usr/bin/pkg-config
 )
 
 missing=()
