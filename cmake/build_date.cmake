@@ -6,7 +6,7 @@ function(zelk_nm_build_date variable)
   set(source_dir ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/..)
   if(NOT date)
     execute_process(COMMAND git log -1 --format=%ct -- . WORKING_DIRECTORY ${source_dir}
-      OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET RESULT_VARIABLE no_git)
+      OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
   endif()
   if(NOT date)
     file(TIMESTAMP ${source_dir}/CMakeLists.txt date "%s" UTC)
