@@ -1,10 +1,11 @@
 #include "adapter.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cctype>
 #include <string_view>
 
-#include "exit_code.h"
+#include "failure.h"
+#include "installed_adapters.h"
 #include "library_call.h"
 #include "number.h"
 #include "table.h"
@@ -32,7 +33,7 @@ std::vector<TOLVA::NIC_INFO> ListRecords()
     std::vector<TOLVA::NIC_INFO> records;
     const TraceReader trace;
     if (!TOLVA::GetAdapterList(records) && !IsNoAdapterEnabled(trace))
-        throw Failure("GetAdapterList", trace);
+        throw OperationFailed("GetAdapterList", nullptr, trace);
     return records;
 }
 
@@ -47,32 +48,70 @@ Adapter Identify(const TOLVA::NIC_INFO& info)
     return adapter;
 }
 
-bool HasGuid(const Adapter& adapter, const velmor::string& sWanted)
-{
-    const velmor::string& sGuid = adapter.info.sNicGuid;
-    return EqualIgnoringCase(sGuid, sWanted) || EqualIgnoringCase(sGuid, velmor::string(L"{") + sWanted + L"}");
-}
+// Whether the adapter has what the user wrote as its identity of one kind.
 
-bool HasName(const Adapter& adapter, const velmor::string& sWanted)
+bool HasName(const Adapter& adapter, std::string_view wanted)
 {
+    const velmor::string sWanted = FromUtf8(wanted);
     return !sWanted.empty() && (EqualIgnoringCase(adapter.info.sNicFriendlyName, sWanted) ||
                                 EqualIgnoringCase(adapter.sIpconfigName, sWanted));
 }
 
-/// Every adapter that the first kind of identity with any match gives.
-std::vector<Adapter> Candidates(const std::vector<Adapter>& adapters, const std::string& sWanted)
+bool HasGuid(const Adapter& adapter, std::string_view wanted)
 {
-    std::vector<Adapter> found;
-    const auto Collect = [&](auto&& matches) {
-        if (found.empty())
-            std::copy_if(adapters.begin(), adapters.end(), std::back_inserter(found), matches);
-    };
-    const velmor::string sWideWanted = FromUtf8(sWanted);
-    Collect([&](const Adapter& adapter) { return HasGuid(adapter, sWideWanted); });
-    Collect([&](const Adapter& adapter) { return HasName(adapter, sWideWanted); });
-    if (const auto index = ParseNumber(sWanted))
-        Collect([&](const Adapter& adapter) { return adapter.index == index; });
-    return found;
+    const velmor::string sWanted = FromUtf8(wanted);
+    const velmor::string& sGuid = adapter.info.sNicGuid;
+    return EqualIgnoringCase(sGuid, sWanted) || EqualIgnoringCase(sGuid, velmor::string(L"{") + sWanted + L"}");
+}
+
+bool HasIndex(const Adapter& adapter, std::string_view wanted)
+{
+    if (wanted.starts_with('#'))
+        wanted.remove_prefix(1);
+    const auto index = ParseNumber(wanted);
+    return index && adapter.index == index;
+}
+
+/// The digits of a hardware address in upper case; empty for any other text.
+std::string HexDigits(std::string_view text)
+{
+    constexpr std::size_t FEWEST_DIGITS = 12;
+    std::string digits;
+    for (const char character : text)
+    {
+        if (std::isxdigit(static_cast<unsigned char>(character)) != 0)
+            digits += static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
+        else if (character != '-' && character != ':')
+            return {};
+    }
+    return digits.size() >= FEWEST_DIGITS ? digits : std::string();
+}
+
+bool HasMac(const Adapter& adapter, std::string_view wanted)
+{
+    const std::string sDigits = HexDigits(wanted);
+    return !sDigits.empty() && sDigits == HexDigits(ToUtf8(HardwareAddressOf(adapter.info)));
+}
+
+struct Identity
+{
+    std::string_view prefix;
+    bool (*pHas)(const Adapter&, std::string_view);
+};
+constexpr Identity IDENTITIES[] = {{"name:", HasName}, {"guid:", HasGuid}, {"index:", HasIndex}, {"mac:", HasMac}};
+
+bool IsWanted(const Adapter& adapter, std::string_view wanted)
+{
+    for (const Identity& identity : IDENTITIES)
+        if (EqualIgnoringCase(FromUtf8(wanted.substr(0, identity.prefix.size())), FromUtf8(identity.prefix)))
+            return identity.pHas(adapter, wanted.substr(identity.prefix.size()));
+    return std::ranges::any_of(IDENTITIES, [&](const Identity& identity) { return identity.pHas(adapter, wanted); });
+}
+
+std::vector<Adapter> Candidates(std::vector<Adapter> adapters, std::string_view wanted)
+{
+    std::erase_if(adapters, [&](const Adapter& adapter) { return !IsWanted(adapter, wanted); });
+    return adapters;
 }
 
 std::string Enumerate(const std::vector<Adapter>& adapters)
@@ -102,15 +141,30 @@ std::vector<Adapter> ListAdapters()
     return adapters;
 }
 
-Adapter FindAdapter(const std::string& sWanted)
+velmor::string HardwareAddressOf(const TOLVA::NIC_INFO& info)
 {
-    const auto candidates = Candidates(ListAdapters(), sWanted);
+    // The record has it only when everything else about the device was found out too; the adapter itself can be asked
+    // always.
+    TOLVA::HARDWARE_ADDRESS address;
+    if (!info.sNicHwAddr.empty() || !TOLVA::GetHardwareAddress(info, address))
+        return info.sNicHwAddr;
+    return address;
+}
+
+Adapter FindAdapter(const std::string& sWanted, Among among)
+{
+    auto candidates = Candidates(ListAdapters(), sWanted);
+    if (candidates.empty() && among == Among::INSTALLED)
+        candidates = Candidates(ListInstalledAdapters(), sWanted);
     const std::string sQuoted = Quoted(sWanted);
     if (candidates.empty())
-        throw NoSuchAdapter("there is no adapter " + sQuoted + "; \"zelkctl adapter list\" shows all");
+        throw Failure({.code = EXIT_NO_SUCH_ADAPTER,
+                       .sReason = "there is no adapter " + sQuoted,
+                       .sHint = "\"zelkctl adapter list\" shows all that are enabled."});
     if (candidates.size() > 1)
-        throw NoSuchAdapter(sQuoted + " stands for several adapters, name one by its GUID or index:\n" +
-                            Enumerate(candidates));
+        throw Failure({.code = EXIT_NO_SUCH_ADAPTER,
+                       .sReason = sQuoted + " stands for several adapters:\n" + Enumerate(candidates),
+                       .sHint = "Say which by \"guid:{...}\", \"index:N\", \"mac:XX-...\" or \"name:...\"."});
     return candidates.front();
 }
 

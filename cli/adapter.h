@@ -23,14 +23,25 @@ struct Adapter
     }
 };
 
-/// What messages call it: its name, or the GUID of one without a name.
+/// What messages call it, in quotation marks: its name, or the GUID of one without a name.
 std::string Quoted(const Adapter& adapter);
 
-/// All adapters enabled for IPv4; that there is none is no failure. Throws OperationFailed.
+/// Empty when it has none or it cannot be found out.
+velmor::string HardwareAddressOf(const TOLVA::NIC_INFO& info);
+
+/// All adapters enabled for IPv4; that there is none is no failure. Throws Failure.
 std::vector<Adapter> ListAdapters();
 
-/// The one adapter that the UTF-8 text stands for: a GUID with or without braces, a name, or an index, tried in this
-/// order and without regard to case. Throws NoSuchAdapter when there is none or more than one.
-Adapter FindAdapter(const std::string& sWanted);
+/// Where an adapter is looked for.
+enum class Among
+{
+    ENABLED,  ///< those that ListAdapters gives
+    INSTALLED ///< also those that are disabled, of which only the registry tells
+};
+
+/// The one adapter that the UTF-8 text stands for: a name, a GUID with or without braces, an index with or without "#",
+/// or a hardware address, all without regard to case; "name:", "guid:", "index:" or "mac:" before it say which. Throws
+/// Failure when there is none or more than one.
+Adapter FindAdapter(const std::string& sWanted, Among among);
 
 } // namespace zelkctl

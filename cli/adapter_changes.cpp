@@ -6,6 +6,8 @@
 
 #include "adapter.h"
 #include "command.h"
+#include "installed_adapters.h"
+#include "json_value.h"
 #include "library_call.h"
 #include "text.h"
 
@@ -14,27 +16,36 @@ namespace zelkctl
 namespace
 {
 
-void Enable(const Adapter& adapter)
+Aspect DeviceState(const Adapter& adapter, bool bWanted)
 {
-    Change("EnableAdapter", {"Starting the device", "Adapter " + Quoted(adapter) + " is enabled."},
-           [&] { return TOLVA::EnableAdapter(adapter.info); });
+    return {.field = {"enabled", "Enabled"},
+            .read =
+                [adapter] {
+                    const auto bStarted = IsDeviceStarted(adapter);
+                    return bStarted ? Json(*bStarted) : Json();
+                },
+            .wanted = bWanted};
 }
 
-void Disable(const Adapter& adapter)
+Change Enable(const Adapter& adapter)
 {
-    Change("DisableAdapter", {"Stopping the device", "Adapter " + Quoted(adapter) + " is disabled."},
-           [&] { return TOLVA::DisableAdapter(adapter.info); });
+    return {.sOperation = "EnableAdapter",
+            .adapter = adapter,
+            .sDoing = "Starting the device",
+            .sDone = "Adapter " + Quoted(adapter) + " is enabled.",
+            .aspects = {DeviceState(adapter, true)},
+            .operation = [adapter] { return TOLVA::EnableAdapter(adapter.info); }};
 }
 
-/// The system may have no sheet to show; the library does not call that a failure.
-void ShowOptions(const Adapter& adapter)
+Change Disable(const Adapter& adapter)
 {
-    const TraceReader trace;
-    Call("ChangeAdapterOptions", [&] { return TOLVA::ChangeAdapterOptions(adapter.info); });
-    if (trace.Problems().empty())
-        Output::Note("Done with the options of adapter " + Quoted(adapter) + '.');
-    else
-        Output::Note("No options of adapter " + Quoted(adapter) + " were shown: " + Explanation(trace));
+    return {.sOperation = "DisableAdapter",
+            .adapter = adapter,
+            .sDoing = "Stopping the device",
+            .sDone = "Adapter " + Quoted(adapter) + " is disabled.",
+            .aspects = {DeviceState(adapter, false)},
+            .operation = [adapter] { return TOLVA::DisableAdapter(adapter.info); },
+            .reach = Reach::SESSION};
 }
 
 TOLVA::HARDWARE_ADDRESS ParseHardwareAddress(const std::string& sText)
@@ -46,34 +57,57 @@ TOLVA::HARDWARE_ADDRESS ParseHardwareAddress(const std::string& sText)
     return address;
 }
 
-void SetMac(const std::string& sAdapter, const std::string& sMac)
+Change SetMac(const Adapter& adapter, const TOLVA::HARDWARE_ADDRESS& address)
 {
-    const TOLVA::HARDWARE_ADDRESS address = ParseHardwareAddress(sMac);
-    const Adapter adapter = FindAdapter(sAdapter);
-    const std::string sDone =
-        "Adapter " + Quoted(adapter) + " has the hardware address " + ToUtf8(velmor::string(address)) + '.';
-    Change("SetHardwareAddress", {"Restarting the device", sDone},
-           [&] { return TOLVA::SetHardwareAddress(adapter.info, address); });
+    const std::string sAddress = ToUtf8(velmor::string(address));
+    return {.sOperation = "SetHardwareAddress",
+            .adapter = adapter,
+            .sDoing = "Restarting the device",
+            .sDone = "Adapter " + Quoted(adapter) + " has the hardware address " + sAddress + '.',
+            .aspects = {{.field = {"hardwareAddress", "Hardware address"},
+                         .read =
+                             [adapter] {
+                                 TOLVA::HARDWARE_ADDRESS now;
+                                 return TOLVA::GetHardwareAddress(adapter.info, now) ? TextOrNull(now) : Json();
+                             },
+                         .wanted = sAddress}},
+            .operation = [=] { return TOLVA::SetHardwareAddress(adapter.info, address); },
+            .reach = Reach::SESSION};
 }
 
-void AddSetMac(CLI::App& noun)
+/// The system may have no sheet to show; the library does not call that a failure.
+void ShowOptions(const Adapter& adapter)
 {
-    CLI::App& verb = AddVerb(noun, "set-mac", "Give an adapter another hardware address and restart it",
-                             "adapter set-mac lan0 02-00-00-00-00-01");
-    const CLI::Option& adapter = AddAdapterArgument(verb);
-    const CLI::Option& mac = AddArgument(verb, "MAC", "The hardware address", "XX-XX-XX-XX-XX-XX");
-    verb.callback([&] { SetMac(adapter.as<std::string>(), mac.as<std::string>()); });
+    const TraceReader trace;
+    Call("ChangeAdapterOptions", &adapter, [&] { return TOLVA::ChangeAdapterOptions(adapter.info); });
+    if (trace.Problems().empty())
+        Output::Note("Done with the options of adapter " + Quoted(adapter) + '.');
+    else
+        Output::Note("No options of adapter " + Quoted(adapter) + " were shown: " + Explanation(trace));
 }
 
 } // namespace
 
-void AddAdapterChanges(CLI::App& noun)
+void AddAdapterChanges(CLI::App& noun, Output& output)
 {
-    RunForAdapter(AddVerb(noun, "enable", "Start an adapter's device", "adapter enable lan0"), Enable);
-    RunForAdapter(AddVerb(noun, "disable", "Stop an adapter's device", "adapter disable lan0"), Disable);
-    AddSetMac(noun);
-    RunForAdapter(AddVerb(noun, "options", "Open the system's property sheet of an adapter", "adapter options lan0"),
-                  ShowOptions);
+    CLI::App& enable = AddVerb(noun, {"enable", "Start an adapter's device", "adapter enable lan0"});
+    RunChange(enable, output, [adapter = AddAdapterArgument(enable, Among::INSTALLED)] { return Enable(adapter()); });
+
+    CLI::App& disable = AddVerb(noun, {"disable", "Stop an adapter's device", "adapter disable lan0 --yes"});
+    RunChange(disable, output, [adapter = AddAdapterArgument(disable)] { return Disable(adapter()); });
+
+    CLI::App& setMac = AddVerb(noun, {"set-mac", "Give an adapter another hardware address and restart it",
+                                      "adapter set-mac lan0 02-00-00-00-00-01 --check"});
+    auto adapter = AddAdapterArgument(setMac);
+    const CLI::Option& mac = AddArgument(setMac, "ADDRESS", "The hardware address", "XX-XX-XX-XX-XX-XX");
+    RunChange(setMac, output, [adapter, &mac] {
+        const auto address = ParseHardwareAddress(mac.as<std::string>());
+        return SetMac(adapter(), address);
+    });
+
+    CLI::App& options =
+        AddVerb(noun, {"options", "Open the system's property sheet of an adapter", "adapter options lan0"});
+    options.callback([adapter = AddAdapterArgument(options)] { ShowOptions(adapter()); });
 }
 
 } // namespace zelkctl

@@ -8,31 +8,17 @@
 
 namespace zelkctl
 {
-namespace
-{
-
-void AddList(CLI::App& noun, Output& output)
-{
-    CLI::App& verb = AddVerb(noun, "list", "Show all adapters that are enabled for IPv4", "adapter list --json");
-    AddJsonFlag(verb, output);
-    verb.callback([&output] { ShowAdapterList(output); });
-}
-
-void AddShow(CLI::App& noun, Output& output)
-{
-    CLI::App& verb = AddVerb(noun, "show", "Show everything that is known of one adapter", "adapter show lan0");
-    AddJsonFlag(verb, output);
-    RunForAdapter(verb, [&output](const Adapter& adapter) { output.Record(DetailFields(), DetailsOf(adapter)); });
-}
-
-} // namespace
 
 void AddAdapterCommands(CLI::App& app, Output& output)
 {
-    CLI::App& noun = AddNoun(app, "adapter", "Network adapters", "adapter show {00000002-0000-0000-0000-4E6574446576}");
-    AddList(noun, output);
-    AddShow(noun, output);
-    AddAdapterChanges(noun);
+    CLI::App& noun =
+        AddNoun(app, {"adapter", "Network adapters", "adapter show {00000002-0000-0000-0000-4E6574446576}"});
+    CLI::App& list = AddVerb(noun, {"list", "Show all adapters that are enabled for IPv4", "adapter list --json"});
+    AddFormFlags(list, output, SummaryFields());
+    list.callback([&output] { ShowAdapterList(output); });
+    AddRecordVerb(noun, output, {"show", "Show everything that is known of one adapter", "adapter show lan0"},
+                  DetailFields(), DetailsOf);
+    AddAdapterChanges(noun, output);
 }
 
 void ShowAdapterList(const Output& output)

@@ -2,9 +2,8 @@
 
 #include <vector>
 
+#include "automatic_setting.h"
 #include "dhcp_record.h"
-#include "dns_record.h"
-#include "gateway_record.h"
 #include "json_value.h"
 #include "settings_record.h"
 #include "word.h"
@@ -52,16 +51,6 @@ Json IndexOf(const Adapter& adapter)
     return adapter.index ? Json(*adapter.index) : Json();
 }
 
-/// The record has it only when everything else about the device was found out too; the adapter itself can be asked
-/// always.
-Json HardwareAddressOf(const TOLVA::NIC_INFO& info)
-{
-    TOLVA::HARDWARE_ADDRESS address;
-    if (!info.sNicHwAddr.empty() || !TOLVA::GetHardwareAddress(info, address))
-        return TextOrNull(info.sNicHwAddr);
-    return TextOrNull(address);
-}
-
 Json StatusWord(TOLVA::TOLVA_OPER_STATUS enStatus)
 {
     return WordOf(STATUS_WORDS, enStatus);
@@ -92,7 +81,7 @@ Json SummaryOf(const Adapter& adapter)
     record["index"] = IndexOf(adapter);
     record["name"] = TextOrNull(adapter.Name());
     record["type"] = TextOrNull(adapter.info.sNicType);
-    record["hardwareAddress"] = HardwareAddressOf(adapter.info);
+    record["hardwareAddress"] = TextOrNull(HardwareAddressOf(adapter.info));
     record["status"] = AnswerOrNull(&TOLVA::GetAdapterOperStatus, adapter.info, StatusWord);
     record["guid"] = TextOrNull(adapter.info.sNicGuid);
     record["description"] = TextOrNull(adapter.info.sNicDesc);
@@ -112,9 +101,9 @@ Json DetailsOf(const Adapter& adapter)
     record["addresses"] = AnswerOrNull(&TOLVA::GetAdaptersIpAddrs, info, Networks);
     record.update(DhcpOf(info, TOLVA::FAMILY_BOTH));
     record["gateways"] = GatewaysOf(info);
-    record.update(GatewayStateOf(info));
-    record["dnsServers"] = AnswerOrNull(&TOLVA::GetDnsServerList, info, DnsServerTexts);
-    record.update(DnsStateOf(info));
+    record.update(RecordOf(AUTOMATIC_GATEWAY, info));
+    record["dnsServers"] = DnsServersOf(info);
+    record.update(RecordOf(AUTOMATIC_DNS, info));
     record.update(SettingsOf(info));
     return record;
 }
@@ -129,8 +118,8 @@ std::vector<Field> DetailFields()
     std::vector<Field> fields;
     for (const std::span<const Field> part :
          {std::span<const Field>(IDENTITY_FIELDS), DhcpFields(TOLVA::FAMILY_BOTH),
-          std::span<const Field>(GATEWAYS_FIELD), GatewayStateFields(), std::span<const Field>(DNS_SERVERS_FIELD),
-          DnsStateFields(), SettingsFields()})
+          std::span<const Field>(GATEWAYS_FIELD), std::span<const Field>(AUTOMATIC_GATEWAY.fields),
+          std::span<const Field>(DNS_SERVERS_FIELD), std::span<const Field>(AUTOMATIC_DNS.fields), SettingsFields()})
         fields.insert(fields.end(), part.begin(), part.end());
     return fields;
 }

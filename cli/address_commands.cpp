@@ -18,18 +18,11 @@ namespace zelkctl
 namespace
 {
 
-void ListAddresses(const Output& output, const Adapter& adapter)
+Json ListAddresses(const Adapter& adapter)
 {
     std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
-    Call("GetAdaptersIpAddrs", [&] { return TOLVA::GetAdaptersIpAddrs(adapter.info, addresses); });
-    output.List(AddressFields(), RecordsOf(addresses, RecordOf), "The adapter has no addresses.");
-}
-
-void AddList(CLI::App& noun, Output& output)
-{
-    CLI::App& verb = AddVerb(noun, "list", "Show the unicast addresses of one adapter", "address list lan0");
-    AddJsonFlag(verb, output);
-    RunForAdapter(verb, [&output](const Adapter& adapter) { ListAddresses(output, adapter); });
+    Call("GetAdaptersIpAddrs", &adapter, [&] { return TOLVA::GetAdaptersIpAddrs(adapter.info, addresses); });
+    return RecordsOf(addresses, RecordOf);
 }
 
 TOLVA::ASSOC_IP_ADDR ToAssocIpAddr(const Network& network)
@@ -40,45 +33,60 @@ TOLVA::ASSOC_IP_ADDR ToAssocIpAddr(const Network& network)
     return address;
 }
 
+bool IsIpv4(const TOLVA::ASSOC_IP_ADDR& address)
+{
+    return address.IpAddress.is_ipv4();
+}
+
 std::vector<TOLVA::ASSOC_IP_ADDR> ParseNewAddresses(const std::vector<std::string>& texts)
 {
     std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
     for (const Network& network : ParseNetworks("ADDRESS", texts))
         addresses.push_back(ToAssocIpAddr(network));
-    const auto IsIpv4 = [](const TOLVA::ASSOC_IP_ADDR& address) { return address.IpAddress.is_ipv4(); };
-    if (std::count_if(addresses.begin(), addresses.end(), IsIpv4) > 1)
+    if (std::ranges::count_if(addresses, IsIpv4) > 1)
         throw CLI::ValidationError("ADDRESS", "only one IPv4 address can be set: from Windows Vista on each replaces "
                                               "the one before it, so that only the last would stay");
     return addresses;
 }
 
-void SetAddresses(const std::string& sAdapter, const std::vector<std::string>& texts)
+Change SetAddresses(const Adapter& adapter, const std::vector<TOLVA::ASSOC_IP_ADDR>& addresses)
 {
-    const auto addresses = ParseNewAddresses(texts);
-    const Adapter adapter = FindAdapter(sAdapter);
-    Change("SetAdaptersIpAddrs", {"Setting the addresses", "Adapter " + Quoted(adapter) + " was given its addresses."},
-           [&] { return TOLVA::SetAdaptersIpAddrs(adapter.info, addresses); });
+    Change change{.sOperation = "SetAdaptersIpAddrs",
+                  .adapter = adapter,
+                  .sDoing = "Setting the addresses",
+                  .sDone = "Adapter " + Quoted(adapter) + " has its new addresses.",
+                  .operation = [=] { return TOLVA::SetAdaptersIpAddrs(adapter.info, addresses); },
+                  .reach = Reach::SESSION};
+    if (std::ranges::any_of(addresses, IsIpv4))
+        change.aspects.push_back(Ipv4Addresses(adapter.info, addresses));
+    if (!std::ranges::all_of(addresses, IsIpv4))
+        change.aspects.push_back(StaticIpv6Addresses(adapter.info, addresses));
+    return change;
 }
 
-void AddSet(CLI::App& noun)
+void AddSet(CLI::App& noun, Output& output)
 {
-    CLI::App& verb = AddVerb(noun, "set", "Give one adapter static addresses in place of those it has",
-                             "address set lan0 192.168.1.10/24 2001:db8::10/64");
-    const CLI::Option& adapter = AddAdapterArgument(verb);
+    CLI::App& verb = AddVerb(noun, {"set", "Give one adapter static addresses in place of those it has",
+                                    "address set lan0 192.168.1.10/24 2001:db8::10/64 --yes"});
+    auto adapter = AddAdapterArgument(verb);
     const CLI::Option& addresses =
         AddArguments(verb, "ADDRESS", "The addresses, at most one of them IPv4", "ADDRESS/PREFIX");
     AddRemark(verb, "Addresses of a family that is not named stay. The prefix length of an IPv6 address is not passed "
                     "on: the system chooses it.");
-    verb.callback([&] { SetAddresses(adapter.as<std::string>(), addresses.as<std::vector<std::string>>()); });
+    RunChange(verb, output, [adapter, &addresses] {
+        const auto wanted = ParseNewAddresses(addresses.as<std::vector<std::string>>());
+        return SetAddresses(adapter(), wanted);
+    });
 }
 
 } // namespace
 
 void AddAddressCommands(CLI::App& app, Output& output)
 {
-    CLI::App& noun = AddNoun(app, "address", "IP addresses of an adapter", "address list lan0 --json");
-    AddList(noun, output);
-    AddSet(noun);
+    CLI::App& noun = AddNoun(app, {"address", "IP addresses of an adapter", "address list lan0 --json"});
+    AddListVerb(noun, output, {"list", "Show the unicast addresses of one adapter", "address list lan0 --get address"},
+                AddressFields(), "The adapter has no addresses.", ListAddresses);
+    AddSet(noun, output);
 }
 
 } // namespace zelkctl

@@ -1,9 +1,29 @@
 #include "command.h"
 
 #include <utility>
+#include <vector>
 
 namespace zelkctl
 {
+namespace
+{
+
+CLI::Option& AddFlag(CLI::App& verb, const std::string& sName, const std::string& sDescription)
+{
+    return *verb.add_flag(sName)->description(sDescription)->disable_flag_override();
+}
+
+/// "adapter list", without the tool's own name.
+std::string CommandWords(const CLI::App& app)
+{
+    const CLI::App* pParent = app.get_parent();
+    if (pParent == nullptr)
+        return "";
+    const std::string sBefore = CommandWords(*pParent);
+    return sBefore + (sBefore.empty() ? "" : " ") + app.get_name();
+}
+
+} // namespace
 
 void SetExample(CLI::App& app, const std::string& sExample)
 {
@@ -15,25 +35,41 @@ void AddRemark(CLI::App& app, const std::string& sRemark)
     app.footer(app.get_footer() + "\n\n" + sRemark);
 }
 
-CLI::App& AddNoun(CLI::App& app, const std::string& sName, const std::string& sDescription, const std::string& sExample)
+CLI::App& AddNoun(CLI::App& app, const VerbTexts& texts)
 {
-    CLI::App& noun = AddVerb(app, sName, sDescription, sExample);
+    CLI::App& noun = AddVerb(app, texts);
     noun.require_subcommand(1);
     return noun;
 }
 
-CLI::App& AddVerb(CLI::App& noun, const std::string& sName, const std::string& sDescription,
-                  const std::string& sExample)
+CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts)
 {
-    CLI::App& verb = *noun.add_subcommand(sName, sDescription);
-    SetExample(verb, sExample);
+    CLI::App& verb = *noun.add_subcommand(texts.sName, texts.sDescription);
+    SetExample(verb, texts.sExample);
     return verb;
 }
 
-void AddJsonFlag(CLI::App& verb, Output& output)
+void AddJsonFlag(CLI::App& command, Output& output)
 {
-    verb.add_flag_callback(
+    command.preparse_callback([&](std::size_t) { output.SetCommand(CommandWords(command)); });
+    command.add_flag_callback(
         "--json", [&output] { output.SetJson(true); }, "Write JSON instead of text");
+}
+
+void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields)
+{
+    AddJsonFlag(command, output);
+    std::vector<std::string> keys;
+    for (const Field& field : fields)
+        keys.emplace_back(field.pszKey);
+    command
+        .add_option_function<std::string>(
+            "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
+            "Write this field's bare values alone")
+        ->option_text("FIELD")
+        ->check(CLI::IsMember(keys))
+        ->excludes("--json");
+    AddRemark(command, "Fields:\n  " + CLI::detail::join(keys, ", "));
 }
 
 CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
@@ -50,30 +86,61 @@ CLI::Option& AddArguments(CLI::App& verb, const std::string& sName, const std::s
                 ->allow_extra_args();
 }
 
-CLI::Option& AddAdapterArgument(CLI::App& verb)
+std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among)
 {
-    return AddArgument(verb, "ADAPTER", "Its name, GUID or index", "NAME|{GUID}|INDEX");
+    const CLI::Option& wanted =
+        AddArgument(verb, "ADAPTER",
+                    "Its name, GUID, index or hardware address; \"name:lan0\", \"guid:\", \"index:\" "
+                    "and \"mac:\" say which",
+                    "NAME|{GUID}|#INDEX|MAC");
+    return [&wanted, among] { return FindAdapter(wanted.as<std::string>(), among); };
 }
 
-void RunForAdapter(CLI::App& verb, std::function<void(const Adapter&)> action)
+std::function<TOLVA::FAMILY_TYPE()> AddFamilyFlags(CLI::App& verb)
 {
-    const CLI::Option& wanted = AddAdapterArgument(verb);
-    verb.callback([&wanted, action = std::move(action)] { action(FindAdapter(wanted.as<std::string>())); });
-}
-
-void RunForFamilies(CLI::App& verb, std::function<void(const Adapter&, TOLVA::FAMILY_TYPE)> action)
-{
-    const CLI::Option& wanted = AddAdapterArgument(verb);
-    CLI::Option& ipv4 =
-        *verb.add_flag("--ipv4")->description("IPv4 alone instead of both families")->disable_flag_override();
-    CLI::Option& ipv6 =
-        *verb.add_flag("--ipv6")->description("IPv6 alone instead of both families")->disable_flag_override();
+    CLI::Option& ipv4 = AddFlag(verb, "--ipv4", "IPv4 alone instead of both families");
+    CLI::Option& ipv6 = AddFlag(verb, "--ipv6", "IPv6 alone instead of both families");
     ipv4.excludes(&ipv6);
-    verb.callback([&, action = std::move(action)] {
-        const auto enFamily = ipv4.count() > 0   ? TOLVA::FAMILY_IPV4
-                              : ipv6.count() > 0 ? TOLVA::FAMILY_IPV6
-                                                 : TOLVA::FAMILY_BOTH;
-        action(FindAdapter(wanted.as<std::string>()), enFamily);
+    return [&] {
+        return ipv4.count() > 0 ? TOLVA::FAMILY_IPV4 : ipv6.count() > 0 ? TOLVA::FAMILY_IPV6 : TOLVA::FAMILY_BOTH;
+    };
+}
+
+CLI::App& AddRecordVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::vector<Field> fields,
+                        std::function<Json(const Adapter&)> read)
+{
+    CLI::App& verb = AddVerb(noun, texts);
+    AddFormFlags(verb, output, fields);
+    verb.callback([&output, adapter = AddAdapterArgument(verb), fields = std::move(fields), read = std::move(read)] {
+        output.Record(fields, read(adapter()));
+    });
+    return verb;
+}
+
+CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::span<const Field> fields,
+                      std::string sNone, std::function<Json(const Adapter&)> read)
+{
+    CLI::App& verb = AddVerb(noun, texts);
+    AddFormFlags(verb, output, fields);
+    verb.callback([&output, adapter = AddAdapterArgument(verb), fields, sNone = std::move(sNone),
+                   read = std::move(read)] { output.List(fields, read(adapter()), sNone); });
+    return verb;
+}
+
+void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan)
+{
+    const CLI::Option& check = AddFlag(verb, "--check", "Show before and after, and change nothing");
+    const CLI::Option& noVerify = AddFlag(verb, "--no-verify", "Do not read back whether the machine shows it");
+    const CLI::Option& yes = AddFlag(verb, "--yes", "Do not ask, even if the change can cut off a session");
+    AddJsonFlag(verb, output);
+    CLI::Option& readBack = *AddFlag(verb, "--read-back", "").group("");
+    readBack.each([&output](const std::string&) { output.SetJson(true); });
+    verb.callback([&, plan = std::move(plan)] {
+        const ChangeOptions options{.bCheck = check.count() > 0,
+                                    .bVerify = noVerify.count() == 0,
+                                    .bConsent = yes.count() > 0,
+                                    .bReadBack = readBack.count() > 0};
+        Perform(plan(), options, output);
     });
 }
 
@@ -82,6 +149,16 @@ const char* FamilyText(TOLVA::FAMILY_TYPE enFamily)
     if (enFamily == TOLVA::FAMILY_BOTH)
         return "IPv4 and IPv6";
     return enFamily == TOLVA::FAMILY_IPV4 ? "IPv4" : "IPv6";
+}
+
+bool HasIpv4(TOLVA::FAMILY_TYPE enFamily)
+{
+    return enFamily != TOLVA::FAMILY_IPV6;
+}
+
+bool HasIpv6(TOLVA::FAMILY_TYPE enFamily)
+{
+    return enFamily != TOLVA::FAMILY_IPV4;
 }
 
 } // namespace zelkctl

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "adapter.h"
+#include "change.h"
 #include "output.h"
 
 namespace zelkctl
@@ -18,13 +21,22 @@ void SetExample(CLI::App& app, const std::string& sExample);
 /// One more paragraph at the end of the help.
 void AddRemark(CLI::App& app, const std::string& sRemark);
 
-/// A noun does nothing by itself: it needs one of its verbs.
-CLI::App& AddNoun(CLI::App& app, const std::string& sName, const std::string& sDescription,
-                  const std::string& sExample);
-CLI::App& AddVerb(CLI::App& noun, const std::string& sName, const std::string& sDescription,
-                  const std::string& sExample);
+/// What a verb is called, and what its help says.
+struct VerbTexts
+{
+    std::string sName;
+    std::string sDescription;
+    std::string sExample;
+};
 
-void AddJsonFlag(CLI::App& verb, Output& output);
+/// A noun does nothing by itself: it needs one of its verbs.
+CLI::App& AddNoun(CLI::App& app, const VerbTexts& texts);
+CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts);
+
+/// Gives a command that shows something the choice of form: text, --json, or --get with one of the fields' keys.
+void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields);
+/// Likewise without fields to choose from.
+void AddJsonFlag(CLI::App& command, Output& output);
 
 /// Arguments are told apart by their place. `sForm` is what the help shows of the argument's text.
 CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
@@ -32,16 +44,26 @@ CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::st
 /// The last argument of its verb, which can be given several times.
 CLI::Option& AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription,
                           const std::string& sForm);
-/// The adapter that the verb is about, in the user's words.
-CLI::Option& AddAdapterArgument(CLI::App& verb);
 
-/// Makes an adapter the verb's argument, and `action` what the verb does with it.
-void RunForAdapter(CLI::App& verb, std::function<void(const Adapter&)> action);
+/// Makes an adapter, in the user's words, the verb's argument. The answer is for when the command line was read.
+std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among = Among::ENABLED);
+/// Makes the choice of one address family the verb's, both by default.
+std::function<TOLVA::FAMILY_TYPE()> AddFamilyFlags(CLI::App& verb);
 
-/// Likewise with the choice of one address family, both by default.
-void RunForFamilies(CLI::App& verb, std::function<void(const Adapter&, TOLVA::FAMILY_TYPE)> action);
+/// A verb that shows one record of an adapter.
+CLI::App& AddRecordVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::vector<Field> fields,
+                        std::function<Json(const Adapter&)> read);
+/// A verb that shows a list of records of an adapter; without one it says `sNone`.
+CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::span<const Field> fields,
+                      std::string sNone, std::function<Json(const Adapter&)> read);
+
+/// Makes the verb one that changes something: `plan` is asked for the change when the command line was read. Adds
+/// --check, --no-verify, --yes and --json.
+void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan);
 
 /// "IPv4", "IPv6", or "IPv4 and IPv6".
 const char* FamilyText(TOLVA::FAMILY_TYPE enFamily);
+bool HasIpv4(TOLVA::FAMILY_TYPE enFamily);
+bool HasIpv6(TOLVA::FAMILY_TYPE enFamily);
 
 } // namespace zelkctl

@@ -1,5 +1,6 @@
 #include "console.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <io.h>
 #include <iostream>
@@ -10,12 +11,56 @@
 
 namespace zelkctl
 {
+namespace
+{
+
+HANDLE HandleOf(std::FILE* pStream)
+{
+    return ::GetStdHandle(pStream == stdin    ? STD_INPUT_HANDLE
+                          : pStream == stderr ? STD_ERROR_HANDLE
+                                              : STD_OUTPUT_HANDLE);
+}
+
+/// Old consoles print escape sequences instead of heeding them; they refuse the mode.
+bool TakesColour(std::FILE* pStream)
+{
+    const char* pszNoColour = std::getenv("NO_COLOR");
+    if (pszNoColour != nullptr && *pszNoColour != '\0')
+        return false;
+    DWORD dwMode = 0;
+    const HANDLE hStream = HandleOf(pStream);
+    return ::GetConsoleMode(hStream, &dwMode) &&
+           ::SetConsoleMode(hStream, dwMode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+const char* SequenceOf(Colour colour)
+{
+    switch (colour)
+    {
+    case Colour::GOOD: return "\x1B[32m";
+    case Colour::WATCH: return "\x1B[33m";
+    case Colour::BAD: return "\x1B[31m";
+    case Colour::QUIET: return "\x1B[90m";
+    case Colour::PLAIN: break;
+    }
+    return "";
+}
+
+} // namespace
 
 bool IsTerminal(std::FILE* pStream)
 {
     DWORD dwMode = 0;
-    const DWORD dwStream = pStream == stderr ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE;
-    return ::GetConsoleMode(::GetStdHandle(dwStream), &dwMode) != FALSE;
+    return ::GetConsoleMode(HandleOf(pStream), &dwMode) != FALSE;
+}
+
+std::string Painted(std::string_view text, Colour colour, std::FILE* pStream)
+{
+    static const bool bOutput = TakesColour(stdout);
+    static const bool bError = TakesColour(stderr);
+    if (colour == Colour::PLAIN || !(pStream == stderr ? bError : bOutput))
+        return std::string(text);
+    return SequenceOf(colour) + std::string(text) + "\x1B[0m";
 }
 
 Utf8Streams::Utf8Streams() : m_uiCodePage(0)

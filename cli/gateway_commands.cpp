@@ -6,8 +6,8 @@
 #include <zelk_nm/tolva.h>
 
 #include "adapter.h"
+#include "automatic_setting.h"
 #include "command.h"
-#include "gateway_record.h"
 #include "ip_argument.h"
 #include "json_value.h"
 #include "library_call.h"
@@ -17,56 +17,74 @@ namespace zelkctl
 namespace
 {
 
-void AddList(CLI::App& noun, Output& output)
+Json ListGateways(const Adapter& adapter)
+{
+    std::vector<velmor::ip_address> gateways;
+    Call("GetDefaultGatewayList", &adapter,
+         [&] { return TOLVA::GetDefaultGatewayList(adapter.info, TOLVA::FAMILY_BOTH, gateways); });
+    return PlainAddresses(gateways);
+}
+
+/// Those of the other family stay, in whatever order.
+Aspect GatewayInEffect(const TOLVA::NIC_INFO& info, const velmor::ip_address& gateway)
+{
+    const bool bIpv4 = gateway.is_ipv4();
+    return {.field = bIpv4 ? Field{"ipv4Gateways", "IPv4 gateways"} : Field{"ipv6Gateways", "IPv6 gateways"},
+            .read =
+                [=] {
+                    Json gateways = GatewaysOf(info);
+                    std::erase_if(gateways.get_ref<Json::array_t&>(), [=](const Json& text) {
+                        return bIpv4 != (text.get_ref<const std::string&>().find(':') == std::string::npos);
+                    });
+                    return gateways;
+                },
+            .wanted = Json::array({AddressOrNull(gateway)})};
+}
+
+Change SetGateway(const Adapter& adapter, const velmor::ip_address& gateway)
+{
+    return {.sOperation = "SetDefaultGateway",
+            .adapter = adapter,
+            .sDoing = "Setting the gateway",
+            .sDone = "Adapter " + Quoted(adapter) + " has the default gateway " + TextOf(AddressOrNull(gateway)) + '.',
+            .aspects = {GatewayInEffect(adapter.info, gateway)},
+            .operation = [=] { return TOLVA::SetDefaultGateway(adapter.info, gateway); },
+            .reach = Reach::SESSION};
+}
+
+void AddSet(CLI::App& noun, Output& output)
 {
     CLI::App& verb =
-        AddVerb(noun, "list", "Show the gateways of the default routes of one adapter", "gateway list lan0");
-    AddJsonFlag(verb, output);
-    RunForAdapter(verb, [&output](const Adapter& adapter) {
-        std::vector<velmor::ip_address> gateways;
-        Call("GetDefaultGatewayList",
-             [&] { return TOLVA::GetDefaultGatewayList(adapter.info, TOLVA::FAMILY_BOTH, gateways); });
-        output.List(PLAIN_ADDRESS_FIELDS, PlainAddresses(gateways), "The adapter has no default gateway.");
+        AddVerb(noun, {"set", "Give one adapter a static default gateway", "gateway set lan0 192.168.1.1 --yes"});
+    AddRemark(verb, "It takes the place of all default routes of its family.");
+    auto adapter = AddAdapterArgument(verb);
+    const CLI::Option& gateway = AddArgument(verb, "GATEWAY", "The gateway", "ADDRESS");
+    RunChange(verb, output, [adapter, &gateway] {
+        const auto wanted = ParseAddress("GATEWAY", gateway.as<std::string>());
+        return SetGateway(adapter(), wanted);
     });
 }
 
-void SetGateway(const std::string& sAdapter, const std::string& sGateway)
+Change ReturnToAutomatic(const Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
 {
-    const velmor::ip_address gateway = ParseAddress("GATEWAY", sGateway);
-    const Adapter adapter = FindAdapter(sAdapter);
-    Change("SetDefaultGateway",
-           {"Setting the gateway", "Adapter " + Quoted(adapter) + " has the default gateway " + sGateway + '.'},
-           [&] { return TOLVA::SetDefaultGateway(adapter.info, gateway); });
+    // The library empties the list of IPv4 for IPv6 alone too.
+    const auto enEmptied = enFamily == TOLVA::FAMILY_IPV4 ? enFamily : TOLVA::FAMILY_BOTH;
+    return {.sOperation = "ReturnGatewayToDhcp",
+            .adapter = adapter,
+            .sDoing = "Forgetting the gateways",
+            .sDone = "Adapter " + Quoted(adapter) + " keeps no static gateway (" + FamilyText(enEmptied) +
+                     "). Its routes stay.",
+            .aspects = Become(true, AUTOMATIC_GATEWAY, adapter.info, enEmptied),
+            .operation = [=] { return TOLVA::ReturnGatewayToDhcp(adapter.info, enFamily); }};
 }
 
-void AddSet(CLI::App& noun)
-{
-    CLI::App& verb = AddVerb(noun, "set", "Give one adapter a static default gateway", "gateway set lan0 192.168.1.1");
-    AddRemark(verb, "It takes the place of all default routes of its family.");
-    const CLI::Option& adapter = AddAdapterArgument(verb);
-    const CLI::Option& gateway = AddArgument(verb, "GATEWAY", "The gateway", "ADDRESS");
-    verb.callback([&] { SetGateway(adapter.as<std::string>(), gateway.as<std::string>()); });
-}
-
-void AddStatus(CLI::App& noun, Output& output)
+void AddReturn(CLI::App& noun, Output& output)
 {
     CLI::App& verb =
-        AddVerb(noun, "status", "Show for which families one adapter keeps no static gateway", "gateway status lan0");
-    AddRemark(verb, "An IPv6 gateway that \"gateway set\" has set counts as automatic.");
-    AddJsonFlag(verb, output);
-    RunForAdapter(
-        verb, [&output](const Adapter& adapter) { output.Record(GatewayStateFields(), GatewayStateOf(adapter.info)); });
-}
-
-void AddReturn(CLI::App& noun)
-{
-    CLI::App& verb = AddVerb(noun, "return", "Forget the static gateways of one adapter", "gateway return lan0 --ipv4");
+        AddVerb(noun, {"return", "Forget the static gateways of one adapter", "gateway return lan0 --ipv4"});
     AddRemark(verb, "It empties the lists of static gateways; routes stay. IPv6 alone also empties the list of IPv4.");
-    RunForFamilies(verb, [](const Adapter& adapter, TOLVA::FAMILY_TYPE enFamily) {
-        Call("ReturnGatewayToDhcp", [&] { return TOLVA::ReturnGatewayToDhcp(adapter.info, enFamily); });
-        Output::Note("Adapter " + Quoted(adapter) + " keeps no static gateway (" +
-                     FamilyText(enFamily == TOLVA::FAMILY_IPV4 ? enFamily : TOLVA::FAMILY_BOTH) +
-                     "). Its routes stay.");
+    RunChange(verb, output, [adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
+        return ReturnToAutomatic(adapter(), family());
     });
 }
 
@@ -74,11 +92,15 @@ void AddReturn(CLI::App& noun)
 
 void AddGatewayCommands(CLI::App& app, Output& output)
 {
-    CLI::App& noun = AddNoun(app, "gateway", "Default gateways of an adapter", "gateway list lan0 --json");
-    AddList(noun, output);
-    AddSet(noun);
-    AddStatus(noun, output);
-    AddReturn(noun);
+    CLI::App& noun = AddNoun(app, {"gateway", "Default gateways of an adapter", "gateway list lan0 --json"});
+    AddListVerb(noun, output, {"list", "Show the gateways of the default routes of one adapter", "gateway list lan0"},
+                PLAIN_ADDRESS_FIELDS, "The adapter has no default gateway.", ListGateways);
+    AddSet(noun, output);
+    CLI::App& status = AddRecordVerb(
+        noun, output, {"status", "Show for which families one adapter keeps no static gateway", "gateway status lan0"},
+        FieldsOf(AUTOMATIC_GATEWAY), [](const Adapter& adapter) { return RecordOf(AUTOMATIC_GATEWAY, adapter.info); });
+    AddRemark(status, "An IPv6 gateway that \"gateway set\" has set counts as automatic.");
+    AddReturn(noun, output);
 }
 
 } // namespace zelkctl

@@ -8,7 +8,6 @@
 
 #include "command.h"
 #include "json_value.h"
-#include "library_call.h"
 #include "text.h"
 
 namespace zelkctl
@@ -16,12 +15,10 @@ namespace zelkctl
 namespace
 {
 
-constexpr Field FIELDS[] = {{"computerName", "Computer name"},
-                            {"fullComputerName", "Full computer name"},
-                            {"primaryDnsSuffix", "Primary DNS suffix"},
-                            {"workgroup", "Workgroup"}};
-
-constexpr const char* AT_NEXT_START = "It takes effect at the system's next start.";
+constexpr Field COMPUTER_NAME = {"computerName", "Computer name"};
+constexpr Field DNS_SUFFIX = {"primaryDnsSuffix", "Primary DNS suffix"};
+constexpr Field WORKGROUP = {"workgroup", "Workgroup"};
+constexpr Field FIELDS[] = {COMPUTER_NAME, {"fullComputerName", "Full computer name"}, DNS_SUFFIX, WORKGROUP};
 
 Json NameOrNull(bool (*pQuery)(velmor::string&))
 {
@@ -47,71 +44,85 @@ bool IsHostName(const std::string& sName)
     return !sName.empty() && sName.size() <= LONGEST_LABEL && std::all_of(sName.begin(), sName.end(), IsAllowed);
 }
 
-void SetName(const std::string& sName)
+/// One of the machine's names, as what a change alters. Unlike in a record, none is an empty text.
+Aspect NameBecomes(const Field& field, bool (*pQuery)(velmor::string&), const std::string& sWanted)
+{
+    return {.field = field,
+            .read =
+                [pQuery] {
+                    velmor::string sName;
+                    return pQuery(sName) ? Json(ToUtf8(sName)) : Json();
+                },
+            .wanted = sWanted};
+}
+
+Change SetName(const std::string& sName)
 {
     if (!IsHostName(sName))
         throw CLI::ValidationError("NAME", Quoted(sName) + " is no computer name: 1 to 63 letters, digits and \"-\"");
-    Call("SetComputerNameW", [&] { return TOLVA::SetComputerNameW(FromUtf8(sName)); });
-    Output::Note("The computer name will be " + Quoted(sName) + ". " + AT_NEXT_START);
+    return {.sOperation = "SetComputerNameW",
+            .sDoing = "Setting the computer name",
+            .sDone = "The computer name will be " + Quoted(sName) + '.',
+            .aspects = {NameBecomes(COMPUTER_NAME, &TOLVA::GetComputerNameW, sName)},
+            .operation = [sName] { return TOLVA::SetComputerNameW(FromUtf8(sName)); },
+            .reach = Reach::NEXT_START};
 }
 
-void SetWorkgroup(const std::string& sName)
+Change SetWorkgroup(const std::string& sName)
 {
     if (sName.empty())
         throw CLI::ValidationError("NAME", "a workgroup needs a name");
-    Change("SetWorkgroupName", {"Setting the workgroup", "The workgroup is " + Quoted(sName) + '.'},
-           [&] { return TOLVA::SetWorkgroupName(FromUtf8(sName)); });
+    return {.sOperation = "SetWorkgroupName",
+            .sDoing = "Setting the workgroup",
+            .sDone = "The workgroup is " + Quoted(sName) + '.',
+            .aspects = {NameBecomes(WORKGROUP, &TOLVA::GetWorkgroupName, sName)},
+            .operation = [sName] { return TOLVA::SetWorkgroupName(FromUtf8(sName)); }};
 }
 
-void SetSuffix(const std::string& sSuffix)
+Change SetSuffix(const std::string& sSuffix)
 {
-    Call("SetPrimaryDnsSuffix", [&] { return TOLVA::SetPrimaryDnsSuffix(FromUtf8(sSuffix)); });
-    const std::string sChange = sSuffix.empty() ? "be cleared" : "be " + Quoted(sSuffix);
-    Output::Note("The primary DNS suffix will " + sChange + ". " + AT_NEXT_START);
+    return {.sOperation = "SetPrimaryDnsSuffix",
+            .sDoing = "Setting the primary DNS suffix",
+            .sDone = "The primary DNS suffix will be " + (sSuffix.empty() ? "cleared" : Quoted(sSuffix)) + '.',
+            .aspects = {NameBecomes(DNS_SUFFIX, &TOLVA::GetPrimaryDnsSuffix, sSuffix)},
+            .operation = [sSuffix] { return TOLVA::SetPrimaryDnsSuffix(FromUtf8(sSuffix)); },
+            .reach = Reach::NEXT_START};
 }
 
 void AddShow(CLI::App& noun, Output& output)
 {
-    CLI::App& verb = AddVerb(noun, "show", "Show the machine's names", "identity show --json");
-    AddJsonFlag(verb, output);
+    CLI::App& verb = AddVerb(noun, {"show", "Show the machine's names", "identity show --json"});
+    AddFormFlags(verb, output, FIELDS);
     verb.callback([&output] { output.Record(FIELDS, ReadIdentity()); });
 }
 
-void AddSetName(CLI::App& noun)
+/// A verb whose argument is the new name.
+CLI::Option& AddSetVerb(CLI::App& noun, Output& output, const VerbTexts& texts, const char* pszDescription,
+                        Change (*pPlan)(const std::string&))
 {
-    CLI::App& verb = AddVerb(noun, "set-name", "Give the machine another name", "identity set-name station7");
-    AddRemark(verb, AT_NEXT_START);
-    const CLI::Option& name = AddArgument(verb, "NAME", "The name, without a domain", "NAME");
-    verb.callback([&name] { SetName(name.as<std::string>()); });
-}
-
-void AddSetWorkgroup(CLI::App& noun)
-{
-    CLI::App& verb =
-        AddVerb(noun, "set-workgroup", "Put the machine into another workgroup", "identity set-workgroup WORKSHOP");
-    const CLI::Option& name = AddArgument(verb, "NAME", "The workgroup's name", "NAME");
-    verb.callback([&name] { SetWorkgroup(name.as<std::string>()); });
-}
-
-void AddSetSuffix(CLI::App& noun)
-{
-    CLI::App& verb = AddVerb(noun, "set-suffix", "Give the machine another primary DNS suffix, or none",
-                             "identity set-suffix example.org");
-    AddRemark(verb, AT_NEXT_START);
-    const CLI::Option& suffix =
-        *AddArgument(verb, "SUFFIX", "The suffix; without one it is cleared", "DOMAIN").required(false);
-    verb.callback([&suffix] { SetSuffix(suffix.count() > 0 ? suffix.as<std::string>() : std::string()); });
+    CLI::App& verb = AddVerb(noun, texts);
+    CLI::Option& name = AddArgument(verb, "NAME", pszDescription, "NAME");
+    RunChange(verb, output, [&name, pPlan] { return pPlan(name.count() > 0 ? name.as<std::string>() : ""); });
+    return name;
 }
 
 } // namespace
 
 void AddIdentityCommands(CLI::App& app, Output& output)
 {
-    CLI::App& noun = AddNoun(app, "identity", "Names of this machine", "identity show");
+    CLI::App& noun = AddNoun(app, {"identity", "Names of this machine", "identity show"});
     AddShow(noun, output);
-    AddSetName(noun);
-    AddSetWorkgroup(noun);
-    AddSetSuffix(noun);
+    AddSetVerb(noun, output,
+               {"set-name", "Give the machine another name, from its next start on", "identity set-name station7"},
+               "The name, without a domain", SetName);
+    AddSetVerb(noun, output,
+               {"set-workgroup", "Put the machine into another workgroup", "identity set-workgroup WORKSHOP"},
+               "The workgroup's name", SetWorkgroup);
+    AddSetVerb(noun, output,
+               {"set-suffix", "Give the machine another primary DNS suffix, or none, from its next start on",
+                "identity set-suffix example.org"},
+               "The suffix, a DNS domain; without one it is cleared", SetSuffix)
+        .required(false);
 }
 
 } // namespace zelkctl

@@ -1,16 +1,32 @@
 #include "library_call.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
-#include "output.h"
+#include "elevation.h"
 #include "text.h"
-#include "waiting.h"
 
 namespace zelkctl
 {
 namespace
 {
+
+/// What is most often behind a failure, and what can be done about it; empty when nothing is known.
+std::string HintFor(const Adapter* pAdapter, const TraceReader& trace)
+{
+    if (!trace.HasDirectory())
+        return "Make the directory " + ToUtf8(std::wstring_view(trace.Directory())) +
+               ", and the library writes there why an operation fails.";
+    unsigned long ulIndex = 0;
+    if (pAdapter != nullptr && !TOLVA::GetAdapterIndex(pAdapter->info, ulIndex))
+        return "The adapter is no longer there, or is disabled; \"zelkctl adapter list\" shows those that are there.";
+    TOLVA::FAMILY_TYPE enFamily = TOLVA::FAMILY_BOTH;
+    if (pAdapter != nullptr && TOLVA::AddressFamilySupported(pAdapter->info, enFamily) &&
+        enFamily != TOLVA::FAMILY_BOTH)
+        return std::string(enFamily == TOLVA::FAMILY_IPV4 ? "IPv6" : "IPv4") + " is off for this adapter.";
+    return IsElevated() ? "" : "Without elevation much is refused; run it from an elevated prompt.";
+}
 
 /// What an operation survived is followed by a line of its own: the cause of its end stands after the last such line.
 /// A bare "Failed" at the end only sums up.
@@ -41,21 +57,14 @@ std::string Explanation(const TraceReader& trace)
     return "no reason was traced in the directory " + sDirectory;
 }
 
-OperationFailed Failure(std::string_view operation, const TraceReader& trace)
+Failure OperationFailed(std::string_view operation, const Adapter* pAdapter, const TraceReader& trace)
 {
-    return OperationFailed(std::string(operation) + " failed: " + Explanation(trace));
-}
-
-void Change(std::string_view name, const ChangeTexts& texts, const std::function<bool()>& operation)
-{
-    const TraceReader trace;
-    Call(name, [&] {
-        const Waiting waiting(texts.sDoing);
-        return operation();
-    });
-    Output::Note(texts.sDone);
-    if (!trace.Problems().empty())
-        Output::Note("The library went on after this: " + Explanation(trace));
+    // The reason first: the hint asks the library, which traces that too.
+    Failure::Details details{.sReason = Explanation(trace), .sOperation = std::string(operation)};
+    if (pAdapter != nullptr)
+        details.sAdapter = Quoted(*pAdapter);
+    details.sHint = HintFor(pAdapter, trace);
+    return Failure(std::move(details));
 }
 
 } // namespace zelkctl

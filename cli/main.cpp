@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <exception>
-#include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -14,6 +13,7 @@
 #include <shlwapi.h>
 
 #include "adapter_commands.h"
+#include "adapter_record.h"
 #include "address_commands.h"
 #include "arguments.h"
 #include "command.h"
@@ -34,19 +34,15 @@ namespace
 
 using namespace zelkctl;
 
-std::string UsageMessage(const CLI::App*, const CLI::Error& error)
-{
-    return std::string("zelkctl: ") + error.what() + "\nzelkctl: --help tells how to use it\n";
-}
-
 void Describe(CLI::App& app, Output& output)
 {
     app.allow_windows_style_options(false); // a name may begin with "/"
-    app.failure_message(UsageMessage);
     app.set_version_flag("--version", VersionText, "Show the version of the library");
     app.require_subcommand(0, 1);
     SetExample(app, "adapter list");
-    AddRemark(app, "Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter");
+    AddRemark(app, "Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter,\n"
+                   "  4 needs elevation, 10 --check found differences");
+    AddFormFlags(app, output, SummaryFields());
     AddAdapterCommands(app, output);
     AddAddressCommands(app, output);
     AddDhcpCommands(app, output);
@@ -57,37 +53,33 @@ void Describe(CLI::App& app, Output& output)
     AddIdentityCommands(app, output);
     AddTcp6Commands(app, output);
     app.callback([&] {
-        if (app.get_subcommands().empty())
-            ShowAdapterList(output);
+        if (!app.get_subcommands().empty())
+            return;
+        output.SetCommand("adapter list");
+        ShowAdapterList(output);
     });
 }
 
 /// Help and version are ends of the parser too, those that are no failure.
-ExitCode EndOfParsing(const CLI::App& app, const CLI::ParseError& end)
+void EndParsing(const CLI::App& app, const CLI::ParseError& end, Output& output)
 {
     std::ostringstream data;
     std::ostringstream notes;
-    const bool bDone = app.exit(end, data, notes) == 0;
-    Output::Data(data.str());
-    std::cerr << notes.str();
-    return bDone ? EXIT_DONE : EXIT_USAGE;
+    if (app.exit(end, data, notes) == 0)
+        return Output::Data(data.str());
+    output.Fail(Failure({.code = EXIT_USAGE, .sReason = end.what(), .sHint = "--help tells how to use it."}));
 }
 
-ExitCode Run(std::vector<std::string> arguments)
+void Parse(CLI::App& app, std::vector<std::string> arguments, Output& output)
 {
-    Output output;
-    CLI::App app("Shows and changes the network adapters of this machine; without arguments it runs \"adapter list\".",
-                 "zelkctl");
-    Describe(app, output);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the back
     try
     {
         app.parse(std::move(arguments));
-        return EXIT_DONE;
     }
     catch (const CLI::ParseError& end)
     {
-        return EndOfParsing(app, end);
+        EndParsing(app, end, output);
     }
 }
 
@@ -101,10 +93,17 @@ std::unique_ptr<TOLVA> HonourTraceSettings()
     return std::make_unique<TOLVA>();
 }
 
-ExitCode Fail(ExitCode code, const char* pszMessage)
+ExitCode Run(Output& output)
 {
-    Output::Failure(pszMessage);
-    return code;
+    const auto pSettings = HonourTraceSettings();
+    auto arguments = Arguments();
+    // Before they are read: a wrong use is to be told in this form too.
+    output.SetJson(std::ranges::find(arguments, "--json") != arguments.end());
+    CLI::App app("Shows and changes the network adapters of this machine; without arguments it runs \"adapter list\".",
+                 "zelkctl");
+    Describe(app, output);
+    Parse(app, std::move(arguments), output);
+    return output.GetExitCode();
 }
 
 } // namespace
@@ -113,23 +112,20 @@ int main()
 try
 {
     const Utf8Streams streams;
+    Output output;
     try
     {
-        const auto pSettings = HonourTraceSettings();
-        return Run(Arguments());
+        return Run(output);
     }
-    catch (const NoSuchAdapter& error)
+    catch (const Failure& failure)
     {
-        return Fail(EXIT_NO_SUCH_ADAPTER, error.what());
+        output.Fail(failure);
     }
     catch (const std::exception& error)
     {
-        return Fail(EXIT_OPERATION_FAILED, error.what());
+        output.Fail(Failure({.sReason = error.what()}));
     }
-    catch (...)
-    {
-        return Fail(EXIT_OPERATION_FAILED, "unknown exception");
-    }
+    return output.GetExitCode();
 }
 catch (...)
 {

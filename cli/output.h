@@ -1,9 +1,15 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <nlohmann/json.hpp>
+
+#include "console.h"
+#include "exit_code.h"
+#include "failure.h"
 
 namespace zelkctl
 {
@@ -18,28 +24,47 @@ struct Field
     const char* pszLabel;
 };
 
-/// How the tool speaks: data on the standard output, as JSON or as aligned text, and everything else on the error
-/// output. Commands build their answer once, as JSON; the text form shows the items that its fields name.
+/// How the tool speaks: data on the standard output, as JSON, as bare values or as aligned text, and everything else on
+/// the error output. Commands build their answer once, as JSON; the text form shows the items that its fields name.
+///
+/// A JSON answer is one object: "schemaVersion", "command", and either "result" or "error".
 class Output
 {
 public:
     void SetJson(bool bJson) noexcept { m_bJson = bJson; }
+    /// Of every record this item alone, as a bare value.
+    void SetGet(std::string sKey) { m_sGet = std::move(sKey); }
+    /// The words of the command line that chose what is done, such as "adapter list".
+    void SetCommand(std::string sCommand) { m_sCommand = std::move(sCommand); }
+    void SetExitCode(ExitCode code) noexcept { m_exitCode = code; }
+
+    [[nodiscard]] ExitCode GetExitCode() const noexcept { return m_exitCode; }
 
     /// An array of records, as a table with a heading. Without a record the text form is empty, and `none` says so on
     /// the error output.
     void List(std::span<const Field> fields, const Json& records, std::string_view none) const;
     /// One record, an item a line.
     void Record(std::span<const Field> fields, const Json& record) const;
+    /// A result of a form of its own, for people as `text`.
+    void Answer(const Json& result, std::string_view text) const;
+    /// Tells why the command ends, and makes its exit code the command's.
+    void Fail(const Failure& failure);
 
-    /// Writes to the standard output and throws std::runtime_error when that does not take it.
+    /// Writes to the standard output and throws Failure when that does not take it.
     static void Data(std::string_view text);
     /// Writes a line to the error output.
     static void Note(std::string_view text);
-    /// Likewise under the tool's name, as a shell's user expects it.
-    static void Failure(std::string_view text);
 
 private:
+    void WriteJson(const char* pszKey, const Json& value) const;
+
     bool m_bJson = false;
+    std::string m_sGet;
+    std::string m_sCommand;
+    ExitCode m_exitCode = EXIT_DONE;
 };
+
+/// What people read instead of the value: "-" for null, "yes" and "no", the items of an array joined by ", ".
+std::string TextOf(const Json& value);
 
 } // namespace zelkctl

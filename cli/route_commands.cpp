@@ -1,5 +1,6 @@
 #include "route_commands.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -20,19 +21,18 @@ namespace
 {
 
 /// The user's words for a new route.
-struct RouteArguments
+struct RouteTexts
 {
-    std::string sAdapter;
     std::string sDestination;
     std::string sNextHop;
     std::string sMetric;
 };
 
-void ListRoutes(const Output& output, const Adapter& adapter)
+std::vector<TOLVA::ROUTE_INFO> Routes(const Adapter& adapter)
 {
     std::vector<TOLVA::ROUTE_INFO> routes;
-    Call("GetAdapterRoutes", [&] { return TOLVA::GetAdapterRoutes(adapter.info, routes); });
-    output.List(RouteFields(), RecordsOf(routes, RecordOf), "The adapter has no routes.");
+    Call("GetAdapterRoutes", &adapter, [&] { return TOLVA::GetAdapterRoutes(adapter.info, routes); });
+    return routes;
 }
 
 unsigned long ParseMetric(const std::string& sText)
@@ -44,54 +44,65 @@ unsigned long ParseMetric(const std::string& sText)
 }
 
 /// All but the index, which only the adapter can tell.
-TOLVA::ROUTE_INFO ParseRoute(const RouteArguments& arguments)
+TOLVA::ROUTE_INFO ParseRoute(const RouteTexts& texts)
 {
-    const Network destination = ParseNetwork("DESTINATION", arguments.sDestination);
+    const Network destination = ParseNetwork("DESTINATION", texts.sDestination);
     TOLVA::ROUTE_INFO route;
     route.Destination = destination.address;
     route.PrefixLength = destination.prefixLength;
-    route.NextHop = ParseAddress("NEXTHOP", arguments.sNextHop);
+    route.NextHop = ParseAddress("NEXTHOP", texts.sNextHop);
     if (route.NextHop.family() != route.Destination.family())
         throw CLI::ValidationError("NEXTHOP", "destination and next hop are not of one family, IPv4 or IPv6");
-    route.ulMetric = ParseMetric(arguments.sMetric);
+    route.ulMetric = ParseMetric(texts.sMetric);
     return route;
 }
 
 std::string Describe(const TOLVA::ROUTE_INFO& route)
 {
     const Json record = RecordOf(route);
-    return record["destination"].get<std::string>() + " via " + record["nextHop"].get<std::string>();
+    return TextOf(record["destination"]) + " via " + TextOf(record["nextHop"]);
 }
 
-void AddRoute(const RouteArguments& arguments)
+/// The metric is not in view: the library raises it until the system takes it.
+Aspect RoutePresent(const Adapter& adapter, const std::string& sRoute)
 {
-    TOLVA::ROUTE_INFO route = ParseRoute(arguments);
-    const Adapter adapter = FindAdapter(arguments.sAdapter);
-    Call("GetAdapterIndex", [&] { return TOLVA::GetAdapterIndex(adapter.info, route.ulIndex); });
-    Call("AddAdapterRoute", [&] { return TOLVA::AddAdapterRoute(adapter.info, route); });
-    Output::Note("Adapter " + Quoted(adapter) + " has the route " + Describe(route) + '.');
+    return {.field = {"route", "Route"},
+            .read =
+                [=] {
+                    const auto routes = Routes(adapter);
+                    const bool bThere = std::ranges::find(routes, sRoute, Describe) != routes.end();
+                    return bThere ? Json(sRoute) : Json();
+                },
+            .wanted = sRoute};
 }
 
-void AddList(CLI::App& noun, Output& output)
+Change AddRoute(const Adapter& adapter, TOLVA::ROUTE_INFO route)
 {
-    CLI::App& verb = AddVerb(noun, "list", "Show the routes of one adapter", "route list lan0");
-    AddJsonFlag(verb, output);
-    RunForAdapter(verb, [&output](const Adapter& adapter) { ListRoutes(output, adapter); });
+    Call("GetAdapterIndex", &adapter, [&] { return TOLVA::GetAdapterIndex(adapter.info, route.ulIndex); });
+    const std::string sRoute = Describe(route);
+    return {.sOperation = "AddAdapterRoute",
+            .adapter = adapter,
+            .sDoing = "Adding the route",
+            .sDone = "Adapter " + Quoted(adapter) + " has the route " + sRoute + '.',
+            .aspects = {RoutePresent(adapter, sRoute)},
+            .operation = [=] { return TOLVA::AddAdapterRoute(adapter.info, route); }};
 }
 
-void AddAdd(CLI::App& noun)
+void AddAdd(CLI::App& noun, Output& output)
 {
-    CLI::App& verb = AddVerb(noun, "add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1");
-    const CLI::Option& adapter = AddAdapterArgument(verb);
+    CLI::App& verb =
+        AddVerb(noun, {"add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1 --check"});
+    auto adapter = AddAdapterArgument(verb);
     const CLI::Option& destination =
         AddArgument(verb, "DESTINATION", "Where it leads, 0.0.0.0/0 or ::/0 for everywhere", "ADDRESS/PREFIX");
     const CLI::Option& nextHop = AddArgument(verb, "NEXTHOP", "The gateway", "ADDRESS");
     const CLI::Option& metric = *verb.add_option("--metric", "Its metric, by default 0; one that is too low is raised")
                                      ->option_text("N")
                                      ->default_str("0");
-    verb.callback([&] {
-        AddRoute({adapter.as<std::string>(), destination.as<std::string>(), nextHop.as<std::string>(),
-                  metric.as<std::string>()});
+    RunChange(verb, output, [&, adapter] {
+        const auto route =
+            ParseRoute({destination.as<std::string>(), nextHop.as<std::string>(), metric.as<std::string>()});
+        return AddRoute(adapter(), route);
     });
 }
 
@@ -99,9 +110,11 @@ void AddAdd(CLI::App& noun)
 
 void AddRouteCommands(CLI::App& app, Output& output)
 {
-    CLI::App& noun = AddNoun(app, "route", "Routes of an adapter", "route list lan0 --json");
-    AddList(noun, output);
-    AddAdd(noun);
+    CLI::App& noun = AddNoun(app, {"route", "Routes of an adapter", "route list lan0 --json"});
+    AddListVerb(noun, output, {"list", "Show the routes of one adapter", "route list lan0"}, RouteFields(),
+                "The adapter has no routes.",
+                [](const Adapter& adapter) { return RecordsOf(Routes(adapter), RecordOf); });
+    AddAdd(noun, output);
 }
 
 } // namespace zelkctl

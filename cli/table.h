@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "console.h"
+
 namespace zelkctl
 {
 
@@ -11,13 +13,19 @@ namespace zelkctl
 class Table
 {
 public:
-    void Add(std::vector<std::string> cells);
+    /// The colour is that of the whole row, on the standard output.
+    void Add(std::vector<std::string> cells, Colour colour = Colour::PLAIN);
     [[nodiscard]] std::string Text() const;
 
 private:
     [[nodiscard]] std::vector<std::size_t> Widths() const;
 
-    std::vector<std::vector<std::string>> m_rows;
+    struct Row
+    {
+        std::vector<std::string> cells;
+        Colour colour;
+    };
+    std::vector<Row> m_rows;
 };
 
 } // namespace zelkctl

@@ -12,8 +12,8 @@ namespace
 
 void AddList(CLI::App& noun, Output& output)
 {
-    CLI::App& verb = AddVerb(noun, "list", "Show all TCP connections over IPv6", "tcp6 list");
-    AddJsonFlag(verb, output);
+    CLI::App& verb = AddVerb(noun, {"list", "Show all TCP connections over IPv6", "tcp6 list"});
+    AddFormFlags(verb, output, Tcp6Fields());
     verb.callback([&output] {
         output.List(Tcp6Fields(), RecordsOf(ReadTcp6Table(), RecordOf), "There is no TCP connection over IPv6.");
     });
@@ -23,7 +23,7 @@ void AddList(CLI::App& noun, Output& output)
 
 void AddTcp6Commands(CLI::App& app, Output& output)
 {
-    CLI::App& noun = AddNoun(app, "tcp6", "TCP connections over IPv6", "tcp6 list --json");
+    CLI::App& noun = AddNoun(app, {"tcp6", "TCP connections over IPv6", "tcp6 list --json"});
     AddList(noun, output);
 }
 

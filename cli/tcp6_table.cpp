@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "exit_code.h"
+#include "failure.h"
 
 namespace zelkctl
 {
@@ -20,7 +20,7 @@ std::vector<MIB_TCP6ROW> ReadTcp6Table()
         ulRc = TOLVA::GetTcp6Table(reinterpret_cast<MIB_TCP6TABLE*>(buffer.data()), ulSize, true);
     }
     if (ulRc != NO_ERROR)
-        throw OperationFailed("GetTcp6Table failed with code " + std::to_string(ulRc));
+        throw Failure({.sReason = "it answered with code " + std::to_string(ulRc), .sOperation = "GetTcp6Table"});
     if (buffer.empty())
         return {};
     const auto* pTable = reinterpret_cast<const MIB_TCP6TABLE*>(buffer.data());

@@ -13,7 +13,7 @@ namespace
 std::string ModuleProperty(TOLVA::TOLVA_GMP_CAT category)
 {
     velmor::string value;
-    Call("GetModuleProperty",
+    Call("GetModuleProperty", nullptr,
          [&] { return TOLVA::GetModuleProperty(category, value) == 0 && value != velmor::string(L"Error"); });
     return ToUtf8(value);
 }

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <vector>
+
+#include "adapter.h"
+
+namespace zelkctl
+{
+
+/// Every adapter that the registry has a connection of, whatever its state: with GUID, name and device instance alone.
+/// The library lists enabled ones only, so that one that was disabled could never be found again.
+std::vector<Adapter> ListInstalledAdapters();
+
+/// Whether the adapter's device is neither disabled nor stopped; nothing when the system does not tell.
+std::optional<bool> IsDeviceStarted(const Adapter& adapter);
+
+} // namespace zelkctl
