@@ -65,10 +65,9 @@ void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fiel
     command
         .add_option_function<std::string>(
             "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
-            "Write this field's bare values alone")
+            "Write the bare values of this field, without JSON")
         ->option_text("FIELD")
-        ->check(CLI::IsMember(keys))
-        ->excludes("--json");
+        ->check(CLI::IsMember(keys));
     AddRemark(command, "Fields:\n  " + CLI::detail::join(keys, ", "));
 }
 
