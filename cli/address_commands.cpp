@@ -59,7 +59,8 @@ Change SetAddresses(const Adapter& adapter, const std::vector<TOLVA::ASSOC_IP_AD
                   .reach = Reach::SESSION};
     if (std::ranges::any_of(addresses, IsIpv4))
         change.aspects.push_back(Ipv4Addresses(adapter.info, addresses));
-    if (!std::ranges::all_of(addresses, IsIpv4))
+    change.bNeedsIpv6 = !std::ranges::all_of(addresses, IsIpv4);
+    if (change.bNeedsIpv6)
         change.aspects.push_back(StaticIpv6Addresses(adapter.info, addresses));
     return change;
 }

@@ -120,6 +120,12 @@ void RequireConsent(const Change& change, const ChangeOptions& options)
         throw FailureOf(change, EXIT_OPERATION_FAILED, "not confirmed; nothing was changed", "");
 }
 
+bool RunShowing(const std::string& sDoing, const std::function<bool()>& operation)
+{
+    const Waiting waiting(sDoing);
+    return operation();
+}
+
 /// Before Vista the library reads addresses and routes once per process: only another one sees what has become of them.
 bool IsReadOncePerProcess()
 {
@@ -199,10 +205,8 @@ void Perform(const Change& change, const ChangeOptions& options, Output& output)
     RequireConsent(change, options);
 
     const TraceReader trace;
-    Call(change.sOperation, change.adapter ? &*change.adapter : nullptr, [&] {
-        const Waiting waiting(change.sDoing);
-        return change.operation();
-    });
+    if (!RunShowing(change.sDoing, change.operation))
+        throw OperationFailed(change.sOperation, change.adapter ? &*change.adapter : nullptr, trace, change.bNeedsIpv6);
     const std::string sSurvived = trace.Problems().empty() ? "" : Explanation(trace);
     const bool bVerify = options.bVerify && change.reach != Reach::NEXT_START;
     if (bVerify)

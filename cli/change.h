@@ -42,6 +42,7 @@ struct Change
     std::function<bool()> operation;
     Reach reach = Reach::SETTINGS;
     bool bNeedsElevation = true;
+    bool bNeedsIpv6 = false;
 };
 
 /// What the user decides about every change.

@@ -83,7 +83,8 @@ Change ChangeLease(const LeaseVerb& verb, const Adapter& adapter, TOLVA::FAMILY_
             .sDone = "Adapter " + Quoted(adapter) + verb.pszDone + sFamilies + '.',
             .aspects = verb.pAspects(adapter.info, enFamily),
             .operation = [=] { return verb.pOperation(adapter.info, enFamily); },
-            .reach = verb.reach};
+            .reach = verb.reach,
+            .bNeedsIpv6 = HasIpv6(enFamily)};
 }
 
 CLI::App& AddLeaseVerb(CLI::App& noun, Output& output, const LeaseVerb& lease)

@@ -53,7 +53,8 @@ Change SetServers(const Adapter& adapter, const std::vector<velmor::ip_address>&
             .sDoing = "Setting the DNS servers",
             .sDone = "Adapter " + Quoted(adapter) + " has static DNS servers.",
             .aspects = std::move(aspects),
-            .operation = [=] { return TOLVA::SetDnsServerList(adapter.info, servers); }};
+            .operation = [=] { return TOLVA::SetDnsServerList(adapter.info, servers); },
+            .bNeedsIpv6 = HasIpv6(FamilyOf(servers))};
 }
 
 void AddSet(CLI::App& noun, Output& output)

@@ -49,7 +49,8 @@ Change SetGateway(const Adapter& adapter, const velmor::ip_address& gateway)
             .sDone = "Adapter " + Quoted(adapter) + " has the default gateway " + TextOf(AddressOrNull(gateway)) + '.',
             .aspects = {GatewayInEffect(adapter.info, gateway)},
             .operation = [=] { return TOLVA::SetDefaultGateway(adapter.info, gateway); },
-            .reach = Reach::SESSION};
+            .reach = Reach::SESSION,
+            .bNeedsIpv6 = gateway.is_ipv6()};
 }
 
 void AddSet(CLI::App& noun, Output& output)

@@ -13,7 +13,7 @@ namespace
 {
 
 /// What is most often behind a failure, and what can be done about it; empty when nothing is known.
-std::string HintFor(const Adapter* pAdapter, const TraceReader& trace)
+std::string HintFor(const Adapter* pAdapter, const TraceReader& trace, bool bNeedsIpv6)
 {
     if (!trace.HasDirectory())
         return "Make the directory " + ToUtf8(std::wstring_view(trace.Directory())) +
@@ -22,9 +22,9 @@ std::string HintFor(const Adapter* pAdapter, const TraceReader& trace)
     if (pAdapter != nullptr && !TOLVA::GetAdapterIndex(pAdapter->info, ulIndex))
         return "The adapter is no longer there, or is disabled; \"zelkctl adapter list\" shows those that are there.";
     TOLVA::FAMILY_TYPE enFamily = TOLVA::FAMILY_BOTH;
-    if (pAdapter != nullptr && TOLVA::AddressFamilySupported(pAdapter->info, enFamily) &&
-        enFamily != TOLVA::FAMILY_BOTH)
-        return std::string(enFamily == TOLVA::FAMILY_IPV4 ? "IPv6" : "IPv4") + " is off for this adapter.";
+    if (bNeedsIpv6 && pAdapter != nullptr && TOLVA::AddressFamilySupported(pAdapter->info, enFamily) &&
+        enFamily == TOLVA::FAMILY_IPV4)
+        return "IPv6 is off for this adapter.";
     return IsElevated() ? "" : "Without elevation much is refused; run it from an elevated prompt.";
 }
 
@@ -57,13 +57,13 @@ std::string Explanation(const TraceReader& trace)
     return "no reason was traced in the directory " + sDirectory;
 }
 
-Failure OperationFailed(std::string_view operation, const Adapter* pAdapter, const TraceReader& trace)
+Failure OperationFailed(std::string_view operation, const Adapter* pAdapter, const TraceReader& trace, bool bNeedsIpv6)
 {
     // The reason first: the hint asks the library, which traces that too.
     Failure::Details details{.sReason = Explanation(trace), .sOperation = std::string(operation)};
     if (pAdapter != nullptr)
         details.sAdapter = Quoted(*pAdapter);
-    details.sHint = HintFor(pAdapter, trace);
+    details.sHint = HintFor(pAdapter, trace, bNeedsIpv6);
     return Failure(std::move(details));
 }
 

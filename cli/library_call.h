@@ -14,8 +14,9 @@ namespace zelkctl
 std::string Explanation(const TraceReader& trace);
 
 /// That the library's operation failed, why as far as it was traced, and a hint where one is known. `pAdapter` is the
-/// adapter that it was about, if any.
-Failure OperationFailed(std::string_view operation, const Adapter* pAdapter, const TraceReader& trace);
+/// adapter that it was about, if any; `bNeedsIpv6` says that it was about IPv6 too.
+Failure OperationFailed(std::string_view operation, const Adapter* pAdapter, const TraceReader& trace,
+                        bool bNeedsIpv6 = false);
 
 /// Runs an operation of the library that answers true or false; false becomes a Failure.
 template <class Operation>

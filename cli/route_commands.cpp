@@ -85,7 +85,8 @@ Change AddRoute(const Adapter& adapter, TOLVA::ROUTE_INFO route)
             .sDoing = "Adding the route",
             .sDone = "Adapter " + Quoted(adapter) + " has the route " + sRoute + '.',
             .aspects = {RoutePresent(adapter, sRoute)},
-            .operation = [=] { return TOLVA::AddAdapterRoute(adapter.info, route); }};
+            .operation = [=] { return TOLVA::AddAdapterRoute(adapter.info, route); },
+            .bNeedsIpv6 = route.Destination.is_ipv6()};
 }
 
 void AddAdd(CLI::App& noun, Output& output)
