@@ -19,6 +19,7 @@ needed=(
     nlohmann-json3-dev:/usr/include/nlohmann/json.hpp
     libspdlog-dev:/usr/include/spdlog/spdlog.h
     libfmt-dev:/usr/include/fmt/core.h
+    doxygen:/usr/bin/doxygen
     iproute2:/sbin/ip
     util-linux:/usr/bin/flock
     pkgconf:/usr/bin/pkg-config
