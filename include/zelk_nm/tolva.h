@@ -24,8 +24,8 @@
 class AbstractNetworkAPI;
 
 /// The library's whole interface. Its operations are static: they take an adapter record or a value and answer true or
-/// false. Why an operation failed stands only in the trace file, TOLVA_trace.log, which every operation writes. No
-/// object is needed to call them.
+/// false. Why an operation failed stands only in its trace file, TOLVA_trace.log (see @ref trace). No object is needed
+/// to call them.
 ///
 /// ### Common to every operation
 ///
@@ -36,8 +36,7 @@ class AbstractNetworkAPI;
 ///   appended to.
 /// - A step that fails after others have changed something does not undo them.
 /// - Reading needs no elevation. What needs it is said, and fails without.
-/// - It does the same on every system, but where "before Vista" is said: there routes and addresses are those of the
-/// old
+/// - It does the same on every system, but where "before Vista" is said. There routes and addresses come from the old
 ///   IPv4 tables of IP Helper.
 ///
 /// ### Threads
@@ -54,7 +53,7 @@ class AbstractNetworkAPI;
 ///
 /// ### Loading and unloading
 ///
-/// Loading moves the trace file of the previous load aside (waiting for other writers a second at most), starts
+/// Loading moves the trace file of the previous load aside (waiting for other writers a second at most) and starts
 /// Winsock. So the library must not be loaded, unloaded or called from another library's DllMain. It may be unloaded
 /// when no operation runs; it leaves no thread and no handle behind.
 ///
@@ -67,14 +66,13 @@ class AbstractNetworkAPI;
 /// - *connection key*: `Control\Network\{4D36E972-E325-11CE-BFC1-08002BE10318}\<sNicGuid>\Connection`
 ///
 /// Writing makes a key that is missing and needs elevation. Every operation that uses the registry also unloads, when
-/// it ends, an offline SYSTEM hive that the host product has mounted; see the page on boot images.
+/// it ends, an offline SYSTEM hive that the host product has mounted; see @ref boot_images.
 ///
 /// ### Commands
 ///
 /// Changes that no function of the system makes are made by its commands netsh and ipconfig, which are found on the
 /// path and run by CMD with their output in a temporary file (GetTempFilename). The operation blocks until the command
-/// ends; there is no limit. An exit code other than 0 is failure, and what the command printed then stands in the
-/// trace.
+/// ends; there is no limit. An exit code other than 0 is failure, and the trace then has what the command printed.
 class ZELK_NM_API TOLVA
 {
 public:
