@@ -284,7 +284,8 @@ public:
 
     /// The operational state. Fails also for one that the platform does not document.
     static bool GetAdapterOperStatus(const NIC_INFO& NicInfo, TOLVA_OPER_STATUS& enOperStatus);
-    /// Which families are bound to the adapter: FAMILY_BOTH, FAMILY_IPV4 or FAMILY_IPV6.
+    /// Which families are bound to the adapter: FAMILY_BOTH or FAMILY_IPV4; FAMILY_IPV6 only where its IPv4 index is 0.
+    /// Fails also for one with neither.
     static bool AddressFamilySupported(const NIC_INFO& NicInfo, FAMILY_TYPE& enFamilyType);
     /// Empty for an adapter without a hardware address, such as a loopback.
     static bool GetHardwareAddress(const NIC_INFO& NicInfo, HARDWARE_ADDRESS& HwAddr);
