@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <tuple>
@@ -11,10 +12,8 @@ namespace
 {
 
 using Table = TOLVA::Wrap_IP_ADAPTER_ADDRESSES;
-using Call = FakeAddressTable::Call;
 
 constexpr DWORD INDEX = 11;
-constexpr ULONG NO_ANYCAST_NO_MULTICAST = 6;
 
 /// A socket address of any family and stated length, on memory of exactly that length.
 class SocketAddress
@@ -23,14 +22,9 @@ public:
     SocketAddress(ADDRESS_FAMILY family, const char* pszAddress, std::size_t length, DWORD dwScope = 0)
         : m_bytes(length)
     {
-        SOCKADDR_INET whole = {};
+        SOCKADDR_INET whole = velmor::ip_address(velmor::string(pszAddress)).sockaddr();
         if (family == AF_INET6)
-        {
-            whole.Ipv6.sin6_addr = velmor::ip_address(velmor::string(pszAddress)).sockaddr().Ipv6.sin6_addr;
             whole.Ipv6.sin6_scope_id = dwScope;
-        }
-        else
-            whole.Ipv4.sin_addr = velmor::ip_address(velmor::string(pszAddress)).sockaddr().Ipv4.sin_addr;
         whole.Ipv4.sin_port = 0x3500;
         whole.si_family = family;
         const auto* pBytes = reinterpret_cast<const unsigned char*>(&whole);
@@ -45,90 +39,86 @@ private:
     std::vector<unsigned char> m_bytes;
 };
 
-using AddressTable = DiscoveryTest;
-
-template <class Asked>
-struct Question
+class AddressTable : public DiscoveryTest
 {
-    const char* pszName;
-    std::function<bool(Asked)> ask;
+protected:
+    /// Makes an adapter the only one, and the trace empty.
+    IP_ADAPTER_ADDRESSES& Only(DWORD dwIndex = INDEX)
+    {
+        addresses = {};
+        trace.Empty();
+        return addresses.Add(dwIndex);
+    }
+
+    Table table{TOLVA::FAMILY_BOTH}; ///< not loaded yet
 };
 
-/// The member's question about the adapter with INDEX, its answers thrown away.
-template <class... Out>
-Question<Table&> Member(const char* pszName, bool (Table::*pMember)(unsigned long, Out&...))
+/// A question of the façade, its answers thrown away.
+struct Operation
 {
-    return {pszName, [=](Table& table) {
-                std::tuple<Out...> answers{};
-                return std::apply([&](Out&... out) { return (table.*pMember)(INDEX, out...); }, answers);
-            }};
-}
-template <class... Out>
-Question<const TOLVA::NIC_INFO&> Operation(const char* pszName, bool (*pOperation)(const TOLVA::NIC_INFO&, Out&...))
-{
-    return {pszName, [=](const TOLVA::NIC_INFO& NicInfo) {
-                std::tuple<Out...> answers{};
-                return std::apply([&](Out&... out) { return pOperation(NicInfo, out...); }, answers);
-            }};
-}
+    template <class... Out>
+    Operation(const char* pszOperation, const char* pszOfTable, ULONG ulFamilyAsked,
+              bool (*pOperation)(const TOLVA::NIC_INFO&, Out&...))
+        : sName(pszOperation), sMember(pszOfTable), ulFamily(ulFamilyAsked), ask([=](const TOLVA::NIC_INFO& NicInfo) {
+              std::tuple<Out...> answers{};
+              return std::apply([&](Out&... out) { return pOperation(NicInfo, out...); }, answers);
+          })
+    {
+    }
 
-const Question<Table&> MEMBERS[] = {
-    Member("GetAdapterFriendlyName", &Table::GetAdapterFriendlyName),
-    Member("GetAdapterOperStatus", &Table::GetAdapterOperStatus),
-    Member("GetAdapterType", &Table::GetAdapterType),
-    Member("GetAddressFamilySupported", &Table::GetAddressFamilySupported),
-    Member<velmor::ip_address>("GetDhcpServer", &Table::GetDhcpServer),
-    Member<unsigned long, velmor::string>("GetDhcpServer", &Table::GetDhcpServer),
-    Member("GetDnsServerList", &Table::GetDnsServerList),
-    Member("GetHardwareAddress", &Table::GetHardwareAddress),
+    std::string sName;
+    std::string sMember; ///< of the table
+    ULONG ulFamily;
+    std::function<bool(const TOLVA::NIC_INFO&)> ask;
+};
+
+const Operation OPERATIONS[] = {
+    {"GetAdapterOperStatus", "GetAdapterOperStatus", 0, &TOLVA::GetAdapterOperStatus},
+    {"AddressFamilySupported", "GetAddressFamilySupported", 0, &TOLVA::AddressFamilySupported},
+    {"GetHardwareAddress", "GetHardwareAddress", 0, &TOLVA::GetHardwareAddress},
+    {"GetDhcpServer", "GetDhcpServer", 2,
+     static_cast<bool (*)(const TOLVA::NIC_INFO&, velmor::ip_address&)>(&TOLVA::GetDhcpServer)},
+    {"GetDhcpServer", "GetDhcpServer", 23,
+     static_cast<bool (*)(const TOLVA::NIC_INFO&, unsigned long&, velmor::string&)>(&TOLVA::GetDhcpServer)},
+    {"GetDnsServerList", "GetDnsServerList", 0, &TOLVA::GetDnsServerList},
 };
 
 TEST_F(AddressTable, HowTheTableIsLoaded)
 {
     constexpr ULONG WHOLE = sizeof(IP_ADAPTER_ADDRESSES); // does not fit into the first 440 bytes
-    const std::string sName = "TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable : ";
     const struct
     {
         unsigned int family;
         ULONG ulFamilyAsked;
-        const char* pszFamily;
+        std::string sFamily;
         std::vector<DWORD> codes; ///< the last one is the result
-        std::vector<ULONG> sizes;
-    } rows[] = {
-        {0, 0, "IPv4 and IPv6", {111, 0}, {440, WHOLE}},
-        {2, 2, "IPv4", {111, 0}, {440, WHOLE}},
-        {23, 23, "IPv6", {111, 0}, {440, WHOLE}},
-        {99, 0, "IPv4 and IPv6", {111, 0}, {440, WHOLE}},
-        {0, 0, "IPv4 and IPv6", {232}, {440}},
-        {0, 0, "IPv4 and IPv6", {122}, {440}},
-        {0, 0, "IPv4 and IPv6", {111, 8}, {440, WHOLE}},
-        {0, 0, "IPv4 and IPv6", {111, 111}, {440, WHOLE}}, // grown between the calls: there is no third
-    };
+    } rows[] = {{0, 0, "IPv4 and IPv6", {111, 0}},  {2, 2, "IPv4", {111, 0}},           {23, 23, "IPv6", {111, 0}},
+                {99, 0, "IPv4 and IPv6", {111, 0}}, {0, 0, "IPv4 and IPv6", {232}},     {0, 0, "IPv4 and IPv6", {122}},
+                {0, 0, "IPv4 and IPv6", {111, 8}},  {0, 0, "IPv4 and IPv6", {111, 111}}}; // grown between the calls:
+                                                                                          // there is no third
     for (const auto& row : rows)
     {
-        addresses = {};
-        addresses.Add(INDEX);
+        Only();
         addresses.codes = row.codes;
-        trace.Empty();
-        Table table(static_cast<TOLVA::FAMILY_TYPE>(row.family));
-        EXPECT_EQ(row.codes.back() == NO_ERROR, table.LoadTable());
-        std::vector<Call> calls;
-        for (const ULONG ulGiven : row.sizes)
-            calls.push_back({row.ulFamilyAsked, NO_ANYCAST_NO_MULTICAST, ulGiven});
+        Table loaded(static_cast<TOLVA::FAMILY_TYPE>(row.family));
+        EXPECT_EQ(row.codes.back() == NO_ERROR, loaded.LoadTable());
+        std::vector<FakeAddressTable::Call> calls = {{row.ulFamilyAsked, 6, 440}};
+        if (row.codes.size() > 1)
+            calls.push_back({row.ulFamilyAsked, 6, WHOLE});
         EXPECT_TRUE(calls == addresses.calls);
-        const std::string sFailure = "... ending( GetAdaptersAddresses failed ) : ulRc = ";
-        trace.ExpectLines({"[V] " + sName + "starting ...", "[V] " + sName + row.pszFamily,
-                           row.codes.back() == NO_ERROR
-                               ? "[V] " + sName + "... ending"
-                               : "[E] " + sName + sFailure + std::to_string(row.codes.back())});
+        const std::string sEnd =
+            row.codes.back() == NO_ERROR
+                ? "[V] @ : ... ending"
+                : "[E] @ : ... ending( GetAdaptersAddresses failed ) : ulRc = " + std::to_string(row.codes.back());
+        trace.ExpectLines(Transcript("[V] @ : starting ...\n[V] @ : " + row.sFamily + '\n' + sEnd,
+                                     "TOLVA::Wrap_IP_ADAPTER_ADDRESSES::LoadTable"));
     }
 }
 
 TEST_F(AddressTable, OneCopyServesUntilItIsLoadedAgain)
 {
-    addresses.Add(INDEX).IfType = IF_TYPE_FDDI;
+    Only().IfType = IF_TYPE_FDDI;
     addresses.entries[0].ulLength = 440; // a table that fits at once
-    Table table(TOLVA::FAMILY_BOTH);
     velmor::string sType;
     EXPECT_TRUE(table.GetAdapterType(INDEX, sType));
     EXPECT_FALSE(table.GetAdapterType(INDEX + 1, sType));
@@ -144,51 +134,23 @@ TEST_F(AddressTable, OneCopyServesUntilItIsLoadedAgain)
     EXPECT_EQ(4U, addresses.calls.size());
 }
 
-TEST_F(AddressTable, QuestionsThatFindNothing)
-{
-    for (const auto& [pszMember, ask] : MEMBERS)
-    {
-        SCOPED_TRACE(pszMember);
-        const std::string sName = std::string("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::") + pszMember;
-        addresses = {};
-        addresses.Add(INDEX + 1);
-        trace.Empty();
-        Table table(TOLVA::FAMILY_BOTH);
-        EXPECT_FALSE(ask(table));
-        EXPECT_TRUE(trace.Has("[V] " + sName + " : ... ending : bFound = false"));
-
-        addresses.codes = {0, 0, 5};
-        trace.Empty();
-        Table unloadable(TOLVA::FAMILY_BOTH);
-        EXPECT_FALSE(ask(unloadable));
-        EXPECT_EQ("[E] " + sName + " : ... ending( Failed to load IP_ADAPTER_ADDRESSES table )", trace.Lines().back());
-    }
-}
-
 TEST_F(AddressTable, ADhcpQuestionNeedsATableOfItsFamily)
 {
-    const struct
+    velmor::ip_address server;
+    unsigned long ulIAID = 0;
+    velmor::string sDUID;
+    for (const auto enFamily : {TOLVA::FAMILY_BOTH, TOLVA::FAMILY_IPV4, TOLVA::FAMILY_IPV6})
     {
-        TOLVA::FAMILY_TYPE enFamily;
-        bool bIPv4, bIPv6;
-    } rows[] = {{TOLVA::FAMILY_BOTH, true, true}, {TOLVA::FAMILY_IPV4, true, false}, {TOLVA::FAMILY_IPV6, false, true}};
-    for (const auto& row : rows)
-    {
-        addresses = {};
-        addresses.Add(INDEX);
-        velmor::ip_address server;
-        unsigned long ulIAID = 0;
-        velmor::string sDUID;
-        trace.Empty();
-        Table first(row.enFamily);
-        EXPECT_EQ(row.bIPv4, first.GetDhcpServer(INDEX, server));
-        EXPECT_EQ(row.bIPv4, !addresses.calls.empty()) << "before any table is loaded";
+        Only();
+        EXPECT_EQ(enFamily != TOLVA::FAMILY_IPV6, Table(enFamily).GetDhcpServer(INDEX, server));
+        EXPECT_EQ(enFamily == TOLVA::FAMILY_IPV6, addresses.calls.empty()) << "before any table is loaded";
         addresses.calls.clear();
-        Table second(row.enFamily);
-        EXPECT_EQ(row.bIPv6, second.GetDhcpServer(INDEX, ulIAID, sDUID));
-        EXPECT_EQ(row.bIPv6, !addresses.calls.empty());
-        EXPECT_EQ(!row.bIPv4 || !row.bIPv6, trace.Has("[E] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer : "
-                                                      "... ending( Wrong Wrap_IP_ADAPTER_ADDRESSES used )"));
+        EXPECT_EQ(enFamily != TOLVA::FAMILY_IPV4, Table(enFamily).GetDhcpServer(INDEX, ulIAID, sDUID));
+        EXPECT_EQ(enFamily == TOLVA::FAMILY_IPV4, addresses.calls.empty());
+        EXPECT_EQ(enFamily == TOLVA::FAMILY_BOTH ? ""
+                                                 : "[E] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer : "
+                                                   "... ending( Wrong Wrap_IP_ADAPTER_ADDRESSES used )\n",
+                  trace.Complaints());
     }
 }
 
@@ -199,10 +161,9 @@ TEST_F(AddressTable, InterfaceTypes)
         {28, L"SLIP"},    {71, L"OTHER"},    {0, L"OTHER"}, {131, L"OTHER"}, {0xFFFFFFFF, L"OTHER"}};
     for (const auto& [type, pszText] : rows)
     {
-        addresses = {};
-        addresses.Add(1).IfType = 7; // the entry before must not be taken for it
+        Only(1).IfType = 7; // the entry before must not be taken for it
         addresses.Add(INDEX).IfType = type;
-        Table table(TOLVA::FAMILY_BOTH);
+        table.LoadTable();
         velmor::string sType;
         EXPECT_TRUE(table.GetAdapterType(INDEX, sType));
         EXPECT_EQ(pszText, Text(sType)) << type;
@@ -211,29 +172,23 @@ TEST_F(AddressTable, InterfaceTypes)
 
 TEST_F(AddressTable, OperationalStates)
 {
-    const char* const NAMES[] = {
-        nullptr, "UP", "DOWN", "TESTING", "UNKNOWN", "DORMANT", "NOT_PRESENT", "LOWER_LAYER_DOWN", nullptr};
-    const std::string sName = "TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus : ";
+    const char* const NAMES[] = {"", "UP", "DOWN", "TESTING", "UNKNOWN", "DORMANT", "NOT_PRESENT", "LOWER_LAYER_DOWN",
+                                 ""};
+    const std::string NAME = "] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAdapterOperStatus : ";
     for (unsigned int status = 0; status < std::size(NAMES); ++status)
     {
-        addresses = {};
-        addresses.Add(INDEX).OperStatus = static_cast<IF_OPER_STATUS>(status);
-        trace.Empty();
-        Table table(TOLVA::FAMILY_BOTH);
+        const bool bKnown = *NAMES[status] != '\0';
+        Only().OperStatus = static_cast<IF_OPER_STATUS>(status);
+        table.LoadTable();
         constexpr auto NONE = static_cast<TOLVA::TOLVA_OPER_STATUS>(77);
         TOLVA::TOLVA_OPER_STATUS enStatus = NONE;
-        EXPECT_EQ(NAMES[status] != nullptr, table.GetAdapterOperStatus(INDEX, enStatus));
-        EXPECT_EQ(NAMES[status] != nullptr ? status : NONE, static_cast<unsigned int>(enStatus));
-        const std::vector<std::string> lines = trace.Lines();
-        if (NAMES[status] != nullptr)
-        {
-            EXPECT_EQ("[I] " + sName + "TOLVA::OPER_STATUS_" + NAMES[status], lines.at(lines.size() - 2));
-            EXPECT_EQ("[V] " + sName + "... ending : bFound = true", lines.back());
-        }
-        else
-            EXPECT_EQ("[E] " + sName + "... ending( Unknown operational status ) : pCurrAddresses->OperStatus = " +
-                          std::to_string(status),
-                      lines.back());
+        EXPECT_EQ(bKnown, table.GetAdapterOperStatus(INDEX, enStatus));
+        EXPECT_EQ(bKnown ? status : NONE, static_cast<unsigned int>(enStatus));
+        EXPECT_EQ(bKnown, trace.Has("[I" + NAME + "TOLVA::OPER_STATUS_" + NAMES[status]));
+        EXPECT_EQ(bKnown ? "[V" + NAME + "... ending : bFound = true"
+                         : "[E" + NAME + "... ending( Unknown operational status ) : pCurrAddresses->OperStatus = " +
+                               std::to_string(status),
+                  trace.Lines().back());
     }
 }
 
@@ -246,40 +201,34 @@ TEST_F(AddressTable, FamiliesOfAnAdapter)
         const char* pszMiddle;
     } rows[] = {
         {INDEX, 11, 0,
-         "[V] %s : IPv4 supported\n[V] %s : IPv6 supported\n[V] %s : ... ending( Both IPv4 and IPv6 supported )\n"},
-        {INDEX, 0, 2, "[V] %s : IPv4 supported\n[V] %s : ... ending( IPv4 supported )\n"},
-        {0, 11, 23, "[V] %s : IPv6 supported\n[V] %s : ... ending( IPv6 supported )\n"},
-        {0, 0, 99, "[E] %s : ... ending( Neither IPv4 nor IPv6 supported )\n"},
+         "[V] @ : IPv4 supported\n[V] @ : IPv6 supported\n[V] @ : ... ending( Both IPv4 and IPv6 supported )\n"},
+        {INDEX, 0, 2, "[V] @ : IPv4 supported\n[V] @ : ... ending( IPv4 supported )\n"},
+        {0, 11, 23, "[V] @ : IPv6 supported\n[V] @ : ... ending( IPv6 supported )\n"},
+        {0, 0, 99, "[E] @ : ... ending( Neither IPv4 nor IPv6 supported )\n"},
     };
     for (const auto& row : rows)
     {
-        addresses = {};
-        addresses.Add(row.dwIndex).Ipv6IfIndex = row.dwIpv6Index;
-        Table table(TOLVA::FAMILY_BOTH);
-        ASSERT_TRUE(table.LoadTable());
+        Only(row.dwIndex).Ipv6IfIndex = row.dwIpv6Index;
+        table.LoadTable();
         trace.Empty();
         auto enFamily = static_cast<TOLVA::FAMILY_TYPE>(99);
         EXPECT_EQ(row.family != 99, table.GetAddressFamilySupported(row.dwIndex, enFamily));
         EXPECT_EQ(row.family, static_cast<unsigned int>(enFamily));
-        std::string sTranscript = "[V] %s : starting ...\n[V] %s : ulIndex = " + std::to_string(row.dwIndex) + "\n" +
-                                  row.pszMiddle + (row.family != 99 ? "[V] %s : ... ending : bFound = true\n" : "");
-        while (sTranscript.find("%s") != std::string::npos)
-            sTranscript.replace(sTranscript.find("%s"), 2,
-                                "TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAddressFamilySupported");
-        trace.ExpectLines(Transcript(sTranscript));
+        trace.ExpectLines(Transcript("[V] @ : starting ...\n[V] @ : ulIndex = " + std::to_string(row.dwIndex) + '\n' +
+                                         row.pszMiddle + (row.family != 99 ? "[V] @ : ... ending : bFound = true" : ""),
+                                     "TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetAddressFamilySupported"));
     }
 }
 
 TEST_F(AddressTable, AnEmptyFriendlyNameChangesNothing)
 {
-    for (const wchar_t* pszName : {static_cast<const wchar_t*>(nullptr), L"", L"LAN"})
+    for (const wchar_t* pszName : {static_cast<const wchar_t*>(nullptr), L""})
     {
-        addresses = {};
-        addresses.Add(INDEX).FriendlyName = const_cast<wchar_t*>(pszName);
-        Table table(TOLVA::FAMILY_BOTH);
+        Only().FriendlyName = const_cast<wchar_t*>(pszName);
+        table.LoadTable();
         velmor::string sName(L"before");
         EXPECT_TRUE(table.GetAdapterFriendlyName(INDEX, sName));
-        EXPECT_EQ(pszName != nullptr && *pszName != L'\0' ? L"LAN" : L"before", Text(sName));
+        EXPECT_EQ(L"before", Text(sName));
     }
 }
 
@@ -289,59 +238,47 @@ TEST_F(AddressTable, Dhcpv4Server)
     SocketAddress shortened(AF_INET, "10.0.0.1", 7);
     SocketAddress foreign(AF_IPX, "10.0.0.1", sizeof(SOCKADDR_IN));
     SocketAddress tiny(AF_INET, "10.0.0.1", 1);
-    const struct
+    for (const SOCKET_ADDRESS& address :
+         std::initializer_list<SOCKET_ADDRESS>{{nullptr, 0}, {nullptr, 16}, good, shortened, foreign, tiny})
     {
-        SOCKET_ADDRESS server;
-        const char* pszServer;
-    } rows[] = {{{nullptr, 0}, "0.0.0.0"}, {{nullptr, 16}, "0.0.0.0"}, {good, "10.0.0.1"},
-                {shortened, "0.0.0.0"},    {foreign, "0.0.0.0"},       {tiny, "0.0.0.0"}};
-    for (const auto& row : rows)
-    {
-        addresses = {};
-        addresses.Add(INDEX).Dhcpv4Server = row.server;
-        trace.Empty();
-        Table table(TOLVA::FAMILY_IPV4);
+        const std::string sExpected = address.lpSockaddr == SOCKET_ADDRESS(good).lpSockaddr ? "10.0.0.1" : "0.0.0.0";
+        Only().Dhcpv4Server = address;
+        table.LoadTable();
         velmor::ip_address server(velmor::string("9.9.9.9"));
         EXPECT_TRUE(table.GetDhcpServer(INDEX, server));
-        EXPECT_STREQ(row.pszServer, velmor::string(server).narrow_c_str());
-        const std::string sBytes = trace.Bytes();
-        EXPECT_EQ(row.server.lpSockaddr != nullptr,
-                  sBytes.find("pCurrAddresses->Dhcpv4Server.lpSockaddr") != sBytes.npos);
-        EXPECT_TRUE(trace.Has("[V] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer : sDhcpServerAddr = \"" +
-                              std::string(row.pszServer) + '"'));
+        EXPECT_STREQ(sExpected.c_str(), velmor::string(server).narrow_c_str());
+        EXPECT_EQ(address.lpSockaddr != nullptr,
+                  trace.Bytes().find("pCurrAddresses->Dhcpv4Server.lpSockaddr") != std::string::npos);
+        EXPECT_TRUE(
+            trace.Has("[V] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer : sDhcpServerAddr = \"" + sExpected + '"'));
     }
 }
 
 TEST_F(AddressTable, Dhcpv6Client)
 {
-    std::string sLongest = "00";
-    for (int i = 1; i < MAX_DHCPV6_DUID_LENGTH; ++i)
+    std::string sLongest = "00-01-00-01-1A-FF";
+    for (int i = 6; i < MAX_DHCPV6_DUID_LENGTH; ++i)
         sLongest += "-00";
-    sLongest.replace(0, 17, "00-01-00-01-1A-FF");
     const std::pair<ULONG, std::string> rows[] = {
         {0, ""}, {1, "00"}, {5, "00-01-00-01-1A"}, {MAX_DHCPV6_DUID_LENGTH, sLongest}, {0xFFFFFFFF, sLongest}};
-    SocketAddress server(AF_INET6, "fe80::1", sizeof(SOCKADDR_IN6));
     for (const auto& [ulLength, sExpected] : rows)
     {
-        addresses = {};
-        IP_ADAPTER_ADDRESSES& record = addresses.Add(INDEX);
-        const BYTE duid[] = {0, 1, 0, 1, 26, 255};
-        std::copy(std::begin(duid), std::end(duid), record.Dhcpv6ClientDuid);
+        IP_ADAPTER_ADDRESSES& record = Only();
+        std::ranges::copy(std::to_array<BYTE>({0, 1, 0, 1, 26, 255}), record.Dhcpv6ClientDuid);
         record.Dhcpv6ClientDuidLength = ulLength;
         record.Dhcpv6Iaid = 0xFEDCBA98;
         record.Flags = 0xBC;
-        record.Dhcpv6Server = server;
-        trace.Empty();
-        Table table(TOLVA::FAMILY_IPV6);
+        table.LoadTable();
         unsigned long ulIAID = 0;
         velmor::string sDUID(L"before");
         EXPECT_TRUE(table.GetDhcpServer(INDEX, ulIAID, sDUID));
         EXPECT_EQ(0xFEDCBA98, ulIAID);
         EXPECT_STREQ(sExpected.c_str(), sDUID.narrow_c_str());
-        const std::string sName = "[V] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer : ";
-        for (const std::string& sLine : {std::string("pCurrAddresses->Flags = 0xBC"),
-                                         std::string("dwIAID = 4275878552"), "sDUID = \"" + sExpected + '"'})
-            EXPECT_TRUE(trace.Has(sName + sLine)) << sLine;
+        EXPECT_EQ(Transcript("[V] @ : starting ...\n[V] @ : pCurrAddresses->Flags = 0xBC\n[V] @ : dwIAID = 4275878552\n"
+                             "[V] @ : sDUID = \"" +
+                                 sExpected + "\"\n[V] @ : ... ending : bFound = true",
+                             "TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer"),
+                  trace.LinesOf("TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer"));
     }
 }
 
@@ -358,20 +295,18 @@ TEST_F(AddressTable, DnsServers)
         nodes[i].Address = servers[i];
         nodes[i].Next = &nodes[i + 1];
     }
-    addresses.Add(INDEX).FirstDnsServerAddress = nodes.data();
-
-    Table table(TOLVA::FAMILY_BOTH);
+    Only().FirstDnsServerAddress = nodes.data();
     std::vector<velmor::ip_address> list = {velmor::ip_address(velmor::string("10.0.0.1"))};
     EXPECT_TRUE(table.GetDnsServerList(INDEX, list));
-    std::vector<std::string> texts;
+    std::string sTexts;
     for (const velmor::ip_address& server : list)
-        texts.emplace_back(velmor::string(server).narrow_c_str());
-    EXPECT_EQ((std::vector<std::string>{"10.0.0.1", "192.0.2.53", "fe80::53", "2001:db8::53"}), texts);
+        sTexts += velmor::string(server).narrow_c_str() + std::string(" ");
+    EXPECT_EQ("10.0.0.1 192.0.2.53 fe80::53 2001:db8::53 ", sTexts);
     EXPECT_EQ(0U, list.at(2).sockaddr().Ipv6.sin6_scope_id);
     EXPECT_EQ(0U, list.at(1).sockaddr().Ipv4.sin_port);
-    const std::string sName = "[V] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDnsServerList : ";
-    EXPECT_TRUE(trace.Has(sName + "sDns = \"fe80::53\""));
-    EXPECT_TRUE(trace.Has(sName + "uiDnsServerCount = 4"));
+    const std::string NAME = "[V] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDnsServerList : ";
+    EXPECT_TRUE(trace.Has(NAME + "sDns = \"fe80::53\""));
+    EXPECT_TRUE(trace.Has(NAME + "uiDnsServerCount = 4"));
 }
 
 TEST_F(AddressTable, HardwareAddresses)
@@ -380,50 +315,40 @@ TEST_F(AddressTable, HardwareAddresses)
         {0, L""}, {6, L"01-02-03-04-05-06"}, {8, L"01-02-03-04-05-06-07-08"}, {0xFFFFFFFF, L"01-02-03-04-05-06-07-08"}};
     for (const auto& [ulLength, pszText] : rows)
     {
-        addresses = {};
-        IP_ADAPTER_ADDRESSES& record = addresses.Add(INDEX);
-        for (BYTE i = 0; i < MAX_ADAPTER_ADDRESS_LENGTH; ++i)
-            record.PhysicalAddress[i] = static_cast<BYTE>(i + 1);
+        IP_ADAPTER_ADDRESSES& record = Only();
+        std::ranges::copy(std::to_array<BYTE>({1, 2, 3, 4, 5, 6, 7, 8}), record.PhysicalAddress);
         record.PhysicalAddressLength = ulLength;
-        trace.Empty();
-        Table table(TOLVA::FAMILY_BOTH);
-        const BYTE before[] = {9, 9, 9, 9, 9, 9};
-        TOLVA::HARDWARE_ADDRESS address(before, sizeof(before));
+        table.LoadTable();
+        TOLVA::HARDWARE_ADDRESS address(record.PhysicalAddress, 3);
         EXPECT_TRUE(table.GetHardwareAddress(INDEX, address));
         EXPECT_EQ(pszText, Text(address)) << ulLength;
-        EXPECT_EQ(ulLength == 0, trace.Has("[E] TOLVA::HARDWARE_ADDRESS::HARDWARE_ADDRESS : "
-                                           "Invalid byte array and/or count arguments"));
+        EXPECT_EQ(ulLength != 0, trace.Complaints().empty());
     }
 }
 
 /// Older systems give shorter records. What would lie beyond their end must not be read.
 TEST_F(AddressTable, RecordsOfOlderSystems)
 {
-    const struct
+    const std::pair<std::size_t, TOLVA::FAMILY_TYPE> rows[] = {
+        {offsetof(IP_ADAPTER_ADDRESSES, Ipv6IfIndex), TOLVA::FAMILY_IPV4},
+        {offsetof(IP_ADAPTER_ADDRESSES, Ipv6IfIndex) + 3, TOLVA::FAMILY_IPV4},
+        {offsetof(IP_ADAPTER_ADDRESSES, Ipv6IfIndex) + sizeof(DWORD), TOLVA::FAMILY_BOTH},
+        {sizeof(IP_ADAPTER_ADDRESSES_XP), TOLVA::FAMILY_BOTH},
+        {offsetof(IP_ADAPTER_ADDRESSES, Dhcpv4Server) + sizeof(void*), TOLVA::FAMILY_BOTH}};
+    for (const auto& [length, enExpected] : rows)
     {
-        std::size_t length;
-        TOLVA::FAMILY_TYPE enFamily;
-    } rows[] = {{offsetof(IP_ADAPTER_ADDRESSES, Ipv6IfIndex), TOLVA::FAMILY_IPV4},
-                {offsetof(IP_ADAPTER_ADDRESSES, Ipv6IfIndex) + 3, TOLVA::FAMILY_IPV4},
-                {offsetof(IP_ADAPTER_ADDRESSES, Ipv6IfIndex) + sizeof(DWORD), TOLVA::FAMILY_BOTH},
-                {sizeof(IP_ADAPTER_ADDRESSES_XP), TOLVA::FAMILY_BOTH},
-                {offsetof(IP_ADAPTER_ADDRESSES, Dhcpv4Server) + sizeof(void*), TOLVA::FAMILY_BOTH}};
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(row.length);
-        addresses = {};
-        IP_ADAPTER_ADDRESSES& record = addresses.Add(INDEX);
-        record.PhysicalAddressLength = 6;
-        addresses.entries[0].ulLength = static_cast<ULONG>(row.length);
-        Table table(TOLVA::FAMILY_BOTH);
-        for (const auto& [pszMember, ask] : MEMBERS)
-            EXPECT_TRUE(ask(table)) << pszMember;
+        SCOPED_TRACE(length);
+        Only().PhysicalAddressLength = 6;
+        addresses.entries[0].ulLength = static_cast<ULONG>(length);
+        for (const Operation& operation : OPERATIONS)
+            EXPECT_TRUE(operation.ask(Adapter())) << operation.sName;
+        table.LoadTable();
         TOLVA::FAMILY_TYPE enFamily = TOLVA::FAMILY_IPV6;
         EXPECT_TRUE(table.GetAddressFamilySupported(INDEX, enFamily));
-        EXPECT_EQ(row.enFamily, enFamily);
+        EXPECT_EQ(enExpected, enFamily);
         velmor::ip_address server(velmor::string("9.9.9.9"));
         EXPECT_TRUE(table.GetDhcpServer(INDEX, server));
-        EXPECT_STREQ("0.0.0.0", velmor::string(server).narrow_c_str());
+        EXPECT_EQ(velmor::ip_address(), server);
         unsigned long ulIAID = 7;
         velmor::string sDUID(L"before");
         EXPECT_TRUE(table.GetDhcpServer(INDEX, ulIAID, sDUID));
@@ -435,45 +360,33 @@ TEST_F(AddressTable, RecordsOfOlderSystems)
 /// The façade's questions: how each fails, and which family it asks the platform for.
 TEST_F(AddressTable, TheOperationsAroundTheQuestions)
 {
-    const struct
+    for (const Operation& operation : OPERATIONS)
     {
-        Question<const TOLVA::NIC_INFO&> operation;
-        const char* pszMember;
-        ULONG ulFamily;
-    } rows[] = {
-        {Operation("GetAdapterOperStatus", &TOLVA::GetAdapterOperStatus), "GetAdapterOperStatus", 0},
-        {Operation("AddressFamilySupported", &TOLVA::AddressFamilySupported), "GetAddressFamilySupported", 0},
-        {Operation("GetHardwareAddress", &TOLVA::GetHardwareAddress), "GetHardwareAddress", 0},
-        {Operation<velmor::ip_address>("GetDhcpServer", &TOLVA::GetDhcpServer), "GetDhcpServer", 2},
-        {Operation<unsigned long, velmor::string>("GetDhcpServer", &TOLVA::GetDhcpServer), "GetDhcpServer", 23},
-        {Operation("GetDnsServerList", &TOLVA::GetDnsServerList), "GetDnsServerList", 0},
-    };
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(row.operation.pszName);
-        const std::string sName = std::string("TOLVA::") + row.operation.pszName + " : ";
-        addresses = {};
-        addresses.Add(INDEX);
+        SCOPED_TRACE(operation.sName);
+        const std::string NAME = "] TOLVA::" + operation.sName + " : ";
+        const std::string MEMBER = "] TOLVA::Wrap_IP_ADAPTER_ADDRESSES::" + operation.sMember + " : ";
+        const std::string FAILED =
+            "[E" + NAME + "... ending( Wrap_IP_ADAPTER_ADDRESSES::" + operation.sMember + "() failed )\n";
+        Only();
+        EXPECT_TRUE(operation.ask(Adapter()));
+        EXPECT_EQ("[V" + NAME + "... ending", trace.Lines().back());
+        EXPECT_EQ(operation.ulFamily, addresses.calls.at(0).ulFamily);
 
-        trace.Empty();
-        EXPECT_TRUE(row.operation.ask(Adapter()));
-        EXPECT_EQ("[V] " + sName + "... ending", trace.Lines().back());
-        EXPECT_EQ(row.ulFamily, addresses.calls.at(0).ulFamily);
+        Only(INDEX + 1);
+        EXPECT_FALSE(operation.ask(Adapter()));
+        EXPECT_TRUE(trace.Has("[V" + MEMBER + "... ending : bFound = false"));
+        EXPECT_EQ(FAILED, trace.Complaints());
+        addresses.codes = {0, 0, 5};
+        addresses.calls.resize(2);
+        EXPECT_FALSE(operation.ask(Adapter()));
+        EXPECT_TRUE(trace.Complaints().ends_with("[E" + MEMBER +
+                                                 "... ending( Failed to load IP_ADAPTER_ADDRESSES table )\n" + FAILED));
 
-        trace.Empty();
-        EXPECT_FALSE(row.operation.ask(Adapter(L"")));
-        trace.ExpectLines({"[V] " + sName + "starting ...", "[E] " + sName + "... ending( Bad NIC GUID )"});
-
+        EXPECT_FALSE(operation.ask(Adapter(L"")));
+        trace.ExpectLines({"[V" + NAME + "starting ...", "[E" + NAME + "... ending( Bad NIC GUID )"});
         indexCodes.assign(indexNames.size() + 1, ERROR_INVALID_PARAMETER);
-        trace.Empty();
-        EXPECT_FALSE(row.operation.ask(Adapter()));
-        EXPECT_EQ("[E] " + sName + "... ending( TOLVA::GetAdapterIndex failed )", trace.Lines().back());
-
-        trace.Empty();
-        addresses.entries[0].record.IfIndex = INDEX + 1;
-        EXPECT_FALSE(row.operation.ask(Adapter()));
-        EXPECT_EQ("[E] " + sName + "... ending( Wrap_IP_ADAPTER_ADDRESSES::" + row.pszMember + "() failed )",
-                  trace.Lines().back());
+        EXPECT_FALSE(operation.ask(Adapter()));
+        EXPECT_EQ("[E" + NAME + "... ending( TOLVA::GetAdapterIndex failed )", trace.Lines().back());
     }
 }
 

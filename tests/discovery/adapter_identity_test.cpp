@@ -72,7 +72,6 @@ TEST_F(AdapterIdentity, TheSearchSpeaksOfEverySubkeyWithAnInstance)
     key.Set(L"0003", L"NetCfgInstanceId", StringData(GUID_A));
     key.Set(L"0003", L"DriverDesc", DwordData(1));
     key.Set(L"0004", L"NetCfgInstanceId", StringData(L"{NEVER SEEN}"));
-
     TOLVA::NIC_INFO NicInfo = Adapter();
     NicInfo.sNicDesc = L"kept";
     EXPECT_EQ(L"kept", Text(Completed(NicInfo).sNicDesc)) << "no readable description, but found";
@@ -86,165 +85,109 @@ TEST_F(AdapterIdentity, TheSearchSpeaksOfEverySubkeyWithAnInstance)
 )"),
               trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
 
-    Completed(Adapter(L"{NOBODY}"));
-    EXPECT_EQ("[V] TOLVA::GetAdapterEnumAndDesc : bFoundEnum = false",
-              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc").back());
-}
-
-TEST_F(AdapterIdentity, NothingToSearchWith)
-{
-    Completed(Adapter(L""));
-    EXPECT_EQ(Transcript(R"(
-[V] TOLVA::GetAdapterEnumAndDesc : starting ...
-[E] TOLVA::GetAdapterEnumAndDesc : ... ending( Bad NIXC GUID )
-)"),
-              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
-
+    const std::string NAME = "] TOLVA::GetAdapterEnumAndDesc : ";
+    const auto End = [&](const wchar_t* pszGuid) {
+        Completed(Adapter(pszGuid));
+        return trace.LinesOf("TOLVA::GetAdapterEnumAndDesc").back();
+    };
+    EXPECT_EQ("[V" + NAME + "bFoundEnum = false", End(L"{NOBODY}"));
+    EXPECT_EQ("[E" + NAME + "... ending( Bad NIXC GUID )", End(L""));
     const auto patch = PATCH_IMPORT(RegOpenKeyExW, [](auto...) -> LSTATUS { return ERROR_ACCESS_DENIED; });
-    Completed(Adapter());
-    EXPECT_EQ(Transcript(R"(
-[V] TOLVA::GetAdapterEnumAndDesc : starting ...
-[V] TOLVA::GetAdapterEnumAndDesc : NicInfo.sNicGuid = "<guid>"
-[E] TOLVA::GetAdapterEnumAndDesc : ... ending( velmor::Registry_System::EnumerateKeys failed) )"
-                         "\n"),
-              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
+    EXPECT_EQ("[E" + NAME + "... ending( velmor::Registry_System::EnumerateKeys failed) ", End(GUID_A));
 }
 
 TEST_F(AdapterIdentity, DeviceInstanceAndItsFallback)
 {
-    const std::string START = "\n[V] TOLVA::GetAdapterPCI : starting ...\n"
-                              "[V] TOLVA::GetAdapterPCI : NicInfo.sNicEnum = \"0001\"\n";
-    const std::string NOT_FOUND = "[I] TOLVA::GetAdapterPCI : 'DeviceInstanceID' not found\n";
-    const std::string END = "\n[V] TOLVA::GetAdapterPCI : ... ending\n";
-    const RegistryData none;
     const struct
     {
-        RegistryData device;
-        RegistryData connection;
-        const wchar_t* pszPci;
-        std::string sTranscript;
-    } rows[] = {
-        {StringData(L"PCI\\D"), StringData(L"PCI\\C"), L"PCI\\D",
-         START + R"([I] TOLVA::GetAdapterPCI : NicInfo.sNicPci = "PCI\D")" + END},
-        {none, StringData(L"PCI\\C"), L"PCI\\C",
-         START + NOT_FOUND + R"([I] TOLVA::GetAdapterPCI : NicInfo.sNicPci = "PCI\C")" + END},
-        {StringData(L"PCI\\D", REG_MULTI_SZ), StringData(L"PCI\\C"), L"PCI\\C",
-         START + NOT_FOUND + R"([I] TOLVA::GetAdapterPCI : NicInfo.sNicPci = "PCI\C")" + END},
-        {none, none, L"kept",
-         START + NOT_FOUND + "[E] TOLVA::GetAdapterPCI : ... ending( Get 'PnpInstanceID' failed)\n"},
-        {none, DwordData(1), L"kept",
-         START + NOT_FOUND + "[E] TOLVA::GetAdapterPCI : ... ending( Get 'PnpInstanceID' failed)\n"},
-    };
+        RegistryData device, connection;
+        const wchar_t* pszPci; ///< "kept" for a failure
+        bool bFallback;
+    } rows[] = {{StringData(L"PCI\\D"), StringData(L"PCI\\C"), L"PCI\\D", false},
+                {{}, StringData(L"PCI\\C"), L"PCI\\C", true},
+                {StringData(L"PCI\\D", REG_MULTI_SZ), StringData(L"PCI\\C"), L"PCI\\C", true},
+                {{}, {}, L"kept", true},
+                {{}, DwordData(1), L"kept", true}};
     for (const auto& row : rows)
     {
         const testing_support::RegistryKeyScope key(std::wstring(CLASS_KEY) + L"\\0001");
         const testing_support::RegistryKeyScope connection(CONNECTION_KEY);
         key.Set(L"", L"NetCfgInstanceId", StringData(GUID_A));
-        if (row.device != none)
-            key.Set(L"", L"DeviceInstanceID", row.device);
-        if (row.connection != none)
-            connection.Set(L"", L"PnpInstanceID", row.connection);
+        key.Set(L"", L"DeviceInstanceID", row.device);
+        connection.Set(L"", L"PnpInstanceID", row.connection);
         TOLVA::NIC_INFO NicInfo = Adapter();
         NicInfo.sNicPci = L"kept";
         EXPECT_EQ(row.pszPci, Text(Completed(NicInfo).sNicPci));
-        EXPECT_EQ(Transcript(row.sTranscript), trace.LinesOf("TOLVA::GetAdapterPCI"));
+        EXPECT_EQ(row.bFallback, trace.Has("[I] TOLVA::GetAdapterPCI : 'DeviceInstanceID' not found"));
+        EXPECT_EQ(row.pszPci == std::wstring(L"kept")
+                      ? "[E] TOLVA::GetAdapterPCI : ... ending( Get 'PnpInstanceID' failed)"
+                      : "[V] TOLVA::GetAdapterPCI : ... ending",
+                  trace.LinesOf("TOLVA::GetAdapterPCI").back());
     }
 }
 
 TEST_F(AdapterIdentity, ConnectionName)
 {
-    const RegistryData none;
     const struct
     {
         const wchar_t* pszGuid;
         RegistryData name;
         const wchar_t* pszName; ///< "unset" for a failure
-        const char* pszTranscript;
-    } rows[] = {
-        {GUID_A, StringData(L"B\u00FCro \u6771 2"), L"B\u00FCro \u6771 2",
-         R"(
-[V] TOLVA::GetAdapterIpconfigName : starting ...
-[V] TOLVA::GetAdapterIpconfigName : sIpconfigName = "B)"
-         "\xC3\xBC"
-         "ro \xE6\x9D\xB1"
-         R"( 2"
-[V] TOLVA::GetAdapterIpconfigName : ... ending
-)"},
-        {GUID_A, none, L"unset", R"(
-[V] TOLVA::GetAdapterIpconfigName : starting ...
-[E] TOLVA::GetAdapterIpconfigName : ... ending( Get 'Name' failed )
-)"},
-        {GUID_A, StringData(L"LAN", REG_EXPAND_SZ), L"unset", R"(
-[V] TOLVA::GetAdapterIpconfigName : starting ...
-[E] TOLVA::GetAdapterIpconfigName : ... ending( Get 'Name' failed )
-)"},
-        {L"", StringData(L"LAN"), L"unset", R"(
-[V] TOLVA::GetAdapterIpconfigName : starting ...
-[E] TOLVA::GetAdapterIpconfigName : ... ending( Bad NIC GUID )
-)"},
-    };
+        std::string sEnd;
+    } rows[] = {{GUID_A, StringData(L"B\u00FCro \u6771 2"), L"B\u00FCro \u6771 2", "[V] @ : ... ending"},
+                {GUID_A, {}, L"unset", "[E] @ : ... ending( Get 'Name' failed )"},
+                {GUID_A, StringData(L"LAN", REG_EXPAND_SZ), L"unset", "[E] @ : ... ending( Get 'Name' failed )"},
+                {L"", StringData(L"LAN"), L"unset", "[E] @ : ... ending( Bad NIC GUID )"}};
     for (const auto& row : rows)
     {
         const testing_support::RegistryKeyScope connection(CONNECTION_KEY);
-        if (row.name != none)
-            connection.Set(L"", L"Name", row.name);
-        trace.Empty();
+        connection.Set(L"", L"Name", row.name);
         velmor::string sName(L"unset");
-        EXPECT_EQ(row.pszName != std::wstring(L"unset"), TOLVA::GetAdapterIpconfigName(Adapter(row.pszGuid), sName));
+        EXPECT_EQ(row.sEnd.starts_with("[V]"), TOLVA::GetAdapterIpconfigName(Adapter(row.pszGuid), sName));
         EXPECT_EQ(row.pszName, Text(sName));
-        trace.ExpectLines(Transcript(row.pszTranscript));
+        EXPECT_EQ(Transcript(row.sEnd, "TOLVA::GetAdapterIpconfigName").front(), trace.Lines().back());
     }
 }
 
 TEST_F(AdapterIdentity, WhetherTheOptionsCanBeChanged)
 {
-    const std::string SUBKEY = "[V] TOLVA::CanChangeAdapterOptions : sSubKey = "
-                               R"("CurrentControlSet\Control\DeviceClasses\{AD498944-762F-11D0-8DCB-00C04FC3358C}\)";
-    const std::string FOUND = "[V] TOLVA::CanChangeAdapterOptions : Found DeviceInstance : sDeviceInstance = ";
-    const std::string MATCH = "[V] TOLVA::CanChangeAdapterOptions : Found PCI -> GUID match\n";
+    const std::string KEY = R"([V] @ : sSubKey = "CurrentControlSet\Control\DeviceClasses\)"
+                            R"({AD498944-762F-11D0-8DCB-00C04FC3358C}\)";
+    const std::string FOUND = "[V] @ : Found DeviceInstance : sDeviceInstance = ";
     const struct
     {
-        std::vector<std::pair<const wchar_t*, RegistryData>> instances;
+        RegistryData first, second;
         bool bAnswer;
         std::string sMiddle;
-    } rows[] = {
-        {{{L"a", StringData(L"pci\\dev_x")}, {L"b", StringData(L"PCI\\DEV_X")}},
-         true,
-         SUBKEY + "a\"\n" + FOUND + "\"pci\\dev_x\"\n" + MATCH},
-        {{{L"a", StringData(L"PCI\\DEV_X", REG_EXPAND_SZ)}, {L"b", StringData(L"PCI\\DEV_XY")}},
-         false,
-         SUBKEY + "a\"\n" + SUBKEY + "b\"\n" + FOUND + "\"PCI\\DEV_XY\"\n"},
-        {{}, false, ""},
-    };
+    } rows[] = {{StringData(L"pci\\dev_x"), StringData(L"PCI\\DEV_X"), true,
+                 KEY + "a\"\n" + FOUND + "\"pci\\dev_x\"\n[V] @ : Found PCI -> GUID match\n"},
+                {StringData(L"PCI\\DEV_X", REG_EXPAND_SZ), StringData(L"PCI\\DEV_XY"), false,
+                 KEY + "a\"\n" + KEY + "b\"\n" + FOUND + "\"PCI\\DEV_XY\"\n"}};
     TOLVA::NIC_INFO NicInfo = Adapter();
     NicInfo.sNicPci = L"PCI\\DEV_X";
+    bool bAnswer = false;
     for (const auto& row : rows)
     {
         const testing_support::RegistryKeyScope key(DEVICE_CLASS_KEY);
-        for (const auto& [pszSubKey, data] : row.instances)
-            key.Set(pszSubKey, L"DeviceInstance", data);
+        key.Set(L"a", L"DeviceInstance", row.first);
+        key.Set(L"b", L"DeviceInstance", row.second);
         trace.Empty();
-        bool bAnswer = !row.bAnswer;
         EXPECT_TRUE(TOLVA::CanChangeAdapterOptions(NicInfo, bAnswer));
         EXPECT_EQ(row.bAnswer, bAnswer);
-        trace.ExpectLines(
-            Transcript("[V] TOLVA::CanChangeAdapterOptions : starting ...\n" + row.sMiddle +
-                       "[I] TOLVA::CanChangeAdapterOptions : bCanChangeOptions = " + (row.bAnswer ? "true" : "false") +
-                       "\n[V] TOLVA::CanChangeAdapterOptions : ... ending"));
+        trace.ExpectLines(Transcript("[V] @ : starting ...\n" + row.sMiddle + "[I] @ : bCanChangeOptions = " +
+                                         (row.bAnswer ? "true" : "false") + "\n[V] @ : ... ending",
+                                     "TOLVA::CanChangeAdapterOptions"));
     }
-
     trace.Empty();
-    bool bAnswer = true;
-    EXPECT_FALSE(TOLVA::CanChangeAdapterOptions(Adapter(), bAnswer));
-    EXPECT_FALSE(bAnswer);
-    bAnswer = true;
-    EXPECT_FALSE(TOLVA::CanChangeAdapterOptions(NicInfo, bAnswer)) << "there are no device classes";
-    EXPECT_FALSE(bAnswer);
-    trace.ExpectLines(
-        {"[V] TOLVA::CanChangeAdapterOptions : starting ...",
-         "[E] TOLVA::CanChangeAdapterOptions : ... ending( Bad NIC PCI )",
-         "[V] TOLVA::CanChangeAdapterOptions : starting ...",
-         "[E] TOLVA::CanChangeAdapterOptions : ... ending( velmor::Registry_System::EnumerateKeys failed) "});
+    for (const TOLVA::NIC_INFO& other : {Adapter(), NicInfo}) // now there are no device classes
+    {
+        bAnswer = true;
+        EXPECT_FALSE(TOLVA::CanChangeAdapterOptions(other, bAnswer));
+        EXPECT_FALSE(bAnswer);
+    }
+    EXPECT_EQ("[E] TOLVA::CanChangeAdapterOptions : ... ending( Bad NIC PCI )\n"
+              "[E] TOLVA::CanChangeAdapterOptions : ... ending( velmor::Registry_System::EnumerateKeys failed) \n",
+              trace.Complaints());
 }
 
 } // namespace

@@ -25,8 +25,9 @@ void ReplaceAll(std::string& text, std::string_view what, std::string_view with)
 
 } // namespace
 
-std::vector<std::string> Transcript(std::string text)
+std::vector<std::string> Transcript(std::string text, std::string_view sOperation)
 {
+    ReplaceAll(text, "@", sOperation);
     ReplaceAll(text, "<guid>", "{0A1B2C3D-5E6F-4711-8123-9D0E1F2A3B4C}");
     std::vector<std::string> lines;
     for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1)
@@ -108,21 +109,16 @@ DWORD FakeAddressTable::Answer(ULONG ulFamily, ULONG ulFlags, void* pReserved, I
     return NO_ERROR;
 }
 
-DiscoveryTest::DiscoveryTest()
-    : m_uiHandles((TheTrace.SetTraceLevel(4), TheTrace.TraceIPv6(TRACE_ERROR, "", "", L""), CountHandles())),
-      m_interfaceInfo("GetInterfaceInfo",
-                      [this](IP_INTERFACE_INFO* pTable, ULONG* pulSize) { return interfaces.Answer(pTable, pulSize); }),
-      m_adaptersAddresses(
-          "GetAdaptersAddresses",
-          [this](ULONG ulFamily, ULONG ulFlags, void* pReserved, IP_ADAPTER_ADDRESSES* pTable, ULONG* pulSize) {
-              return addresses.Answer(ulFamily, ulFlags, pReserved, pTable, pulSize);
-          }),
-      m_adapterIndex("GetAdapterIndex", [this](wchar_t* pszName, ULONG* pulIndex) {
-          indexNames.emplace_back(pszName);
-          *pulIndex = ulIndex;
-          return Forced(indexCodes, indexNames.size() - 1);
-      })
+DiscoveryTest::DiscoveryTest() : m_uiHandles(CountHandles())
 {
+    ADD_PATCH(m_patches, GetInterfaceInfo,
+              [this](IP_INTERFACE_INFO* pTable, ULONG* pulSize) { return interfaces.Answer(pTable, pulSize); });
+    ADD_PATCH(m_patches, GetAdaptersAddresses, [this](auto... arguments) { return addresses.Answer(arguments...); });
+    ADD_PATCH(m_patches, GetAdapterIndex, [this](wchar_t* pszName, ULONG* pulIndex) {
+        indexNames.emplace_back(pszName);
+        *pulIndex = ulIndex;
+        return Forced(indexCodes, indexNames.size() - 1);
+    });
     // What the platform and the run time open for good when they are first used is no leak.
     static bool bWarm = false;
     if (!std::exchange(bWarm, true))
@@ -140,7 +136,6 @@ DiscoveryTest::DiscoveryTest()
 
 DiscoveryTest::~DiscoveryTest()
 {
-    TheTrace.SetTraceLevel(3);
     EXPECT_EQ(m_uiHandles, CountHandles()) << "handles are still open";
 }
 

@@ -11,8 +11,7 @@
 #include <support/import_patch.h>
 #include <support/registry_scope.h>
 #include <support/resources.h>
-#include <support/trace.h>
-#include <support/trace_file.h>
+#include <support/traced.h>
 #include <zelk_nm/tolva.h>
 
 constexpr const wchar_t* GUID_A = L"{0A1B2C3D-5E6F-4711-8123-9D0E1F2A3B4C}";
@@ -30,8 +29,9 @@ inline std::wstring Text(const velmor::string& text)
     return {text.c_str(), text.size()};
 }
 
-/// The transcript that stands in `text`, one line a line; "<guid>" stands for the adapter's GUID.
-std::vector<std::string> Transcript(std::string text);
+/// The transcript that stands in `text`, one line a line; "<guid>" stands for the adapter's GUID, "@" for the
+/// operation.
+std::vector<std::string> Transcript(std::string text, std::string_view sOperation = "@");
 
 /// The platform's table of IPv4 interfaces. The first call of a pair asks for the size, the second for the table.
 struct FakeInterfaceTable
@@ -72,9 +72,9 @@ struct FakeAddressTable
     DWORD Answer(ULONG ulFamily, ULONG ulFlags, void* pReserved, IP_ADAPTER_ADDRESSES* pTable, ULONG* pulSize);
 };
 
-/// Everything is traced; the platform's tables are made up; the registry is the real one. A case that leaves a handle
+/// The platform's tables are made up; the registry is the real one. A case that leaves a handle
 /// open fails.
-class DiscoveryTest : public testing::Test
+class DiscoveryTest : public testing_support::Traced
 {
 protected:
     DiscoveryTest();
@@ -85,7 +85,6 @@ protected:
     void SeedAdapter();
     void Seed(const std::wstring& sKey, const std::wstring& sName, const testing_support::RegistryData& data);
 
-    testing_support::TraceFile trace;
     FakeInterfaceTable interfaces;
     FakeAddressTable addresses;
     std::vector<std::wstring> indexNames; ///< what GetAdapterIndex was asked for
@@ -95,7 +94,5 @@ protected:
 private:
     unsigned int m_uiHandles;
     std::map<std::wstring, std::unique_ptr<testing_support::RegistryKeyScope>> m_keys;
-    testing_support::ImportPatch<decltype(&::GetInterfaceInfo)> m_interfaceInfo;
-    testing_support::ImportPatch<decltype(&::GetAdaptersAddresses)> m_adaptersAddresses;
-    testing_support::ImportPatch<decltype(&::GetAdapterIndex)> m_adapterIndex;
+    testing_support::ImportPatches m_patches;
 };

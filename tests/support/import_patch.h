@@ -32,7 +32,8 @@ private:
 };
 
 /// Replaces a platform function for one scope, as the calls of one module see it. The fake may be any callable, with
-/// captures too; of one lambda expression only one patch can be in force at a time. Patches end in reverse order.
+/// captures too, and may take the original before the arguments; of one lambda expression only one patch can be in
+/// force at a time. Patches end in reverse order.
 ///
 ///     const ImportPatch<decltype(&::GetInterfaceInfo)> patch("GetInterfaceInfo", [&](auto...) -> DWORD { return 5; });
 ///     const auto patch = PATCH_IMPORT(GetInterfaceInfo, [&](auto...) -> DWORD { return 5; }); // the same
@@ -52,23 +53,66 @@ public:
           m_slots(hModule, pszFunction, reinterpret_cast<void*>(Entry(*static_cast<Fake*>(m_fake.get()))))
     {
     }
+    ImportPatch(const ImportPatch&) = delete;
+    ImportPatch& operator=(const ImportPatch&) = delete;
 
     /// What the function was before, to be called from the fake or the test.
     [[nodiscard]] Function Original() const noexcept { return reinterpret_cast<Function>(m_slots.Original()); }
 
 private:
     template <class Fake>
-    static Function Entry(Fake& fake) noexcept
+    Function Entry(Fake& fake) noexcept
     {
-        static Fake* pCurrent;
-        pCurrent = &fake;
-        return [](Args... args) -> Result { return (*pCurrent)(args...); };
+        static Fake* pFake;
+        static ImportPatch* pPatch;
+        pFake = &fake;
+        pPatch = this;
+        return [](Args... args) -> Result {
+            if constexpr (std::is_invocable_v<Fake&, Args...>)
+                return (*pFake)(args...);
+            else
+                return (*pFake)(pPatch->Original(), args...);
+        };
     }
 
     std::shared_ptr<void> m_fake;
     ImportSlots m_slots;
 };
 
+/// Any number of them.
+class ImportPatches
+{
+public:
+    template <class Function, class Fake>
+    void Add(const char* pszFunction, Fake fake)
+    {
+        m_patches.push_back(std::make_shared<ImportPatch<Function>>(pszFunction, std::move(fake)));
+    }
+    ImportPatches() = default;
+    ImportPatches(const ImportPatches&) = delete;
+    ImportPatches& operator=(const ImportPatches&) = delete;
+    ~ImportPatches()
+    {
+        while (!m_patches.empty())
+            m_patches.pop_back();
+    }
+
+private:
+    std::vector<std::shared_ptr<void>> m_patches;
+};
+
+/// Adds to a set of patches what PATCH_IMPORT would give.
+#define ADD_PATCH(patches, Function, ...) (patches).Add<decltype(&::Function)>(#Function, __VA_ARGS__)
+
 #define PATCH_IMPORT(Function, ...) ::testing_support::ImportPatch<decltype(&::Function)>(#Function, __VA_ARGS__)
+
+/// Replaces WaitForSingleObject, but for waits without end: those are GoogleTest's own, for threads to be over.
+template <class Fake>
+auto PatchWait(Fake fake)
+{
+    return PATCH_IMPORT(WaitForSingleObject, [fake](auto original, HANDLE handle, DWORD dwTime) mutable -> DWORD {
+        return dwTime == INFINITE ? original(handle, dwTime) : fake(dwTime);
+    });
+}
 
 } // namespace testing_support

@@ -55,13 +55,11 @@ RegistryKeyScope::~RegistryKeyScope()
 
 void RegistryKeyScope::Set(const std::wstring& sSubKey, const std::wstring& sName, const RegistryData& data) const
 {
+    if (data == RegistryData())
+        return;
     const std::wstring sPath = sSubKey.empty() ? m_sPath : m_sPath + L'\\' + sSubKey;
-    HKEY hKey = nullptr;
-    EXPECT_EQ(0,
-              ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, sPath.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &hKey, nullptr));
-    EXPECT_EQ(0, ::RegSetValueExW(hKey, sName.c_str(), 0, data.dwType, data.bytes.data(),
-                                  static_cast<DWORD>(data.bytes.size())));
-    ::RegCloseKey(hKey);
+    EXPECT_EQ(0, ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, sPath.c_str(), sName.c_str(), data.dwType, data.bytes.data(),
+                                   static_cast<DWORD>(data.bytes.size())));
 }
 
 RegistryData RegistryKeyScope::Get(const std::wstring& sSubKey, const std::wstring& sName) const
@@ -90,14 +88,9 @@ RegistryValueScope::RegistryValueScope(const std::wstring& sPath, const std::wst
 RegistryValueScope::~RegistryValueScope()
 {
     if (m_before != RegistryData())
-    {
         m_key.Set(L"", m_sName, m_before);
-        return;
-    }
-    HKEY hKey = nullptr;
-    ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, m_key.Path().c_str(), 0, KEY_WRITE, &hKey);
-    ::RegDeleteValueW(hKey, m_sName.c_str());
-    ::RegCloseKey(hKey);
+    else
+        ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, m_key.Path().c_str(), m_sName.c_str());
 }
 
 } // namespace testing_support

@@ -35,7 +35,7 @@ public:
     ~RegistryKeyScope();
 
     [[nodiscard]] const std::wstring& Path() const noexcept { return m_sPath; }
-    /// An empty subkey is the key itself; a missing one is made.
+    /// An empty subkey is the key itself; a missing one is made. Nothing is set without data.
     void Set(const std::wstring& sSubKey, const std::wstring& sName, const RegistryData& data) const;
     /// Type REG_NONE and no bytes when there is no such value.
     [[nodiscard]] RegistryData Get(const std::wstring& sSubKey, const std::wstring& sName) const;

@@ -1,7 +1,7 @@
 #include <support/trace_file.h>
 
 #include <algorithm>
-#include <cctype>
+#include <regex>
 
 #include <gtest/gtest.h>
 
@@ -11,17 +11,6 @@ namespace testing_support
 {
 namespace
 {
-
-// '0' stands for a digit, anything else for itself.
-constexpr std::string_view TIME_FORM = "[0000-00-00 00:00:00.000]:";
-
-bool StartsWithTime(std::string_view sLine)
-{
-    return sLine.size() >= TIME_FORM.size() &&
-           std::equal(TIME_FORM.begin(), TIME_FORM.end(), sLine.begin(), [](char form, char character) {
-               return form == '0' ? character >= '0' && character <= '9' : form == character;
-           });
-}
 
 std::string Joined(const std::vector<std::string>& lines)
 {
@@ -35,17 +24,12 @@ std::string Joined(const std::vector<std::string>& lines)
 
 std::string NormalisedLine(std::string_view sLine)
 {
-    if (!StartsWithTime(sLine))
+    static const std::regex PREFIX(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}\]:[0-9A-Fa-f]{4,}:(\[.\]): )");
+    std::cmatch match;
+    if (!std::regex_search(sLine.data(), sLine.data() + sLine.size(), match, PREFIX,
+                           std::regex_constants::match_continuous))
         return std::string(sLine);
-    const std::string_view sRest = sLine.substr(TIME_FORM.size());
-    std::size_t digits = 0;
-    while (digits < sRest.size() && std::isxdigit(static_cast<unsigned char>(sRest[digits])) != 0)
-        ++digits;
-    // At least four digits, then ":[V]: ".
-    const std::string_view sTag = sRest.substr(digits, 6);
-    if (digits < 4 || sTag.size() < 6 || !sTag.starts_with(":[") || !sTag.ends_with("]: "))
-        return std::string(sLine);
-    return std::string(sTag.substr(1, 3)) + ' ' + std::string(sRest.substr(digits + 6));
+    return match.str(1) + ' ' + std::string(sLine.substr(static_cast<std::size_t>(match.length())));
 }
 
 TraceFile::TraceFile() : TraceFile(BesideProgram(L"Logfiles")) {}
@@ -87,8 +71,7 @@ std::vector<std::string> TraceFile::Lines() const
 
 bool TraceFile::Has(std::string_view sLine) const
 {
-    const std::vector<std::string> lines = Lines();
-    return std::find(lines.begin(), lines.end(), sLine) != lines.end();
+    return std::ranges::count(Lines(), sLine) > 0;
 }
 
 std::vector<std::string> TraceFile::LinesOf(std::string_view sOperation) const
@@ -98,6 +81,15 @@ std::vector<std::string> TraceFile::LinesOf(std::string_view sOperation) const
     std::vector<std::string> lines = Lines();
     std::erase_if(lines, [&](const std::string& sLine) { return sLine.find(sStart) != LEVEL.size(); });
     return lines;
+}
+
+std::string TraceFile::Complaints() const
+{
+    std::vector<std::string> lines = Lines();
+    std::erase_if(lines,
+                  [](const std::string& sLine) { return !sLine.starts_with("[E]") && !sLine.starts_with("[W]"); });
+    Empty();
+    return Joined(lines);
 }
 
 void TraceFile::ExpectLines(const std::vector<std::string>& expected, std::source_location where) const

@@ -32,6 +32,9 @@ public:
     /// The normalised lines that one operation wrote under its name.
     [[nodiscard]] std::vector<std::string> LinesOf(std::string_view sOperation) const;
 
+    /// The error and warning lines since the file was emptied, each with its end; empties it.
+    [[nodiscard]] std::string Complaints() const;
+
     /// Fails the test, showing a line by line difference, unless these are all the lines.
     void ExpectLines(const std::vector<std::string>& expected,
                      std::source_location where = std::source_location::current()) const;

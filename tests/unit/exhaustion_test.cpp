@@ -4,7 +4,7 @@
 #include <support/resources.h>
 #include <zelk_nm/tolva.h>
 
-#include "traced.h"
+#include <support/traced.h>
 
 using namespace testing_support;
 using velmor::string;

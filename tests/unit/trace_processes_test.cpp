@@ -1,5 +1,4 @@
 #include <memory>
-#include <optional>
 #include <set>
 #include <thread>
 
@@ -9,7 +8,6 @@
 #include <windows.h>
 
 #include <support/files.h>
-#include <support/import_patch.h>
 #include <support/trace.h>
 #include <support/trace_file.h>
 
@@ -42,7 +40,7 @@ std::string LineOf(int process, int thread, int line)
            std::string(static_cast<std::size_t>(line % 17), '#');
 }
 
-/// What a writer process does: `arguments` are its number, the log directory and whether it heeds the mutex.
+/// What a writer process does: `arguments` are its number and the log directory.
 int WriteLines(wchar_t** arguments)
 {
     const int process = std::stoi(arguments[0]);
@@ -53,25 +51,6 @@ int WriteLines(wchar_t** arguments)
     if (::WaitForSingleObject(go.get(), PATIENCE_MS) != WAIT_OBJECT_0)
         return 1;
 
-    // Without the mutex the threads of one process still take turns: what is left out is the agreement of processes.
-    CRITICAL_SECTION section;
-    ::InitializeCriticalSection(&section);
-    std::optional<ImportPatch<decltype(&::WaitForSingleObject)>> wait;
-    std::optional<ImportPatch<decltype(&::ReleaseMutex)>> release;
-    if (std::wstring_view(arguments[2]) == L"no-mutex")
-    {
-        wait.emplace("WaitForSingleObject", [&](HANDLE hWaited, DWORD dwTime) {
-            // Threads are waited for too.
-            if (dwTime != 60000)
-                return wait->Original()(hWaited, dwTime);
-            ::EnterCriticalSection(&section);
-            return DWORD{WAIT_OBJECT_0};
-        });
-        release.emplace("ReleaseMutex", [&](HANDLE) -> BOOL {
-            ::LeaveCriticalSection(&section);
-            return TRUE;
-        });
-    }
     std::vector<std::jthread> threads;
     for (int thread = 0; thread < THREADS; ++thread)
         threads.emplace_back([=] {
@@ -82,14 +61,7 @@ int WriteLines(wchar_t** arguments)
     return 0;
 }
 
-struct Damage
-{
-    std::size_t lost = 0;
-    std::size_t torn = 0;
-};
-
-/// Lets all writers loose at once and compares the log with what they wrote.
-Damage RunWriters(const wchar_t* pszMutex)
+TEST(TraceProcesses, ShareOneLogWithoutLoss)
 {
     const TempDirectory folder;
     const TraceFile log(folder.Path());
@@ -102,7 +74,7 @@ Damage RunWriters(const wchar_t* pszMutex)
         wchar_t program[1024];
         ::GetModuleFileNameW(nullptr, program, std::size(program));
         std::wstring sCommand = L'"' + std::wstring(program) + L"\" --write-lines " + std::to_wstring(process) +
-                                L" \"" + folder.Text() + L"\" " + pszMutex;
+                                L" \"" + folder.Text() + L'"';
         STARTUPINFOW start = {};
         start.cb = sizeof(start);
         PROCESS_INFORMATION made = {};
@@ -126,35 +98,14 @@ Damage RunWriters(const wchar_t* pszMutex)
         ::GetExitCodeProcess(process.get(), &dwExitCode);
         EXPECT_EQ(0U, dwExitCode);
     }
-    Damage damage;
+    std::vector<std::string> torn;
     for (const std::string& sLine : log.Lines())
-    {
-        const auto found = missing.find(sLine);
-        if (found != missing.end())
+        if (const auto found = missing.find(sLine); found != missing.end())
             missing.erase(found);
         else
-            ++damage.torn;
-    }
-    damage.lost = missing.size();
-    return damage;
-}
-
-TEST(TraceProcesses, ShareOneLogWithoutLoss)
-{
-    const Damage damage = RunWriters(L"mutex");
-    EXPECT_EQ(0U, damage.lost);
-    EXPECT_EQ(0U, damage.torn);
-}
-
-TEST(TraceProcesses, WithoutTheMutexTheSameCheckFindsDamage)
-{
-    for (int round = 0; round < 10 && !HasFailure(); ++round)
-    {
-        const Damage damage = RunWriters(L"no-mutex");
-        if (damage.lost + damage.torn > 0)
-            return;
-    }
-    ADD_FAILURE() << "the check cannot see what the mutex is for";
+            torn.push_back(sLine);
+    EXPECT_THAT(torn, testing::IsEmpty());
+    EXPECT_THAT(missing, testing::IsEmpty());
 }
 
 } // namespace
@@ -163,7 +114,7 @@ int main(int argc, char** argv)
 {
     int count = 0;
     wchar_t** const arguments = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    if (count == 5 && std::wstring_view(arguments[1]) == L"--write-lines")
+    if (count == 4 && std::wstring_view(arguments[1]) == L"--write-lines")
         return WriteLines(arguments + 2);
     ::LocalFree(arguments);
     testing::InitGoogleMock(&argc, argv);

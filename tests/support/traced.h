@@ -6,6 +6,9 @@
 #include <support/trace.h>
 #include <support/trace_file.h>
 
+namespace testing_support
+{
+
 /// Starts every case with an empty trace file, everything traced and hexadecimal digits in lower case.
 class Traced : public testing::Test
 {
@@ -18,5 +21,7 @@ protected:
     }
     ~Traced() override { TheTrace.SetTraceLevel(3); }
 
-    testing_support::TraceFile trace;
+    TraceFile trace;
 };
+
+} // namespace testing_support
