@@ -40,9 +40,8 @@ TEST(Generations, EnvironmentAndBackEnd)
     for (const bool bMiniNT : {false, true})
         for (const Generation& generation : GENERATIONS)
         {
-            SCOPED_TRACE(testing::Message() << testing::PrintToString(std::wstring(generation.pszWindows)) << ' '
-                                            << testing::PrintToString(std::wstring(generation.pszCurrentVersion))
-                                            << (bMiniNT ? " MiniNT" : ""));
+            SCOPED_TRACE(testing::PrintToString(std::wstring(generation.pszWindows) + L' ' +
+                                                generation.pszCurrentVersion + (bMiniNT ? L" MiniNT" : L"")));
             const RegistryValueScope version(VERSION_KEY, L"CurrentVersion", StringData(generation.pszCurrentVersion));
             std::optional<RegistryKeyScope> miniNT;
             if (bMiniNT)
@@ -82,9 +81,7 @@ TEST(Generations, TheDllStartsAndAnswersAlike)
             if (bMiniNT)
                 miniNT.emplace(MININT_KEY);
             const Installed program(L"dll_probe.exe", pszWindows);
-            std::filesystem::copy_file(BesideProgram(L"ZELK_NM.DLL"), program.Folder() / L"ZELK_NM.DLL");
-            WriteFileBytes(program.Folder() / L"trace.ini", "[Main]\r\nTOLVA_TraceLevel=4\r\n");
-
+            program.AddLibrary();
             EXPECT_EQ(sExpected, program.Run());
             const std::vector<std::string> lines = program.Trace();
             ASSERT_GE(lines.size(), 2U);

@@ -28,6 +28,12 @@ public:
     Installed& operator=(const Installed&) = delete;
     ~Installed() { ::RegDeleteTreeW(HKEY_CURRENT_USER, m_sSettings.c_str()); }
 
+    /// Gives it the library, tracing everything.
+    void AddLibrary() const
+    {
+        std::filesystem::copy_file(testing_support::BesideProgram(L"ZELK_NM.DLL"), Folder() / L"ZELK_NM.DLL");
+        testing_support::WriteFileBytes(Folder() / L"trace.ini", "[Main]\r\nTOLVA_TraceLevel=4\r\n");
+    }
     [[nodiscard]] const std::filesystem::path& Folder() const noexcept { return m_folder.Path(); }
     [[nodiscard]] std::vector<std::string> Trace() const
     {

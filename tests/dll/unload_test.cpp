@@ -47,13 +47,11 @@ TEST(Unloading, LeavesNothingBehindAndTracesToTheEnd)
     {
         SCOPED_TRACE(testing::PrintToString(std::wstring(row.pszWindows)) + ' ' + row.sAnswer);
         const Installed program(L"unload_probe.exe", row.pszWindows);
-        std::filesystem::copy_file(BesideProgram(L"ZELK_NM.DLL"), program.Folder() / L"ZELK_NM.DLL");
+        program.AddLibrary();
         const std::filesystem::path probes = BesideProgram(L"probe");
         std::filesystem::copy_file(probes / L"library_user.dll", program.Folder() / L"library_user.dll");
         if (row.pszDevmgr != nullptr)
             std::filesystem::copy_file(probes / row.pszDevmgr, program.Folder() / L"DEVMGR.DLL");
-        WriteFileBytes(program.Folder() / L"trace.ini", "[Main]\r\nTOLVA_TraceLevel=4\r\n");
-
         EXPECT_EQ(row.sAnswer + GONE, program.Run());
         const std::vector<std::string> lines = program.Trace();
         const std::size_t count = std::min(lines.size(), row.end.size());
