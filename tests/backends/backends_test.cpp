@@ -128,18 +128,15 @@ BackendTest::BackendTest()
     s_pTest = this;
     ReplaceLoader();
     ExportFunctions();
-    Replace<decltype(&::GetIpForwardTable)>("GetIpForwardTable", [this](auto... arguments) {
-        return FillTable("GetIpForwardTable", oldRoutes, arguments...);
-    });
-    Replace<decltype(&::GetIpAddrTable)>("GetIpAddrTable", [this](auto... arguments) {
-        return FillTable("GetIpAddrTable", oldAddresses, arguments...);
-    });
-    Replace<decltype(&::CreateIpForwardEntry)>("CreateIpForwardEntry", [this](MIB_IPFORWARDROW* pRow) {
+    ADD_PATCH(patches, GetIpForwardTable,
+              [this](auto... arguments) { return FillTable("GetIpForwardTable", oldRoutes, arguments...); });
+    ADD_PATCH(patches, GetIpAddrTable,
+              [this](auto... arguments) { return FillTable("GetIpAddrTable", oldAddresses, arguments...); });
+    ADD_PATCH(patches, CreateIpForwardEntry, [this](MIB_IPFORWARDROW* pRow) {
         return Create("CreateIpForwardEntry", oldRoutes, *pRow, pRow->dwForwardMetric1);
     });
-    Replace<decltype(&::DeleteIpForwardEntry)>("DeleteIpForwardEntry", [this](MIB_IPFORWARDROW* pRow) {
-        return Delete("DeleteIpForwardEntry", oldRoutes, *pRow);
-    });
+    ADD_PATCH(patches, DeleteIpForwardEntry,
+              [this](MIB_IPFORWARDROW* pRow) { return Delete("DeleteIpForwardEntry", oldRoutes, *pRow); });
 }
 
 BackendTest::~BackendTest()
@@ -177,16 +174,6 @@ DWORD BackendTest::Called(const std::string& sFunction, const std::string& sNote
     forced.pop_front();
     ::SetLastError(dwCode);
     return dwCode;
-}
-
-std::string BackendTest::Complaints() const
-{
-    std::string sText;
-    for (const std::string& sLine : trace.Lines())
-        if (sLine.starts_with("[E]") || sLine.starts_with("[W]"))
-            sText += sLine + '\n';
-    trace.Empty();
-    return sText;
 }
 
 template <class Table, class Rows>
@@ -245,25 +232,25 @@ DWORD BackendTest::Delete(const char* pszFunction, std::vector<Row>& table, cons
 void BackendTest::ReplaceLoader()
 {
     const auto hFake = reinterpret_cast<HMODULE>(this);
-    m_load.emplace("LoadLibraryW", [this, hFake](const wchar_t* pszName) {
+    ADD_PATCH(patches, LoadLibraryW, [this, hFake](auto original, const wchar_t* pszName) {
         const std::string sName = velmor::string(pszName).narrow_c_str();
         if (sName != "IPHLPAPI.DLL" && sName != "DEVMGR.DLL")
-            return m_load->Original()(pszName);
+            return original(pszName);
         Called("LoadLibraryW", "load " + sName);
         m_iModules += missing.contains(sName) ? 0 : 1;
         ::SetLastError(ERROR_MOD_NOT_FOUND);
         return missing.contains(sName) ? nullptr : hFake;
     });
-    m_find.emplace("GetProcAddress", [this, hFake](HMODULE hModule, const char* pszName) {
+    ADD_PATCH(patches, GetProcAddress, [this, hFake](auto original, HMODULE hModule, const char* pszName) {
         if (hModule != hFake)
-            return m_find->Original()(hModule, pszName);
+            return original(hModule, pszName);
         Called("GetProcAddress", pszName);
         ::SetLastError(ERROR_PROC_NOT_FOUND);
         return missing.contains(pszName) ? nullptr : reinterpret_cast<FARPROC>(exports[pszName]);
     });
-    m_free.emplace("FreeLibrary", [this, hFake](HMODULE hModule) -> BOOL {
+    ADD_PATCH(patches, FreeLibrary, [this, hFake](auto original, HMODULE hModule) -> BOOL {
         if (hModule != hFake)
-            return m_free->Original()(hModule);
+            return original(hModule);
         --m_iModules;
         return TRUE;
     });

@@ -60,17 +60,10 @@ protected:
     /// Runs the body in a new process, where nothing of the library has been used yet, up to that process's end.
     void InNewProcess(const std::function<void()>& body);
 
-    template <class Function, class Fake>
-    void Replace(const char* pszFunction, Fake fake)
-    {
-        m_patches.push_back(std::make_shared<testing_support::ImportPatch<Function>>(pszFunction, std::move(fake)));
-    }
     /// Notes a call and gives its forced result, the last error too, or TRUE_ANSWER.
     DWORD Called(const std::string& sFunction, const std::string& sNote);
     /// The calls since the last question, each with "; ".
     std::string Asked() { return std::exchange(m_sAsked, {}); }
-    /// The error and warning lines since the last question.
-    std::string Complaints() const;
 
     using Codes = std::map<std::string, std::deque<DWORD>>;
     Codes codes;                   ///< forced results of a function's next calls
@@ -99,8 +92,4 @@ private:
     int m_iModules = 0;
     std::map<void*, std::vector<unsigned char>> m_tables; ///< allocated and not freed
     std::vector<std::vector<unsigned char>> m_freed;      ///< kept, so that late readers find poison
-    std::optional<testing_support::ImportPatch<decltype(&::LoadLibraryW)>> m_load;
-    std::optional<testing_support::ImportPatch<decltype(&::GetProcAddress)>> m_find;
-    std::optional<testing_support::ImportPatch<decltype(&::FreeLibrary)>> m_free;
-    std::vector<std::shared_ptr<void>> m_patches;
 };

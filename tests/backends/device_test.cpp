@@ -17,35 +17,35 @@ protected:
     {
         NicInfo.sNicPci = L"PCI\\DEV_X";
         NicInfo.sNicEnum = L"0007";
-        Replace<decltype(&::SetupDiGetClassDevsW)>(
-            "SetupDiGetClassDevsW", [this](const GUID* pClass, const wchar_t* pszEnumerator, HWND hwnd, DWORD dwFlags) {
-                EXPECT_EQ(TOLVA::NIC_DEVICECLASS_GUID, *pClass);
-                EXPECT_EQ(nullptr, hwnd);
-                return Did("SetupDiGetClassDevs", DEVICE_SET, velmor::string(pszEnumerator).narrow_c_str(), dwFlags)
-                           ? DEVICE_SET
-                           : INVALID_HANDLE_VALUE;
-            });
-        Replace<decltype(&::SetupDiEnumDeviceInfo)>(
-            "SetupDiEnumDeviceInfo", [this](HDEVINFO hSet, DWORD dwMember, SP_DEVINFO_DATA* pDevice) -> BOOL {
-                pDevice->DevInst = 99;
-                return Did("SetupDiEnumDeviceInfo", hSet, "member", dwMember, pDevice->cbSize);
-            });
-        Replace<decltype(&::SetupDiSetClassInstallParamsW)>(
-            "SetupDiSetClassInstallParamsW",
+        ADD_PATCH(patches, SetupDiGetClassDevsW,
+                  [this](const GUID* pClass, const wchar_t* pszEnumerator, HWND hwnd, DWORD dwFlags) {
+                      EXPECT_EQ(TOLVA::NIC_DEVICECLASS_GUID, *pClass);
+                      EXPECT_EQ(nullptr, hwnd);
+                      return Did("SetupDiGetClassDevs", DEVICE_SET, velmor::string(pszEnumerator).narrow_c_str(),
+                                 dwFlags)
+                                 ? DEVICE_SET
+                                 : INVALID_HANDLE_VALUE;
+                  });
+        ADD_PATCH(patches, SetupDiEnumDeviceInfo,
+                  [this](HDEVINFO hSet, DWORD dwMember, SP_DEVINFO_DATA* pDevice) -> BOOL {
+                      pDevice->DevInst = 99;
+                      return Did("SetupDiEnumDeviceInfo", hSet, "member", dwMember, pDevice->cbSize);
+                  });
+        ADD_PATCH(
+            patches, SetupDiSetClassInstallParamsW,
             [this](HDEVINFO hSet, SP_DEVINFO_DATA* pDevice, SP_CLASSINSTALL_HEADER* pHeader, DWORD dwSize) -> BOOL {
                 const auto& change = *reinterpret_cast<const SP_PROPCHANGE_PARAMS*>(pHeader);
                 return Did("SetupDiSetClassInstallParams", hSet, "change", pDevice->DevInst, dwSize, pHeader->cbSize,
                            pHeader->InstallFunction, change.StateChange, change.Scope, change.HwProfile);
             });
-        Replace<decltype(&::SetupDiCallClassInstaller)>(
-            "SetupDiCallClassInstaller", [this](DI_FUNCTION function, HDEVINFO hSet, SP_DEVINFO_DATA* pDevice) -> BOOL {
-                return Did("SetupDiCallClassInstaller", hSet, "install", pDevice->DevInst, function);
-            });
-        Replace<decltype(&::SetupDiDestroyDeviceInfoList)>("SetupDiDestroyDeviceInfoList",
-                                                           [this](HDEVINFO hSet) -> BOOL {
-                                                               ::SetLastError(ERROR_INVALID_HANDLE);
-                                                               return Did("", hSet, "destroy");
-                                                           });
+        ADD_PATCH(patches, SetupDiCallClassInstaller,
+                  [this](DI_FUNCTION function, HDEVINFO hSet, SP_DEVINFO_DATA* pDevice) -> BOOL {
+                      return Did("SetupDiCallClassInstaller", hSet, "install", pDevice->DevInst, function);
+                  });
+        ADD_PATCH(patches, SetupDiDestroyDeviceInfoList, [this](HDEVINFO hSet) -> BOOL {
+            ::SetLastError(ERROR_INVALID_HANDLE);
+            return Did("", hSet, "destroy");
+        });
     }
 
     template <class... Values>
@@ -87,7 +87,7 @@ TEST_F(Device, EachStepOfAStateChangeCanFail)
                             sFunction + " failed ) : dwLastError = 1234\n";
             if (failing > 0 && failing < 4)
                 sExpected += "[E] TOLVA::" + sOperation + " : ... ending( AdapterStateChange failed )\n";
-            EXPECT_EQ(sExpected, Complaints());
+            EXPECT_EQ(sExpected, trace.Complaints());
         }
     EXPECT_TRUE(TOLVA::AdapterStateChange(2, 5, DEVICE_SET));
     EXPECT_EQ("member 5 32 ; change 99 20 8 18 2 1 0 ; install 99 18 ; ", Asked());
@@ -143,7 +143,7 @@ TEST_F(Device, PropertySheet)
             EXPECT_TRUE(TOLVA::ChangeAdapterOptions(NicInfo));
             EXPECT_EQ(row.sCalls, Asked());
             EXPECT_EQ(row.sComplaint.empty() ? "" : "[E] " + WRAP + "Wrap_DEVMGR_DLL : " + row.sComplaint,
-                      Complaints());
+                      trace.Complaints());
         });
     trace.ExpectLines({"[V] " + WRAP + "~Wrap_DEVMGR_DLL : FreeLibrary('DEVMGR.DLL')"});
 
@@ -155,7 +155,7 @@ TEST_F(Device, PropertySheet)
     EXPECT_EQ("[E] TOLVA::EnableAdapter : ... ending( Bad NIC PCI ID )\n"
               "[E] TOLVA::DisableAdapter : ... ending( Bad NIC PCI ID )\n"
               "[E] TOLVA::ChangeAdapterOptions : ... ending( Bad NIC PCI ID )\n",
-              Complaints());
+              trace.Complaints());
     EXPECT_EQ("", Asked());
 }
 

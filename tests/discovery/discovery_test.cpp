@@ -111,10 +111,10 @@ DWORD FakeAddressTable::Answer(ULONG ulFamily, ULONG ulFlags, void* pReserved, I
 
 DiscoveryTest::DiscoveryTest() : m_uiHandles(CountHandles())
 {
-    ADD_PATCH(m_patches, GetInterfaceInfo,
+    ADD_PATCH(patches, GetInterfaceInfo,
               [this](IP_INTERFACE_INFO* pTable, ULONG* pulSize) { return interfaces.Answer(pTable, pulSize); });
-    ADD_PATCH(m_patches, GetAdaptersAddresses, [this](auto... arguments) { return addresses.Answer(arguments...); });
-    ADD_PATCH(m_patches, GetAdapterIndex, [this](wchar_t* pszName, ULONG* pulIndex) {
+    ADD_PATCH(patches, GetAdaptersAddresses, [this](auto... arguments) { return addresses.Answer(arguments...); });
+    ADD_PATCH(patches, GetAdapterIndex, [this](wchar_t* pszName, ULONG* pulIndex) {
         indexNames.emplace_back(pszName);
         *pulIndex = ulIndex;
         return Forced(indexCodes, indexNames.size() - 1);

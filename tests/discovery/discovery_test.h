@@ -90,9 +90,9 @@ protected:
     std::vector<std::wstring> indexNames; ///< what GetAdapterIndex was asked for
     std::vector<DWORD> indexCodes;        ///< forced results of its first calls
     unsigned long ulIndex = 11;
+    testing_support::ImportPatches patches; ///< more of them may be added
 
 private:
     unsigned int m_uiHandles;
     std::map<std::wstring, std::unique_ptr<testing_support::RegistryKeyScope>> m_keys;
-    testing_support::ImportPatches m_patches;
 };
