@@ -292,23 +292,17 @@ TEST_F(Vista, Tcp6TableIsThePlatforms)
     EXPECT_EQ(77U, ulSize);
 }
 
-intptr_t s_iExitCode = 0;
-
-/// Instead of the command interpreter.
-intptr_t Spawn(int, const wchar_t*, const wchar_t*, ...)
-{
-    return s_iExitCode;
-}
-
 TEST_F(Vista, AddressesAreChangedByTheCommand)
 {
     Seed(CONNECTION_KEY, L"Name", StringData(L"LAN"));
-    const testing_support::ImportSlots slots(nullptr, "_wspawnlp", reinterpret_cast<void*>(&Spawn));
+    intptr_t iExitCode = 0;
+    // Instead of the command interpreter; only the arguments that come first matter to it.
+    patches.Add<intptr_t (*)(int, const wchar_t*)>("_wspawnlp", [&](int, const wchar_t*) { return iExitCode; });
     for (const auto& [sOperation, sDriver] :
          {std::pair<std::string, std::string>("AddIpAddr", "AddIpAddr"), {"DeleteIpAddr", "RemoveIpAddr"}})
         for (const bool bDone : {true, false})
         {
-            s_iExitCode = bDone ? 0 : 1;
+            iExitCode = bDone ? 0 : 1;
             trace.Empty();
             EXPECT_EQ(bDone, Run(api, sOperation));
             EXPECT_TRUE(trace.Has("[I] Wrap_netsh::" + sDriver + " : sIpAddress = \"10.0.0.5\""));

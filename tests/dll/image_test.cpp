@@ -134,4 +134,22 @@ TEST(DllImage, ExportsTheFacadeAndItsTypesOnly)
                                               "_ZTVN6velmor10ip_addressE"}));
 }
 
+TEST(DllImage, VersionIsThatOfItsResource)
+{
+    wchar_t path[MAX_PATH];
+    ASSERT_NE(0U, ::GetModuleFileNameW(::GetModuleHandleW(L"ZELK_NM.DLL"), path, std::size(path)));
+    std::vector<BYTE> resource(::GetFileVersionInfoSizeW(path, nullptr));
+    ASSERT_TRUE(::GetFileVersionInfoW(path, 0, static_cast<DWORD>(resource.size()), resource.data()));
+    VS_FIXEDFILEINFO* pFixed = nullptr;
+    UINT size = 0;
+    ASSERT_TRUE(::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&pFixed), &size));
+    const std::wstring sNumbers = std::to_wstring(HIWORD(pFixed->dwFileVersionMS)) + L'.' +
+                                  std::to_wstring(LOWORD(pFixed->dwFileVersionMS)) + L'.' +
+                                  std::to_wstring(HIWORD(pFixed->dwFileVersionLS)) + L'.' +
+                                  std::to_wstring(LOWORD(pFixed->dwFileVersionLS));
+    velmor::string sVersion;
+    EXPECT_EQ(0U, TOLVA::GetModuleProperty(TOLVA::TOLVA_GMP_VERSION, sVersion));
+    EXPECT_EQ(sNumbers, sVersion.c_str());
+}
+
 } // namespace

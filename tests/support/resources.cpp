@@ -72,51 +72,33 @@ private:
     bool m_bCounts;
 };
 
-AllocationWatch::AllocationWatch(HMODULE hModule)
-    : m_dwThread(::GetCurrentThreadId()),
-      // Silent until all patches are in place.
-      m_bInside(true),
-      m_malloc(
-          "malloc",
-          [this](std::size_t size) {
-              const Inside inside(*this);
-              return MayTake(inside) ? Took(inside, m_malloc.Original()(size)) : nullptr;
-          },
-          hModule),
-      m_calloc(
-          "calloc",
-          [this](std::size_t count, std::size_t size) {
-              const Inside inside(*this);
-              return MayTake(inside) ? Took(inside, m_calloc.Original()(count, size)) : nullptr;
-          },
-          hModule),
-      m_realloc(
-          "realloc",
-          [this](void* pBlock, std::size_t size) -> void* {
-              const Inside inside(*this);
-              if (!MayTake(inside))
-                  return nullptr;
-              void* const pNew = m_realloc.Original()(pBlock, size);
-              if (pNew != nullptr || size == 0)
-                  Freed(inside, pBlock);
-              return Took(inside, pNew);
-          },
-          hModule),
-      m_free(
-          "free",
-          [this](void* pBlock) {
-              const Inside inside(*this);
-              Freed(inside, pBlock);
-              m_free.Original()(pBlock);
-          },
-          hModule)
+AllocationWatch::AllocationWatch()
+    : m_dwThread(::GetCurrentThreadId()), m_bInside(true) // silent until all patches are in place
 {
-    if (hModule != nullptr && hModule != ::GetModuleHandleW(nullptr))
-        m_freeOfProgram.emplace("free", [this](void* pBlock) {
-            const Inside inside(*this);
-            Freed(inside, pBlock);
-            m_freeOfProgram->Original()(pBlock);
-        });
+    const auto Allocate = [this](auto original, auto... sizes) -> void* {
+        const Inside inside(*this);
+        return MayTake(inside) ? Took(inside, original(sizes...)) : nullptr;
+    };
+    m_patches.Add<void* (*)(std::size_t)>(
+        "malloc", [Allocate](auto original, std::size_t size) { return Allocate(original, size); });
+    m_patches.Add<void* (*)(std::size_t, std::size_t)>(
+        "calloc",
+        [Allocate](auto original, std::size_t count, std::size_t size) { return Allocate(original, count, size); });
+    m_patches.Add<void* (*)(void*, std::size_t)>("realloc",
+                                                 [this](auto original, void* pBlock, std::size_t size) -> void* {
+                                                     const Inside inside(*this);
+                                                     if (!MayTake(inside))
+                                                         return nullptr;
+                                                     void* const pNew = original(pBlock, size);
+                                                     if (pNew != nullptr || size == 0)
+                                                         Freed(inside, pBlock);
+                                                     return Took(inside, pNew);
+                                                 });
+    m_patches.Add<void (*)(void*)>("free", [this](auto original, void* pBlock) {
+        const Inside inside(*this);
+        Freed(inside, pBlock);
+        original(pBlock);
+    });
     m_bInside = false;
 }
 

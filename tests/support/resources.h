@@ -12,14 +12,12 @@ namespace testing_support
 /// of its own that stays.
 unsigned int CountHandles();
 
-/// Counts what one module takes from the C heap on the constructing thread, and can make it fail. Blocks are known
-/// until either the module or the program frees them. One at a time; nothing that the test itself allocates between
-/// arming and reading should come from the same module.
+/// Counts what the program takes from the C heap on the constructing thread, and can make it fail. One at a time; what
+/// the test itself allocates between arming and reading counts too.
 class AllocationWatch
 {
 public:
-    /// A null module is the program itself.
-    explicit AllocationWatch(HMODULE hModule = nullptr);
+    AllocationWatch();
     AllocationWatch(const AllocationWatch&) = delete;
     AllocationWatch& operator=(const AllocationWatch&) = delete;
     ~AllocationWatch();
@@ -50,12 +48,7 @@ private:
     unsigned int m_uiFirstFailure = 0;
     unsigned int m_uiFailures = 0;
     std::set<void*> m_live;
-    // Declared last: in force for the shortest time.
-    ImportPatch<void* (*)(std::size_t)> m_malloc;
-    ImportPatch<void* (*)(std::size_t, std::size_t)> m_calloc;
-    ImportPatch<void* (*)(void*, std::size_t)> m_realloc;
-    ImportPatch<void (*)(void*)> m_free;
-    std::optional<ImportPatch<void (*)(void*)>> m_freeOfProgram;
+    ImportPatches m_patches; ///< declared last: in force for the shortest time
 };
 
 } // namespace testing_support
