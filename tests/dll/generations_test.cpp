@@ -1,5 +1,6 @@
 // Start-ups under every Windows generation: Wine reports another Windows to a program whose name is in its settings.
 
+#include <optional>
 #include <sstream>
 
 #include <gtest/gtest.h>

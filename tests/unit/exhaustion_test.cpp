@@ -2,9 +2,8 @@
 
 #include <support/files.h>
 #include <support/resources.h>
-#include <zelk_nm/tolva.h>
-
 #include <support/traced.h>
+#include <zelk_nm/tolva.h>
 
 using namespace testing_support;
 using velmor::string;

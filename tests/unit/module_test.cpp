@@ -6,9 +6,8 @@
 
 #include <support/files.h>
 #include <support/import_patch.h>
-#include <zelk_nm/tolva.h>
-
 #include <support/traced.h>
+#include <zelk_nm/tolva.h>
 
 using namespace testing_support;
 using velmor::ip_address;

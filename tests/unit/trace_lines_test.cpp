@@ -4,7 +4,6 @@
 #include <support/call_frame.h>
 #include <support/files.h>
 #include <support/resources.h>
-
 #include <support/traced.h>
 
 using namespace testing_support;

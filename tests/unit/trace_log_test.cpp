@@ -6,9 +6,9 @@
 
 #include <support/files.h>
 #include <support/import_patch.h>
+#include <support/traced.h>
 
 #include "fake_windows.h"
-#include <support/traced.h>
 
 using namespace testing_support;
 using velmor::string;
