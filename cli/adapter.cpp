@@ -127,10 +127,15 @@ std::string Enumerate(const std::vector<Adapter>& adapters)
 
 } // namespace
 
-std::string Quoted(const Adapter& adapter)
+std::string CalledName(const Adapter& adapter)
 {
     const velmor::string& sName = adapter.Name();
-    return Quoted(ToUtf8(sName.empty() ? adapter.info.sNicGuid : sName));
+    return ToUtf8(sName.empty() ? adapter.info.sNicGuid : sName);
+}
+
+std::string Quoted(const Adapter& adapter)
+{
+    return Quoted(CalledName(adapter));
 }
 
 std::vector<Adapter> ListAdapters()

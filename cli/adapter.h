@@ -23,7 +23,9 @@ struct Adapter
     }
 };
 
-/// What messages call it, in quotation marks: its name, or the GUID of one without a name.
+/// Its name, or the GUID of one without a name.
+std::string CalledName(const Adapter& adapter);
+/// What messages call it: the same in quotation marks.
 std::string Quoted(const Adapter& adapter);
 
 /// Empty when it has none or it cannot be found out.

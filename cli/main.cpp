@@ -20,6 +20,7 @@
 #include "console.h"
 #include "dhcp_commands.h"
 #include "dns_commands.h"
+#include "doctor_commands.h"
 #include "exit_code.h"
 #include "gateway_commands.h"
 #include "identity_commands.h"
@@ -52,6 +53,7 @@ void Describe(CLI::App& app, Output& output)
     AddSettingsCommands(app, output);
     AddIdentityCommands(app, output);
     AddTcp6Commands(app, output);
+    AddDoctorCommand(app, output);
     app.callback([&] {
         if (!app.get_subcommands().empty())
             return;

@@ -20,9 +20,14 @@ std::string ModuleProperty(TOLVA::TOLVA_GMP_CAT category)
 
 } // namespace
 
+std::string VersionNumber()
+{
+    return ModuleProperty(TOLVA::TOLVA_GMP_VERSION);
+}
+
 std::string VersionText()
 {
-    return "ZELK_NM.DLL " + ModuleProperty(TOLVA::TOLVA_GMP_VERSION) + '\n' +
+    return "ZELK_NM.DLL " + VersionNumber() + '\n' +
            ModuleProperty(TOLVA::TOLVA_GMP_DESCRIPTION);
 }
 
