@@ -1,10 +1,9 @@
 #include "adapter_diagnosis.h"
 
-#include <memory>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 
+#include "registry.h"
 #include "text.h"
 
 namespace zelkctl
@@ -12,7 +11,6 @@ namespace zelkctl
 namespace
 {
 
-// Below HKEY_LOCAL_MACHINE.
 constexpr std::wstring_view CLASS_KEYS =
     L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
 constexpr std::wstring_view CONNECTIONS =
@@ -25,44 +23,13 @@ constexpr const wchar_t* CLASS_DEVICE_VALUE = L"DeviceInstanceID";
 constexpr const wchar_t* CONNECTION_DEVICE_VALUE = L"PnpInstanceID";
 constexpr const wchar_t* INTERFACE_DEVICE_VALUE = L"DeviceInstance";
 
-struct CloseKey
-{
-    void operator()(HKEY hKey) const noexcept { ::RegCloseKey(hKey); }
-};
-using UniqueKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseKey>;
-
-UniqueKey OpenKey(const std::wstring& sKey)
-{
-    HKEY hKey = nullptr;
-    ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, sKey.c_str(), 0, KEY_READ, &hKey);
-    return UniqueKey(hKey);
-}
-
-bool HasValue(const std::wstring& sKey, const wchar_t* pszValue)
-{
-    const UniqueKey key = OpenKey(sKey);
-    return key && ::RegQueryValueExW(key.get(), pszValue, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
-}
-
-/// Like the library: a value of another type than plain text is none.
-velmor::string ReadText(const std::wstring& sKey, const wchar_t* pszValue)
-{
-    wchar_t text[1024] = {};
-    DWORD dwSize = sizeof(text);
-    const LSTATUS rc = ::RegGetValueW(HKEY_LOCAL_MACHINE, sKey.c_str(), pszValue, RRF_RT_REG_SZ | RRF_NOEXPAND, nullptr,
-                                      text, &dwSize);
-    return rc == ERROR_SUCCESS ? text : L"";
-}
-
 /// The first key directly below the parent that has this text as its value; empty when there is none.
 std::wstring FindKey(std::wstring_view parent, const wchar_t* pszValue, const velmor::string& sWanted)
 {
     const std::wstring sParent(parent);
-    const UniqueKey key = OpenKey(sParent);
-    wchar_t name[256];
-    for (DWORD dwIndex = 0; key && ::RegEnumKeyW(key.get(), dwIndex, name, 256) == ERROR_SUCCESS; ++dwIndex)
+    for (const std::wstring& sName : SubKeys(sParent))
     {
-        std::wstring sKey = sParent + L'\\' + name;
+        std::wstring sKey = sParent + L'\\' + sName;
         if (EqualIgnoringCase(ReadText(sKey, pszValue), sWanted))
             return sKey;
     }

@@ -8,6 +8,8 @@
 
 #include <windows.h>
 
+#include "registry.h"
+
 namespace zelkctl
 {
 namespace
@@ -40,15 +42,6 @@ struct UnloadModule
     void operator()(HMODULE hModule) const noexcept { ::FreeLibrary(hModule); }
 };
 using UniqueModule = std::unique_ptr<std::remove_pointer_t<HMODULE>, UnloadModule>;
-
-bool KeyExists(const wchar_t* pszKey)
-{
-    HKEY hKey = nullptr;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, pszKey, 0, KEY_READ, &hKey) != ERROR_SUCCESS)
-        return false;
-    ::RegCloseKey(hKey);
-    return true;
-}
 
 /// The interpreter looks into the current directory and then along the path, and nowhere else: unlike when a program is
 /// started directly, the system's own directory has to be on the path.
