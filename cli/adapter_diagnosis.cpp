@@ -30,7 +30,8 @@ std::wstring FindKey(std::wstring_view parent, const wchar_t* pszValue, const ve
     for (const std::wstring& sName : SubKeys(sParent))
     {
         std::wstring sKey = sParent + L'\\' + sName;
-        if (EqualIgnoringCase(ReadText(sKey, pszValue), sWanted))
+        const auto text = ReadText(sKey, pszValue);
+        if (text && EqualIgnoringCase(*text, sWanted))
             return sKey;
     }
     return {};
@@ -53,9 +54,9 @@ struct AdapterKeys
           sClass(FindKey(CLASS_KEYS, INSTANCE_VALUE, sGuid)),
           bClassFound(!sClass.empty())
     {
-        const velmor::string sDevice = ReadText(sConnection, CONNECTION_DEVICE_VALUE);
-        if (!bClassFound && !sDevice.empty())
-            sClass = FindKey(CLASS_KEYS, CLASS_DEVICE_VALUE, sDevice);
+        const auto device = ReadText(sConnection, CONNECTION_DEVICE_VALUE);
+        if (!bClassFound && device && !device->empty())
+            sClass = FindKey(CLASS_KEYS, CLASS_DEVICE_VALUE, *device);
     }
 };
 
@@ -66,7 +67,7 @@ struct Source
     const wchar_t* pszValue;
 };
 
-/// Something that is taken from the first of its sources that has it.
+/// Something that is taken from the first of its sources that is there.
 struct Item
 {
     std::vector<Source> sources;
@@ -78,7 +79,7 @@ const Item ITEMS[] = {
     {{{&AdapterKeys::sClass, L"DriverDesc"}}, true, "it has no description"},
     {{{&AdapterKeys::sClass, CLASS_DEVICE_VALUE}, {&AdapterKeys::sConnection, CONNECTION_DEVICE_VALUE}},
      true,
-     "its device is not known, and neither type nor hardware address are asked for"},
+     "its device is not known, and is neither enabled nor disabled"},
     {{{&AdapterKeys::sConnection, L"Name"}}, true, "neither netsh nor ipconfig can be told which adapter is meant"},
     {{{&AdapterKeys::sConnection, CONNECTION_DEVICE_VALUE}},
      false,
@@ -142,10 +143,13 @@ void CheckItem(const Item& item, const AdapterKeys& keys, std::vector<Gap>& gaps
         const std::wstring& sKey = keys.*source.pKey;
         if (sKey.empty())
             continue; // the key itself is what is missing
-        if (!ReadText(sKey, source.pszValue).empty())
+        const auto text = ReadText(sKey, source.pszValue);
+        if (text && !text->empty())
             return;
         gap.sText += (gap.sText.empty() ? "" : ", and ") + Complaint(sKey, source.pszValue);
         gap.values.push_back(ValuePath(sKey, source.pszValue));
+        if (text)
+            break; // the library takes an empty text as it is
     }
     if (gap.values.empty())
         return;

@@ -24,8 +24,8 @@ std::vector<Adapter> ListInstalledAdapters()
         const std::wstring sConnection = CONNECTIONS + (L'\\' + sName) + L"\\Connection";
         Adapter adapter;
         adapter.info.sNicGuid = sName.c_str();
-        adapter.info.sNicPci = ReadText(sConnection, L"PnpInstanceID");
-        adapter.sIpconfigName = ReadText(sConnection, L"Name");
+        adapter.info.sNicPci = ReadText(sConnection, L"PnpInstanceID").value_or(L"");
+        adapter.sIpconfigName = ReadText(sConnection, L"Name").value_or(L"");
         if (!adapter.info.sNicPci.empty()) // other keys stand there too
             adapters.push_back(std::move(adapter));
     }

@@ -49,13 +49,13 @@ bool HasValue(const std::wstring& sKey, const wchar_t* pszValue)
     return key && ::RegQueryValueExW(key.get(), pszValue, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
-velmor::string ReadText(const std::wstring& sKey, const wchar_t* pszValue)
+std::optional<velmor::string> ReadText(const std::wstring& sKey, const wchar_t* pszValue)
 {
     wchar_t text[1024] = {};
     DWORD dwSize = sizeof(text);
     const LSTATUS rc = ::RegGetValueW(HKEY_LOCAL_MACHINE, sKey.c_str(), pszValue, RRF_RT_REG_SZ | RRF_NOEXPAND, nullptr,
                                       text, &dwSize);
-    return rc == ERROR_SUCCESS ? text : L"";
+    return rc == ERROR_SUCCESS ? std::optional<velmor::string>(text) : std::nullopt;
 }
 
 } // namespace zelkctl

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@ std::vector<std::wstring> SubKeys(const std::wstring& sKey);
 
 /// Whether there is such a value, of any type.
 bool HasValue(const std::wstring& sKey, const wchar_t* pszValue);
-/// Empty also for a value of another type than plain text: it is none for the library either.
-velmor::string ReadText(const std::wstring& sKey, const wchar_t* pszValue);
+/// Nothing also for a value of another type than plain text: it is none for the library either.
+std::optional<velmor::string> ReadText(const std::wstring& sKey, const wchar_t* pszValue);
 
 } // namespace zelkctl
