@@ -1,10 +1,12 @@
-# zelk_nm_add_test_program(NAME SOURCES <file>... [INTERNALS] [DLL] [TIMEOUT <seconds>])
+# zelk_nm_add_test_program(NAME SOURCES <file>... [INTERNALS] [DLL] [OLDER] [TIMEOUT <seconds>])
 #
 # One GoogleTest program, which is one CTest entry: a Wine process per case would cost more than the cases.
 # INTERNALS links the library's own objects and opens src/; DLL links ZELK_NM.DLL as any caller does.
+# OLDER adds a second entry, NAME_5_2: the same program on a Windows before Vista. The two share a folder, so they need a
+# common RESOURCE_LOCK.
 # The program lives in a folder of its own, with its own Logfiles and DLL, so that no trace or ini file meets another's.
 function(zelk_nm_add_test_program name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNALS;DLL" "TIMEOUT" "SOURCES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNALS;DLL;OLDER" "TIMEOUT" "SOURCES")
   if(arg_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "zelk_nm_add_test_program(${name}): unknown arguments ${arg_UNPARSED_ARGUMENTS}")
   endif()
@@ -36,8 +38,14 @@ function(zelk_nm_add_test_program name)
     target_sources(${name} PRIVATE ${folder}/ZELK_NM.DLL)
   endif()
 
+  set(tests ${name})
   add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${folder})
+  if(arg_OLDER)
+    list(APPEND tests ${name}_5_2)
+    add_test(NAME ${name}_5_2 COMMAND ${PROJECT_SOURCE_DIR}/scripts/wine-run-older.sh $<TARGET_FILE:${name}>
+      WORKING_DIRECTORY ${folder})
+  endif()
   # The emulator's own limit comes first: it ends the Windows process, not only the script around it.
   math(EXPR limit "${arg_TIMEOUT} - 5")
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT ZELK_WINE_TIMEOUT=${limit})
+  set_tests_properties(${tests} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT ZELK_WINE_TIMEOUT=${limit})
 endfunction()

@@ -18,73 +18,34 @@ RegistryData Number(int iState)
     return iState == -1 ? MISSING : iState == -2 ? StringData(L"1") : DwordData(static_cast<DWORD>(iState));
 }
 
-/// The lines of a command that is run and succeeds. The place of its output differs from run to run.
-std::string Command(const std::string& sOperation, const std::string& sAddress, const std::string& sCommand)
-{
-    const std::string sLines = R"([V] @ : starting ...
-[V] TOLVA::GetAdapterIpconfigName : starting ...
-[V] TOLVA::GetAdapterIpconfigName : sIpconfigName = "LAN 2"
-[V] TOLVA::GetAdapterIpconfigName : ... ending
-[V] @ : sIpconfigName = "LAN 2"
-[V] TOLVA::GetTempFilename : starting ...
-[V] TOLVA::GetTempFilename : wszTempPath = <file>
-[V] TOLVA::GetTempFilename : wszTempFilename = <file>
-[V] TOLVA::GetTempFilename : ... ending
-[V] @ : sOut = <file>
-)" + (sAddress.empty() ? "" : "[I] @ : sIpAddress = \"" + sAddress + "\"\n") +
-                               "[V] @ : " + sCommand + " returned : iRc = 0\n[V] @ : ... ending\n";
-    return std::regex_replace(sLines, std::regex("@"), sOperation);
-}
-
-std::string Listed(const std::string& sAddress, int prefix)
-{
-    const std::string sLines = R"([V] @ : sAddress = ")" + sAddress + R"("
-[V] @ : AssocIpAddr.bAutomatic = false
-[V] @ : AssocIpAddr.SubnetPrefix = )" +
-                               std::to_string(prefix) + R"(
-[V] @ : The scope level is <reserved> : AssocIpAddr.ScopeId.Level = 0
-[V] @ : AssocIpAddr.ScopeId.Zone = 0
-[V] @ : AssocIpAddr.ScopeId.Level = 0
-[V] @ : The IP address is the preferred address
-[V] @ : Prefix Origin : Manual
-[V] @ : Suffix Origin : Manual
-[V] @ : AssocIpAddr.ulIndex = 11
-)";
-    return std::regex_replace(sLines, std::regex("@"), "VistaAPI::GetAdaptersIpAddrs");
-}
-
-std::string Removed(const std::string& sAddress, const std::string& sFamily)
-{
-    return "[V] TOLVA::DeleteIpAddr : starting ...\n[V] VistaAPI::DeleteIpAddr : starting ...\n" +
-           Command("Wrap_netsh::RemoveIpAddr", sAddress, "netsh interface " + sFamily + " delete address") +
-           "[V] VistaAPI::DeleteIpAddr : ... ending : bRc = true\n[V] TOLVA::DeleteIpAddr : ... ending : bRc = true\n"
-           "[I] TOLVA::ReturnToDhcp : Removed : sCurrentIpAddress = \"" +
-           sAddress + "\"\n";
-}
-
 /// A request that came up every day: a static adapter becomes a DHCP client. The commands are stand-ins on the path.
 TEST_F(Dhcp, AStaticAdapterReturns)
 {
+    // Wine's search for a command mistakes a folder that does not end so for the one before it, when that is longer.
+    const std::wstring sBefore = ::_wgetenv(L"PATH");
+    const std::wstring sSystem = ::_wgetenv(L"SystemRoot") + std::wstring(L"\\system32\\;");
+    ::_wputenv((L"PATH=" + BesideProgram(L"stand_ins").wstring() + L';' + sSystem + sBefore).c_str());
     const TempDirectory folder;
     WriteFileBytes(folder / L"exit", "0");
     sRecord = (folder / L"record").wstring();
-    const std::wstring sPath = ::_wgetenv(L"PATH");
-    ::_wputenv((L"PATH=" + BesideProgram(L"stand_ins").wstring() + L';' + sPath).c_str());
     ::_wputenv((L"ZELK_STAND_IN=" + folder.Text()).c_str());
     Store(false, L"EnableDHCP", DwordData(0));
     Store(true, L"Dhcpv6State", DwordData(0));
     Store(false, L"NameServer", StringData(L"192.0.2.53"));
-    AddAddress("192.0.2.10", 24);
-    AddAddress("10.9.9.9", 8, 12); // another adapter's
-    AddAddress("2001:db8::10", 64);
     trace.Empty();
 
     EXPECT_TRUE(TOLVA::ReturnToDhcp(NicInfo, TOLVA::FAMILY_BOTH));
-    ::_wputenv((L"PATH=" + sPath).c_str());
+    ::_wputenv((L"PATH=" + sBefore).c_str());
+    const auto Removed = [](const std::string& sAddress) {
+        return "[V] TOLVA::DeleteIpAddr : starting ...\n[V] TOLVA::DeleteIpAddr : ... ending : bRc = true\n"
+               "[I] TOLVA::ReturnToDhcp : Removed : sCurrentIpAddress = \"" +
+               sAddress + "\"\n";
+    };
     std::vector<std::string> lines = trace.Lines();
-    for (std::string& sLine : lines)
-        sLine =
-            std::regex_replace(sLine, std::regex("(wszTempPath|wszTempFilename|sOut) = \".:[^\"]+\""), "$1 = <file>");
+    // What the back ends and the commands say is told by their own tests.
+    std::erase_if(lines, [](const std::string& sLine) {
+        return std::regex_search(sLine, std::regex("VistaAPI::|Wrap_|Get(AdapterI|TempF)|Convert"));
+    });
     EXPECT_EQ(Transcript(R"(
 [V] TOLVA::ReturnToDhcp : starting ...
 [V] TOLVA::ReturnToDhcp : IPv4 and IPv6
@@ -97,18 +58,9 @@ TEST_F(Dhcp, AStaticAdapterReturns)
 [V] TOLVA::IsDhcpEnabled : bDhcp6Enabled = false
 [V] TOLVA::IsDhcpEnabled : ... ending : bDhcpEnabled = false
 [V] TOLVA::GetAdaptersIpAddrs : starting ...
-[V] VistaAPI::GetAdaptersIpAddrs : starting ...
-[V] TOLVA::GetAdapterIndex : starting ...
-[V] TOLVA::GetAdapterIndex : NicInfo.sNicGuid = "<guid>"
-[V] TOLVA::GetAdapterIndex : ulAdapterIndex = 11
-[V] TOLVA::GetAdapterIndex : ... ending
-)" + Listed("192.0.2.10", 24) +
-                         Listed("2001:db8::10", 64) +
-                         R"([V] VistaAPI::GetAdaptersIpAddrs : ... ending
 [V] TOLVA::GetAdaptersIpAddrs : ... ending : bRc = true
-)" + Removed("192.0.2.10", "ipv4") +
-                         Removed("2001:db8::10", "ipv6") +
-                         R"(
+)" + Removed("10.0.0.1") +
+                         On(Removed("fe80::1"), "") + Removed("10.0.0.2") + On(Removed("fe80::2"), "") + R"(
 [V] TOLVA::ReturnToDhcp : sTcpip4Key = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
 [V] TOLVA::DisableAdapter : starting ...
 [V] TOLVA::DisableAdapter : NicInfo.sNicPci = "PCI\A"
@@ -122,13 +74,15 @@ TEST_F(Dhcp, AStaticAdapterReturns)
 [V] TOLVA::EnableAdapter : ... ending
 [V] TOLVA::RenewDhcp : starting ...
 [V] TOLVA::RenewDhcp : IPv4 and IPv6
-)" + Command("Wrap_ipconfig::RenewDhcp4", "", "ipconfig /renew") +
-                         Command("Wrap_ipconfig::RenewDhcp6", "", "ipconfig /renew6") +
-                         "[V] TOLVA::RenewDhcp : ... ending\n[V] TOLVA::ReturnToDhcp : ... ending\n"),
+[V] TOLVA::RenewDhcp : ... ending
+[V] TOLVA::ReturnToDhcp : ... ending
+)"),
               lines);
-    EXPECT_EQ("netsh interface ipv4 delete address \"LAN 2\" 192.0.2.10; "
-              "netsh interface ipv6 delete address \"LAN 2\" 2001:db8::10 persistent; disable; wait 500; enable; "
-              "ipconfig /renew \"LAN 2\"; ipconfig /renew6 \"LAN 2\"",
+    const std::string COMMAND4 = "netsh interface ipv4 delete address \"LAN 2\" 10.0.0.";
+    const std::string COMMAND6 = "; netsh interface ipv6 delete address \"LAN 2\" fe80::";
+    EXPECT_EQ(On(COMMAND4 + '1' + COMMAND6 + "1 persistent; " + COMMAND4 + '2' + COMMAND6 + "2 persistent",
+                 "ipv4 delete 10.0.0.1; ipv4 delete 10.0.0.2") +
+                  "; disable; wait 500; enable; ipconfig /renew \"LAN 2\"; ipconfig /renew6 \"LAN 2\"",
               Asked());
     EXPECT_EQ(DwordData(1), Stored(false, L"EnableDHCP"));
     EXPECT_EQ(DwordData(0), Stored(true, L"Dhcpv6State"));
@@ -230,52 +184,65 @@ TEST_F(Dhcp, LeasesOfBothFamiliesUntilOneIsRefused)
 
 TEST_F(Dhcp, ReturningStopsForFewThings)
 {
-    const std::string DELETE4 = "ipv4 delete 10.0.0.1; ipv4 delete 10.0.0.2";
-    const std::string RESTART = "disable; wait 500; enable; ";
+    // On older systems the addresses are those of IPv4, and they have been read before they cannot be.
+    const std::string DELETE4 = "ipv4 delete 10.0.0.1; ipv4 delete 10.0.0.2; ";
+    const std::string DELETE6 = On("ipv6 delete fe80::1; ipv6 delete fe80::2; ", "");
     const std::string GONE4 = "[I] Removed@10.0.0.1; [I] Removed@10.0.0.2; ";
+    const std::string GONE6 = On("[I] Removed@fe80::1; [I] Removed@fe80::2; ", "");
+    const std::string ALL =
+        On("ipv4 delete 10.0.0.1; ipv6 delete fe80::1; ipv4 delete 10.0.0.2; ipv6 delete fe80::2; ", DELETE4);
+    const std::string ALL_GONE =
+        On("[I] Removed@10.0.0.1; [I] Removed@fe80::1; [I] Removed@10.0.0.2; [I] Removed@fe80::2; ", GONE4);
+    const std::string RESTART = "disable; wait 500; enable; ";
+    const std::string UNREAD = On("", DELETE4 + RESTART + "/renew");
+    const std::string NOT_READ = On("[E] ... ending( TOLVA::GetAdaptersIpAddrs failed )", GONE4 + "[V] ... ending");
+
     const std::string KEPT = "[V] ... ending( One or more current IP addresses could not be removed ); ";
     const std::string FAIL4 = "[E] DeleteIpAddr failed@10.0.0.1; ";
+    const std::string NO_DEVICE = "[E] TOLVA::DisableAdapter; [E] TOLVA::EnableAdapter; ";
+    const auto BOTH = TOLVA::FAMILY_BOTH, IPV4 = TOLVA::FAMILY_IPV4, IPV6 = TOLVA::FAMILY_IPV6;
     const struct
     {
-        const char* pszCase;
         TOLVA::FAMILY_TYPE enFamily;
         int iState4, iState6, iAfter4;
-        std::function<void()> prepare;
+        DWORD dwTableRc;
+        int iFailWrite;
+        std::vector<std::string> refused;
         std::string sAsked, sSaid;
     } rows[] = {
-        {"IPv6 alone", TOLVA::FAMILY_IPV6, 0, 0, 0, [] {}, "ipv6 delete fe80::1; " + RESTART + "/renew6",
-         "[I] Removed@fe80::1; [V] ... ending"},
-        {"half a client", TOLVA::FAMILY_BOTH, 1, 0, 1, [] {},
-         "ipv4 delete 10.0.0.1; ipv6 delete fe80::1; ipv4 delete 10.0.0.2; " + RESTART + "/renew; /renew6",
-         "[I] Removed@10.0.0.1; [I] Removed@fe80::1; [I] Removed@10.0.0.2; [V] ... ending"},
-        {"a client", TOLVA::FAMILY_BOTH, 1, 2, 1, [] {}, "", "[W] ... ending( Already using DHCP )"},
-        {"no state of IPv6", TOLVA::FAMILY_BOTH, 0, -1, 0, [&] { RemoveKey(true); }, "",
-         "[E] ... ending( TOLVA::IsDhcpEnabled failed )"},
-        {"no addresses", TOLVA::FAMILY_IPV4, 2, 0, 2, [&] { dwTableRc = 5; }, "",
-         "[E] ... ending( TOLVA::GetAdaptersIpAddrs failed )"},
-        {"removals refused", TOLVA::FAMILY_IPV4, 2, 0, 1, [&] { refused = {"delete"}; },
-         DELETE4 + "; " + RESTART + "/renew", FAIL4 + "[E] DeleteIpAddr failed@10.0.0.2; " + KEPT + "[V] ... ending"},
-        {"all refused in turn", TOLVA::FAMILY_IPV4, 2, 0, 1,
-         [&] {
-             refused = {"10.0.0.1", "able", "renew"};
-         },
-         DELETE4 + "; " + RESTART + "/renew",
-         FAIL4 + "[I] Removed@10.0.0.2; " + KEPT + "[E] TOLVA::DisableAdapter; [E] TOLVA::EnableAdapter; " +
-             "[E] ... ending( TOLVA::RenewDhcp failed )"},
-        {"not written", TOLVA::FAMILY_IPV4, 2, 0, 2, [&] { iFailWrite = 1; }, DELETE4,
+        {IPV6, 0, 0, 0, 0, 0, {}, DELETE6 + RESTART + "/renew6", GONE6 + "[V] ... ending"},
+        {BOTH, 1, 0, 1, 0, 0, {}, ALL + RESTART + "/renew; /renew6", ALL_GONE + "[V] ... ending"},
+        {BOTH, 1, 2, 1, 0, 0, {}, "", "[W] ... ending( Already using DHCP )"},
+        {BOTH, 0, -1, 0, 0, 0, {}, "", "[E] ... ending( TOLVA::IsDhcpEnabled failed )"},
+        {IPV4, 2, 0, VISTA ? 2 : 1, 5, 0, {}, UNREAD, NOT_READ},
+        {IPV4,
+         2,
+         0,
+         1,
+         0,
+         0,
+         {"10.0.0.1", "able", "renew"},
+         DELETE4 + RESTART + "/renew",
+         FAIL4 + "[I] Removed@10.0.0.2; " + KEPT + NO_DEVICE + "[E] ... ending( TOLVA::RenewDhcp failed )"},
+        {IPV4,
+         2,
+         0,
+         2,
+         0,
+         1,
+         {},
+         DELETE4.substr(0, DELETE4.size() - 2),
          GONE4 + "[E] ... ending( Set 'EnableDHCP' failed )"},
     };
-    for (const char* pszAddress : {"10.0.0.1", "fe80::1", "10.0.0.2"})
-        AddAddress(pszAddress, 24);
     for (const auto& row : rows)
     {
-        SCOPED_TRACE(row.pszCase);
-        refused = {};
-        dwTableRc = 0;
+        SCOPED_TRACE(row.sSaid);
+        dwTableRc = row.dwTableRc;
+        refused = row.refused;
         Store(false, L"EnableDHCP", Number(row.iState4));
         Store(true, L"Dhcpv6State", Number(row.iState6));
-        row.prepare();
         Asked();
+        iFailWrite = row.iFailWrite;
         EXPECT_EQ(row.sSaid.rfind("[E] ...") == std::string::npos, TOLVA::ReturnToDhcp(NicInfo, row.enFamily));
         EXPECT_EQ(row.sSaid, Said("TOLVA::ReturnToDhcp"));
         EXPECT_EQ(row.sAsked, Asked());

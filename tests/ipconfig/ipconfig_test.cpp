@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <span>
 #include <utility>
 
 using namespace testing_support;
@@ -36,44 +37,147 @@ std::string Without(std::string sText, std::initializer_list<std::string_view> p
     return sText;
 }
 
+/// The address of a route is its next hop.
+struct Entry
+{
+    const char* pszAddress;
+    DWORD dwIndex;
+    UINT8 prefix;
+    const char* pszDestination = nullptr;
+};
+constexpr Entry ADDRESSES[] = {
+    {"10.0.0.1", 11, 16}, {"fe80::1", 11, 64}, {"10.0.0.7", 12, 8}, {"10.0.0.2", 11, 16}, {"fe80::2", 11, 64}};
+constexpr Entry ROUTES[] = {{"10.0.0.1", 11, 0, "0.0.0.0"},
+                            {"10.0.0.2", 12, 0, "0.0.0.0"},
+                            {"10.0.0.3", 11, 8, "10.0.0.0"},
+                            {"10.0.0.4", 11, 0, "10.0.0.0"},
+                            {"fe80::1", 11, 0, "::"}};
+
+DWORD Mask(UINT8 prefix)
+{
+    return ::htonl(static_cast<DWORD>(0xFFFFFFFF00000000 >> prefix));
+}
+
+std::string Dotted(DWORD dwNetworkOrder)
+{
+    IN_ADDR address;
+    address.s_addr = dwNetworkOrder;
+    return ::inet_ntoa(address);
+}
+
+void Set(MIB_IPADDRROW& row, const Entry& entry)
+{
+    row = {::inet_addr(entry.pszAddress), entry.dwIndex, Mask(entry.prefix), 0, 0, 0, MIB_IPADDR_PRIMARY};
+}
+void Set(MIB_UNICASTIPADDRESS_ROW& row, const Entry& entry)
+{
+    row.Address = Ip(entry.pszAddress).sockaddr();
+    row.InterfaceIndex = entry.dwIndex;
+    row.OnLinkPrefixLength = entry.prefix;
+}
+void Set(MIB_IPFORWARDROW& row, const Entry& entry)
+{
+    row.dwForwardDest = ::inet_addr(entry.pszDestination);
+    row.dwForwardMask = Mask(entry.prefix);
+    row.dwForwardNextHop = ::inet_addr(entry.pszAddress);
+    row.dwForwardIfIndex = entry.dwIndex;
+}
+void Set(MIB_IPFORWARD_ROW2& row, const Entry& entry)
+{
+    row.InterfaceIndex = entry.dwIndex;
+    row.DestinationPrefix = {Ip(entry.pszDestination).sockaddr(), entry.prefix};
+    row.NextHop = Ip(entry.pszAddress).sockaddr();
+}
+
+template <class Row>
+std::vector<Row> RowsOf(std::span<const Entry> entries, ADDRESS_FAMILY family)
+{
+    std::vector<Row> rows;
+    for (const Entry& entry : entries)
+        if (family == AF_UNSPEC || (family == AF_INET) == Ip(entry.pszAddress).is_ipv4())
+            Set(rows.emplace_back(), entry);
+    return rows;
+}
+
+template <class Table, class Row>
+DWORD FillOlderTable(DWORD dwForced, const std::vector<Row>& rows, Table* pTable, ULONG* pulSize)
+{
+    const auto ulNeeded = static_cast<ULONG>(offsetof(Table, table) + rows.size() * sizeof(Row));
+    const ULONG ulGiven = std::exchange(*pulSize, ulNeeded);
+    if (dwForced != NO_ERROR || ulGiven < ulNeeded)
+        return dwForced != NO_ERROR ? dwForced : ERROR_INSUFFICIENT_BUFFER;
+    pTable->dwNumEntries = static_cast<DWORD>(rows.size());
+    std::copy(rows.begin(), rows.end(), pTable->table);
+    return NO_ERROR;
+}
+
+/// The adapter and its IPv4 addresses, each with its place among all as context.
+DWORD FillAdapters(IP_ADAPTER_INFO* pBuffer, ULONG* pulSize)
+{
+    const ULONG ulGiven = std::exchange(*pulSize, sizeof(IP_ADAPTER_INFO) * std::size(ADDRESSES));
+    if (ulGiven < *pulSize)
+        return ERROR_BUFFER_OVERFLOW;
+    std::memset(pBuffer, 0, *pulSize);
+    pBuffer->Index = ADDRESSES[0].dwIndex;
+    IP_ADDR_STRING* pLast = &pBuffer->IpAddressList;
+    for (DWORD i = 0; i < std::size(ADDRESSES); ++i)
+    {
+        if (ADDRESSES[i].dwIndex != pBuffer->Index || !Ip(ADDRESSES[i].pszAddress).is_ipv4())
+            continue;
+        IP_ADDR_STRING& address = pBuffer[i].IpAddressList;
+        std::strcpy(address.IpAddress.String, ADDRESSES[i].pszAddress);
+        address.Context = i;
+        if (i > 0)
+            pLast = pLast->Next = &address;
+    }
+    return NO_ERROR;
+}
+
 } // namespace
 
 IpconfigTest* IpconfigTest::s_pCurrent;
 
-/// What Vista's IP Helper exports, of the current test's platform.
-struct NewerFunctions
+/// What the library finds in IP Helper at run time, of the current test's platform.
+struct FoundFunctions
 {
-    template <class Table, class Rows>
-    static DWORD Allocate(const Rows& rows, Table** ppTable)
+    template <class Table, class Row>
+    static DWORD Allocate(const std::vector<Row>& rows, Table** ppTable)
     {
         if (IpconfigTest::s_pCurrent->dwTableRc != NO_ERROR)
             return IpconfigTest::s_pCurrent->dwTableRc;
-        *ppTable = static_cast<Table*>(std::malloc(offsetof(Table, Table) + rows.size() * sizeof(rows[0])));
+        *ppTable = static_cast<Table*>(std::malloc(offsetof(Table, Table) + rows.size() * sizeof(Row)));
         (*ppTable)->NumEntries = static_cast<ULONG>(rows.size());
         std::copy(rows.begin(), rows.end(), (*ppTable)->Table);
         ++IpconfigTest::s_pCurrent->m_iOpen;
         return NO_ERROR;
     }
-    static DWORD GetAddresses(ADDRESS_FAMILY, MIB_UNICASTIPADDRESS_TABLE** ppTable)
+    static DWORD GetAddresses(ADDRESS_FAMILY family, MIB_UNICASTIPADDRESS_TABLE** ppTable)
     {
-        return Allocate(IpconfigTest::s_pCurrent->unicast, ppTable);
+        return Allocate(RowsOf<MIB_UNICASTIPADDRESS_ROW>(ADDRESSES, family), ppTable);
     }
-    static DWORD GetRoutes(ADDRESS_FAMILY, MIB_IPFORWARD_TABLE2** ppTable)
+    static DWORD GetRoutes(ADDRESS_FAMILY family, MIB_IPFORWARD_TABLE2** ppTable)
     {
-        return Allocate(IpconfigTest::s_pCurrent->routes, ppTable);
+        return Allocate(RowsOf<MIB_IPFORWARD_ROW2>(ROUTES, family), ppTable);
     }
     static void Free(void* pTable)
     {
         --IpconfigTest::s_pCurrent->m_iOpen;
         std::free(pTable);
     }
-    static DWORD FindLuid(NET_IFINDEX, NET_LUID*) { return NO_ERROR; }
-    static DWORD CreateRoute(const MIB_IPFORWARD_ROW2* pRow)
+    static DWORD ChangeRoute(const char* pszChange, const MIB_IPFORWARD_ROW2& row)
     {
-        IpconfigTest& test = *IpconfigTest::s_pCurrent;
-        if (test.dwRouteRc == NO_ERROR)
-            Append(test.m_sAsked, velmor::string(velmor::ip_address(pRow->NextHop)).narrow_c_str());
-        return test.dwRouteRc;
+        const std::string sNextHop = velmor::string(velmor::ip_address(row.NextHop)).narrow_c_str();
+        return IpconfigTest::s_pCurrent->IsTaken(pszChange + sNextHop) ? NO_ERROR : ERROR_ACCESS_DENIED;
+    }
+    static DWORD CreateRoute(const MIB_IPFORWARD_ROW2* pRow) { return ChangeRoute("via ", *pRow); }
+    static DWORD DeleteRoute(const MIB_IPFORWARD_ROW2* pRow) { return ChangeRoute("not via ", *pRow); }
+    static DWORD SetAddress(char* pszAdapter, BOOL bDhcp, ULONG ulAddress, ULONG ulMask, ULONG ulGateway)
+    {
+        EXPECT_EQ(std::wstring(GUID_A), std::wstring(pszAdapter, pszAdapter + std::strlen(pszAdapter)));
+        EXPECT_TRUE(!bDhcp && ulGateway == 0);
+        return IpconfigTest::s_pCurrent->IsTaken("ipv4 set " + Dotted(ulAddress) + ' ' + Dotted(ulMask))
+                   ? NO_ERROR
+                   : ERROR_INVALID_PARAMETER;
     }
     static FARPROC Find(HMODULE hModule, const char* pszName);
 };
@@ -81,24 +185,25 @@ struct NewerFunctions
 namespace
 {
 
-/// In force before the library's objects are built: they look the newer functions up once.
-[[gnu::init_priority(101)]] const ImportPatch<decltype(&::GetProcAddress)> newerFunctions("GetProcAddress",
-                                                                                          &NewerFunctions::Find);
+/// In force before the library's objects are built: they look functions up once.
+[[gnu::init_priority(101)]] const ImportPatch<decltype(&::GetProcAddress)> foundFunctions("GetProcAddress",
+                                                                                          &FoundFunctions::Find);
 
 } // namespace
 
-FARPROC NewerFunctions::Find(HMODULE hModule, const char* pszName)
+FARPROC FoundFunctions::Find(HMODULE hModule, const char* pszName)
 {
     const std::pair<const char*, void*> functions[] = {
         {"GetUnicastIpAddressTable", reinterpret_cast<void*>(&GetAddresses)},
         {"GetIpForwardTable2", reinterpret_cast<void*>(&GetRoutes)},
         {"FreeMibTable", reinterpret_cast<void*>(&Free)},
-        {"ConvertInterfaceIndexToLuid", reinterpret_cast<void*>(&FindLuid)},
-        {"CreateIpForwardEntry2", reinterpret_cast<void*>(&CreateRoute)}};
+        {"CreateIpForwardEntry2", reinterpret_cast<void*>(&CreateRoute)},
+        {"DeleteIpForwardEntry2", reinterpret_cast<void*>(&DeleteRoute)},
+        {"SetAdapterIpAddress", reinterpret_cast<void*>(&SetAddress)}};
     for (const auto& [pszFunction, pFunction] : functions)
         if (std::strcmp(pszName, pszFunction) == 0)
             return reinterpret_cast<FARPROC>(pFunction);
-    return newerFunctions.Original()(hModule, pszName);
+    return foundFunctions.Original()(hModule, pszName);
 }
 
 velmor::ip_address Ip(const char* pszAddress)
@@ -106,12 +211,9 @@ velmor::ip_address Ip(const char* pszAddress)
     return velmor::ip_address(velmor::string(pszAddress));
 }
 
-RegistryData ListData(const std::vector<std::wstring>& entries)
+RegistryData ListData(const std::wstring& sEntry)
 {
-    std::wstring sAll;
-    for (const std::wstring& sEntry : entries)
-        sAll += sEntry + L'\0';
-    return StringData(sAll, REG_MULTI_SZ);
+    return StringData(sEntry + L'\0', REG_MULTI_SZ);
 }
 
 IpconfigTest::IpconfigTest()
@@ -123,6 +225,32 @@ IpconfigTest::IpconfigTest()
     Seed(CONNECTION_KEY, L"Name", StringData(L"LAN 2"));
     Seed(InterfaceKey(false), L"", {});
     Seed(InterfaceKey(true), L"", {});
+    Replace<decltype(&::Sleep)>("Sleep", [this](DWORD dwTime) { Append(m_sAsked, "wait " + std::to_string(dwTime)); });
+    Replace<decltype(&::RegSetValueExW)>(
+        "RegSetValueExW", [this, pSetValue = &::RegSetValueExW](auto... arguments) -> LSTATUS {
+            return iFailWrite > 0 && --iFailWrite == 0 ? ERROR_ACCESS_DENIED : pSetValue(arguments...);
+        });
+    ReplaceCommands();
+    ReplaceOlderFunctions();
+    ReplaceDevice();
+}
+
+IpconfigTest::~IpconfigTest()
+{
+    EXPECT_EQ(0, m_iOpen) << "tables or device sets that were not freed";
+    while (!m_patches.empty())
+        m_patches.pop_back();
+}
+
+bool IpconfigTest::IsTaken(const std::string& sRequest)
+{
+    Append(m_sAsked, sRequest);
+    return std::none_of(refused.begin(), refused.end(),
+                        [&](const std::string& sWord) { return sRequest.find(sWord) != std::string::npos; });
+}
+
+void IpconfigTest::ReplaceCommands()
+{
     const auto pSpawn = reinterpret_cast<Spawn>(
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"msvcrt.dll"), "_wspawnlp")));
     Replace<Spawn>("_wspawnlp", [this, pSpawn](int iMode, auto... arguments) -> std::intptr_t {
@@ -144,26 +272,26 @@ IpconfigTest::IpconfigTest()
                    ? 0
                    : 1;
     });
-    Replace<decltype(&::Sleep)>("Sleep", [this](DWORD dwTime) { Append(m_sAsked, "wait " + std::to_string(dwTime)); });
-    Replace<decltype(&::RegSetValueExW)>(
-        "RegSetValueExW", [this, pSetValue = &::RegSetValueExW](auto... arguments) -> LSTATUS {
-            return iFailWrite > 0 && --iFailWrite == 0 ? ERROR_ACCESS_DENIED : pSetValue(arguments...);
-        });
-    ReplaceDevice();
 }
 
-IpconfigTest::~IpconfigTest()
+void IpconfigTest::ReplaceOlderFunctions()
 {
-    EXPECT_EQ(0, m_iOpen) << "tables or device sets that were not freed";
-    while (!m_patches.empty())
-        m_patches.pop_back();
-}
-
-bool IpconfigTest::IsTaken(const std::string& sRequest)
-{
-    Append(m_sAsked, sRequest);
-    return std::none_of(refused.begin(), refused.end(),
-                        [&](const std::string& sWord) { return sRequest.find(sWord) != std::string::npos; });
+    Replace<decltype(&::GetIpAddrTable)>("GetIpAddrTable", [this](auto* pTable, ULONG* pulSize, BOOL) {
+        return FillOlderTable(dwTableRc, RowsOf<MIB_IPADDRROW>(ADDRESSES, AF_INET), pTable, pulSize);
+    });
+    Replace<decltype(&::GetIpForwardTable)>("GetIpForwardTable", [this](auto* pTable, ULONG* pulSize, BOOL) {
+        return FillOlderTable(dwTableRc, RowsOf<MIB_IPFORWARDROW>(ROUTES, AF_INET), pTable, pulSize);
+    });
+    Replace<decltype(&::CreateIpForwardEntry)>("CreateIpForwardEntry", [this](MIB_IPFORWARDROW* pRow) -> DWORD {
+        return IsTaken("via " + Dotted(pRow->dwForwardNextHop)) ? NO_ERROR : ERROR_ACCESS_DENIED;
+    });
+    Replace<decltype(&::DeleteIpForwardEntry)>("DeleteIpForwardEntry", [this](MIB_IPFORWARDROW* pRow) -> DWORD {
+        return IsTaken("not via " + Dotted(pRow->dwForwardNextHop)) ? NO_ERROR : ERROR_ACCESS_DENIED;
+    });
+    Replace<decltype(&::GetAdaptersInfo)>("GetAdaptersInfo", &FillAdapters);
+    Replace<decltype(&::DeleteIPAddress)>("DeleteIPAddress", [this](ULONG ulContext) -> DWORD {
+        return IsTaken(std::string("ipv4 delete ") + ADDRESSES[ulContext].pszAddress) ? NO_ERROR : ERROR_ACCESS_DENIED;
+    });
 }
 
 void IpconfigTest::ReplaceDevice()
@@ -207,26 +335,6 @@ RegistryData IpconfigTest::Stored(bool bIpv6, const wchar_t* pszName) const
 void IpconfigTest::RemoveKey(bool bIpv6) const
 {
     EXPECT_EQ(0, ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, InterfaceKey(bIpv6).c_str()));
-}
-
-void IpconfigTest::AddAddress(const char* pszAddress, UINT8 prefix, DWORD dwIndex)
-{
-    MIB_UNICASTIPADDRESS_ROW& row = unicast.emplace_back();
-    row.Address = Ip(pszAddress).sockaddr();
-    row.InterfaceIndex = dwIndex;
-    row.PrefixOrigin = IpPrefixOriginManual;
-    row.SuffixOrigin = IpSuffixOriginManual;
-    row.OnLinkPrefixLength = prefix;
-    row.DadState = IpDadStatePreferred;
-}
-
-void IpconfigTest::AddRoute(const char* pszDestination, UINT8 prefix, const char* pszNextHop, DWORD dwIndex)
-{
-    MIB_IPFORWARD_ROW2& row = routes.emplace_back();
-    row.InterfaceIndex = dwIndex;
-    row.DestinationPrefix.Prefix = Ip(pszDestination).sockaddr();
-    row.DestinationPrefix.PrefixLength = prefix;
-    row.NextHop = Ip(pszNextHop).sockaddr();
 }
 
 std::string IpconfigTest::Said(const std::string& sOperation) const

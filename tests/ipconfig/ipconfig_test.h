@@ -6,14 +6,25 @@
 #include <support/files.h>
 #include <support/printers.h>
 
+/// Whether this Windows is to be Vista or later: the program's name tells what was asked of Wine.
+inline const bool VISTA = !std::string_view(_pgmptr).ends_with("_5_2.exe");
+/// What is expected of the generation that this is.
+inline std::string On(std::string sVista, std::string sOlder)
+{
+    return VISTA ? std::move(sVista) : std::move(sOlder);
+}
+
 constexpr auto UNKNOWN_FAMILY = static_cast<TOLVA::FAMILY_TYPE>(5);
 /// A value that is not there.
 const testing_support::RegistryData MISSING;
 
 velmor::ip_address Ip(const char* pszAddress);
-testing_support::RegistryData ListData(const std::vector<std::wstring>& entries);
+testing_support::RegistryData ListData(const std::wstring& sEntry);
 
 /// The adapter "LAN 2" of index 11. Commands, device, routes and addresses are made up; only the registry is real.
+/// Its addresses are 10.0.0.1/16, fe80::1/64, 10.0.0.2/16 and fe80::2/64; its routes 10.0.0.0/8 by 10.0.0.3 and the
+/// default ones by 10.0.0.1, 10.0.0.4 (for 10.0.0.0/0) and fe80::1. Another adapter has some too. No case has others:
+/// before Vista they are read once in the process.
 class IpconfigTest : public DiscoveryTest
 {
 protected:
@@ -25,32 +36,30 @@ protected:
     [[nodiscard]] testing_support::RegistryData Stored(bool bIpv6, const wchar_t* pszName) const;
     /// Makes the interface key missing.
     void RemoveKey(bool bIpv6) const;
-    void AddAddress(const char* pszAddress, UINT8 prefix, DWORD dwIndex = 11);
-    void AddRoute(const char* pszDestination, UINT8 prefix, const char* pszNextHop, DWORD dwIndex = 11);
     /// What an operation wrote under its name, joined by "; ". Of its verbose lines the endings alone. An address with
     /// its usual variable is "@" and the address.
     [[nodiscard]] std::string Said(const std::string& sOperation) const;
     /// What was asked of the system since the last question, likewise; the trace then begins anew too. Commands are
-    /// shortened to what differs among them, unless they are really run.
+    /// shortened to what differs among them, unless they are really run; the functions that change addresses on older
+    /// systems are told as the commands.
     std::string Asked();
 
     TOLVA::NIC_INFO NicInfo = Adapter();
-    std::vector<std::string> refused; ///< a command or device request that holds one of these words fails
+    std::vector<std::string> refused; ///< a request that holds one of these words fails
     int iFailWrite = 0;               ///< that registry write from now on fails
     DWORD dwTableRc = 0;              ///< of the tables of addresses and routes
-    DWORD dwRouteRc = 0;              ///< of the making of a route
     std::wstring sRecord;             ///< where stand-ins leave their command line; with it commands are really run
-    std::vector<MIB_UNICASTIPADDRESS_ROW> unicast;
-    std::vector<MIB_IPFORWARD_ROW2> routes;
 
 private:
-    friend struct NewerFunctions;
+    friend struct FoundFunctions;
     bool IsTaken(const std::string& sRequest);
     template <class Function, class Fake>
     void Replace(const char* pszFunction, Fake fake)
     {
         m_patches.push_back(std::make_shared<testing_support::ImportPatch<Function>>(pszFunction, std::move(fake)));
     }
+    void ReplaceCommands();
+    void ReplaceOlderFunctions();
     void ReplaceDevice();
 
     static IpconfigTest* s_pCurrent;
