@@ -78,11 +78,10 @@ TEST_F(Gateways, OneIsSet)
         ExpectStored(L"DefaultGateway", bWritten && gateway.is_ipv4() ? ListData(sGateway) : MARK,
                      bWritten && gateway.is_ipv6() ? ListData(sGateway) : MARK);
         EXPECT_EQ(sEnd, Said("TOLVA::SetDefaultGateway"));
-        const std::string sKey = "[V] TOLVA::SetDefaultGateway : " +
-                                 std::string(gateway.is_ipv6() ? "sTcpi6pKey = \"CurrentControlSet\\services\\Tcpip6"
-                                                               : "sTcpi4pKey = \"CurrentControlSet\\services\\Tcpip") +
-                                 "\\Parameters\\Interfaces\\<guid>\"";
-        EXPECT_EQ(sEnd != REFUSED, trace.Has(Transcript(sKey)[0]));
+        const std::string sKey = gateway.is_ipv6() ? "sTcpi6pKey = \"CurrentControlSet\\services\\Tcpip6"
+                                                   : "sTcpi4pKey = \"CurrentControlSet\\services\\Tcpip";
+        EXPECT_EQ(sEnd != REFUSED, trace.Has(Transcript("[V] TOLVA::SetDefaultGateway : " + sKey +
+                                                        "\\Parameters\\Interfaces\\<guid>\"")[0]));
         EXPECT_EQ(sAsked, Asked());
     }
     RemoveKey(false);
@@ -133,35 +132,24 @@ TEST_F(Registered, WhatIsAutomatic)
 
 TEST_F(Registered, BothReturnToDhcp)
 {
-    const struct
+    const auto IPV4 = TOLVA::FAMILY_IPV4, IPV6 = TOLVA::FAMILY_IPV6, BOTH = TOLVA::FAMILY_BOTH;
+    const std::tuple<bool, TOLVA::FAMILY_TYPE, int, RegistryData, RegistryData> rows[] = {
+        {false, IPV4, 0, NO_LIST, MARK},    {false, IPV6, 0, NO_LIST, NO_LIST}, // that of IPv4 too
+        {false, BOTH, 0, NO_LIST, NO_LIST}, {false, BOTH, 1, MARK, MARK},       {false, IPV6, 2, NO_LIST, MARK},
+        {true, IPV4, 0, NO_TEXT, MARK},     {true, IPV6, 0, MARK, NO_TEXT},     {true, BOTH, 0, NO_TEXT, NO_TEXT},
+        {true, BOTH, 1, MARK, MARK},        {true, BOTH, 2, NO_TEXT, MARK}};
+    for (const auto& [bDns, enFamily, iFail, data4, data6] : rows)
     {
-        bool bDns;
-        TOLVA::FAMILY_TYPE enFamily;
-        int iFailWrite;
-        RegistryData data4, data6;
-    } rows[] = {{false, TOLVA::FAMILY_IPV4, 0, NO_LIST, MARK},
-                {false, TOLVA::FAMILY_IPV6, 0, NO_LIST, NO_LIST}, // that of IPv4 too
-                {false, TOLVA::FAMILY_BOTH, 0, NO_LIST, NO_LIST},
-                {false, TOLVA::FAMILY_BOTH, 1, MARK, MARK},
-                {false, TOLVA::FAMILY_IPV6, 2, NO_LIST, MARK},
-                {true, TOLVA::FAMILY_IPV4, 0, NO_TEXT, MARK},
-                {true, TOLVA::FAMILY_IPV6, 0, MARK, NO_TEXT},
-                {true, TOLVA::FAMILY_BOTH, 0, NO_TEXT, NO_TEXT},
-                {true, TOLVA::FAMILY_BOTH, 1, MARK, MARK},
-                {true, TOLVA::FAMILY_BOTH, 2, NO_TEXT, MARK}};
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(std::to_string(row.bDns) + std::to_string(row.enFamily) + std::to_string(row.iFailWrite));
+        SCOPED_TRACE(std::to_string(bDns) + std::to_string(enFamily) + std::to_string(iFail));
         Mark();
-        iFailWrite = row.iFailWrite;
-        EXPECT_EQ(row.iFailWrite == 0,
-                  (row.bDns ? &TOLVA::ReturnDnsToDhcp : &TOLVA::ReturnGatewayToDhcp)(NicInfo, row.enFamily));
-        EXPECT_EQ(row.iFailWrite == 0 ? "[V] ... ending"
-                  : row.bDns          ? "[E] ... ending( Set 'NameServer' failed  )"
-                                      : "[E] ... ending( Set 'DefaultGateway' failed )",
-                  Said(row.bDns ? "TOLVA::ReturnDnsToDhcp" : "TOLVA::ReturnGatewayToDhcp"));
-        ExpectStored(row.bDns ? L"NameServer" : L"DefaultGateway", row.data4, row.data6);
-        ExpectStored(row.bDns ? L"DefaultGateway" : L"NameServer", MARK, MARK);
+        iFailWrite = iFail;
+        EXPECT_EQ(iFail == 0, (bDns ? &TOLVA::ReturnDnsToDhcp : &TOLVA::ReturnGatewayToDhcp)(NicInfo, enFamily));
+        EXPECT_EQ(iFail == 0 ? "[V] ... ending"
+                  : bDns     ? "[E] ... ending( Set 'NameServer' failed  )"
+                             : "[E] ... ending( Set 'DefaultGateway' failed )",
+                  Said(bDns ? "TOLVA::ReturnDnsToDhcp" : "TOLVA::ReturnGatewayToDhcp"));
+        ExpectStored(bDns ? L"NameServer" : L"DefaultGateway", data4, data6);
+        ExpectStored(bDns ? L"DefaultGateway" : L"NameServer", MARK, MARK);
         EXPECT_EQ("", Asked());
     }
 }
@@ -170,44 +158,32 @@ TEST_F(Dns, AListIsSet)
 {
     const std::string NOT_WRITTEN = "[E] ... ending( Set 'NameServer' failed )";
     const std::string REFUSED = "[E] ... ending( netsh set dnsserver failed )";
-    const RegistryData ALL4 = StringData(L"10.0.0.2,10.0.0.1");
-    const RegistryData ALL6 = StringData(L"fe80::1,fe80::2");
-    const struct
-    {
-        std::vector<const char*> list;
-        int iFailWrite;
-        RegistryData data4, data6;
-        std::string sAsked, sEnd;
-    } rows[] = {
-        {{}, 0, MARK, MARK, "", "[W] ... ending( No DNS server addresses )"},
-        {{"10.0.0.2", "10.0.0.1"}, 0, ALL4, NO_TEXT, "ipv4 set dnsservers 10.0.0.2", "[V] ... ending"},
-        {{"fe80::1"}, 1, MARK, MARK, "", NOT_WRITTEN},
-        {{"fe80::1"}, 2, NO_TEXT, MARK, "", NOT_WRITTEN},
-        {{"10.0.0.9"}, 0, StringData(L"10.0.0.9"), NO_TEXT, "ipv4 set dnsservers 10.0.0.9", REFUSED},
-        {{"fe80::1", "10.0.0.2", "fe80::2", "none", "10.0.0.1"},
-         0,
-         ALL4,
-         ALL6,
-         "ipv6 set dnsservers fe80::1",
-         "[V] ... ending"},
+    const std::string SET = "set dnsservers ";
+    const RegistryData ALL4 = StringData(L"10.0.0.2,10.0.0.1"), ALL6 = StringData(L"fe80::1,fe80::2");
+    const std::tuple<std::string, int, RegistryData, RegistryData, std::string, std::string> rows[] = {
+        {"", 0, MARK, MARK, "", "[W] ... ending( No DNS server addresses )"},
+        {"10.0.0.2 10.0.0.1", 0, ALL4, NO_TEXT, "ipv4 " + SET + "10.0.0.2", "[V] ... ending"},
+        {"fe80::1", 1, MARK, MARK, "", NOT_WRITTEN},
+        {"fe80::1", 2, NO_TEXT, MARK, "", NOT_WRITTEN},
+        {"10.0.0.9", 0, StringData(L"10.0.0.9"), NO_TEXT, "ipv4 " + SET + "10.0.0.9", REFUSED},
+        {"fe80::1 10.0.0.2 fe80::2 none 10.0.0.1", 0, ALL4, ALL6, "ipv6 " + SET + "fe80::1", "[V] ... ending"},
     };
     refused = {"10.0.0.9"};
-    for (const auto& row : rows)
+    std::vector<std::string> lines;
+    for (const auto& [sList, iFail, data4, data6, sAsked, sEnd] : rows)
     {
-        SCOPED_TRACE(row.sAsked + row.sEnd);
+        SCOPED_TRACE(sAsked + sEnd);
         Mark();
-        iFailWrite = row.iFailWrite;
+        iFailWrite = iFail;
         std::vector<velmor::ip_address> list;
-        for (const char* pszServer : row.list)
-            list.push_back(Ip(pszServer));
-        EXPECT_EQ(row.sEnd[1] != 'E', TOLVA::SetDnsServerList(NicInfo, list));
-        EXPECT_EQ(row.sEnd, Said("TOLVA::SetDnsServerList"));
-        ExpectStored(L"NameServer", row.data4, row.data6);
-        if (&row == std::end(rows) - 1)
-            break;
-        EXPECT_EQ(row.sAsked, Asked());
+        for (const std::string& sServer : Words(sList))
+            list.push_back(Ip(sServer.c_str()));
+        EXPECT_EQ(sEnd[1] != 'E', TOLVA::SetDnsServerList(NicInfo, list));
+        EXPECT_EQ(sEnd, Said("TOLVA::SetDnsServerList"));
+        ExpectStored(L"NameServer", data4, data6);
+        lines = trace.Lines();
+        EXPECT_EQ(sAsked, Asked());
     }
-    std::vector<std::string> lines = trace.Lines();
     lines.resize(5);
     EXPECT_EQ(Transcript(R"([V] TOLVA::SetDnsServerList : starting ...
 [V] TOLVA::SetDnsServerList : IPv4 : sTcpipKey = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
@@ -215,7 +191,6 @@ TEST_F(Dns, AListIsSet)
 [V] TOLVA::SetDnsServerList : IPv6 : sTcpipKey = "CurrentControlSet\services\Tcpip6\Parameters\Interfaces\<guid>"
 [V] TOLVA::SetDnsServerList : sDnsServer6 = "fe80::1,fe80::2")"),
               lines);
-    EXPECT_EQ("ipv6 set dnsservers fe80::1", Asked());
 }
 
 } // namespace

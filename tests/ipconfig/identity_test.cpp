@@ -1,7 +1,7 @@
 #include "ipconfig_test.h"
 
 #include <algorithm>
-#include <functional>
+#include <cstring>
 
 #include <dsrole.h>
 #include <ntsecapi.h>
@@ -13,23 +13,7 @@ namespace
 
 constexpr const wchar_t* PARAMETERS = L"SYSTEM\\CurrentControlSet\\services\\Tcpip\\Parameters";
 
-class Identity : public IpconfigTest
-{
-protected:
-    ~Identity() override
-    {
-        for (std::size_t i = 0; i < std::size(VALUES); ++i)
-            if (m_before[i] == MISSING)
-                ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, PARAMETERS, VALUES[i]);
-            else
-                m_key.Set(L"", VALUES[i], m_before[i]);
-    }
-
-    static constexpr const wchar_t* VALUES[] = {L"Hostname", L"NV Hostname", L"Domain", L"NV Domain"};
-    const RegistryKeyScope m_key{PARAMETERS};
-    const RegistryData m_before[4] = {m_key.Get(L"", VALUES[0]), m_key.Get(L"", VALUES[1]), m_key.Get(L"", VALUES[2]),
-                                      m_key.Get(L"", VALUES[3])};
-};
+using Identity = IpconfigTest;
 
 TEST_F(Identity, NamesOfEveryLength)
 {
@@ -48,41 +32,32 @@ TEST_F(Identity, NamesOfEveryLength)
             *pdwSize = static_cast<DWORD>(sName.size());
             return TRUE;
         });
-    const struct
+    const std::tuple<bool (*)(velmor::string&), COMPUTER_NAME_FORMAT, std::string, std::string> rows[] = {
+        {&TOLVA::GetComputerNameW, ComputerNameDnsHostname, "ComputerName", "GetComputerNameExW"},
+        {&TOLVA::GetPrimaryDnsSuffix, ComputerNameDnsDomain, "PrimaryDnsSuffix", "GetComputerNameEx"},
+        {&TOLVA::GetFullComputerName, ComputerNameDnsFullyQualified, "FullComputerName", "GetComputerNameEx"}};
+    for (const auto& [get, format, sWhat, sCalled] : rows)
     {
-        bool (*get)(velmor::string&);
-        COMPUTER_NAME_FORMAT format;
-        std::string sOperation, sVariable, sFailed;
-    } rows[] = {{&TOLVA::GetComputerNameW, ComputerNameDnsHostname, "TOLVA::GetComputerNameW", "sComputerName",
-                 "GetComputerNameExW"},
-                {&TOLVA::GetPrimaryDnsSuffix, ComputerNameDnsDomain, "TOLVA::GetPrimaryDnsSuffix", "sPrimaryDnsSuffix",
-                 "GetComputerNameEx"},
-                {&TOLVA::GetFullComputerName, ComputerNameDnsFullyQualified, "TOLVA::GetFullComputerName",
-                 "sFullComputerName", "GetComputerNameEx"}};
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(row.sOperation);
-        for (const std::size_t length : {0U, 1U, 15U, 16U, 63U, 253U, 254U})
+        SCOPED_TRACE(sWhat);
+        const std::string sOperation = "TOLVA::Get" + sWhat + (sWhat == "ComputerName" ? "W" : "");
+        velmor::string sFound = L"old";
+        for (const std::size_t length : {0U, 15U, 16U, 254U, 6U})
         {
-            sName = std::wstring(length, L'\x65E5') + (length == 15 ? L"\xD83D\xDE00" : L"");
-            velmor::string sFound = L"old";
-            EXPECT_TRUE(row.get(sFound));
+            sName = length == 6 ? L"zelk-1" : std::wstring(length, L'\x65E5') + (length == 15 ? L"\xD83D\xDE00" : L"");
+            trace.Empty();
+            EXPECT_TRUE(get(sFound));
             EXPECT_EQ(sName, Text(sFound));
-            EXPECT_EQ(row.format, asked);
+            EXPECT_EQ(format, asked);
         }
-        sName = L"zelk-1";
-        trace.Empty();
-        velmor::string sFound;
-        EXPECT_TRUE(row.get(sFound));
-        trace.ExpectLines({"[V] " + row.sOperation + " : starting ...",
-                           "[V] " + row.sOperation + " : " + row.sVariable + " = \"zelk-1\"",
-                           "[V] " + row.sOperation + " : ... ending"});
+        trace.ExpectLines({"[V] " + sOperation + " : starting ...",
+                           "[V] " + sOperation + " : s" + sWhat + " = \"zelk-1\"",
+                           "[V] " + sOperation + " : ... ending"});
         for (DWORD& dwCode : codes)
         {
             dwCode = ERROR_INVALID_PARAMETER;
             trace.Empty();
-            EXPECT_FALSE(row.get(sFound));
-            EXPECT_EQ("[E] ... ending( " + row.sFailed + " failed ) : dwLastError = 87", Said(row.sOperation));
+            EXPECT_FALSE(get(sFound));
+            EXPECT_EQ("[E] ... ending( " + sCalled + " failed ) : dwLastError = 87", Said(sOperation));
             dwCode = 0;
         }
         EXPECT_EQ(L"zelk-1", Text(sFound));
@@ -92,32 +67,26 @@ TEST_F(Identity, NamesOfEveryLength)
 TEST_F(Identity, NamesAreWrittenTwice)
 {
     const RegistryData OLD = StringData(L"old");
-    const struct
-    {
-        bool (*set)(const velmor::string&);
-        std::string sOperation, sValue;
-        const wchar_t* const* ppszValues;
-    } operations[] = {{&TOLVA::SetComputerNameW, "TOLVA::SetComputerNameW", "Hostname", &VALUES[0]},
-                      {&TOLVA::SetPrimaryDnsSuffix, "TOLVA::SetPrimaryDnsSuffix", "Domain", &VALUES[2]}};
-    for (const auto& operation : operations)
+    const std::tuple<bool (*)(const velmor::string&), std::string, std::wstring> operations[] = {
+        {&TOLVA::SetComputerNameW, "TOLVA::SetComputerNameW", L"Hostname"},
+        {&TOLVA::SetPrimaryDnsSuffix, "TOLVA::SetPrimaryDnsSuffix", L"Domain"}};
+    const RegistryKeyScope key(PARAMETERS);
+    for (const auto& [set, sOperation, sValue] : operations)
         for (const wchar_t* pszName : {L"", L"zelk \x65E5\x672C"})
             for (const int iFail : {0, 1, 2})
             {
-                SCOPED_TRACE(operation.sOperation + std::to_string(iFail));
-                for (const wchar_t* pszValue : VALUES)
-                    m_key.Set(L"", pszValue, OLD);
+                SCOPED_TRACE(sOperation + std::to_string(iFail));
+                const RegistryValueScope now(PARAMETERS, sValue, OLD), later(PARAMETERS, L"NV " + sValue, OLD);
                 Asked();
                 iFailWrite = iFail;
-                EXPECT_EQ(iFail == 0, operation.set(pszName));
-                std::string sSaid = iFail == 0   ? "[V] ... ending"
-                                    : iFail == 1 ? "[E] ... ending( Set '" + operation.sValue + "' failed )"
-                                                 : "[E] ... ending( Set 'NV " + operation.sValue + "' failed )";
-                if (*pszName == L'\0' && operation.sValue == "Domain")
-                    sSaid.insert(0, "[W] Empty Primary DNS suffix; ");
-                EXPECT_EQ(sSaid, Said(operation.sOperation));
-                EXPECT_EQ(iFail == 1 ? OLD : StringData(pszName), m_key.Get(L"", operation.ppszValues[0]));
-                EXPECT_EQ(iFail == 0 ? StringData(pszName) : OLD, m_key.Get(L"", operation.ppszValues[1]));
-                EXPECT_EQ(OLD, m_key.Get(L"", VALUES[operation.ppszValues == &VALUES[0] ? 2 : 0]));
+                EXPECT_EQ(iFail == 0, set(pszName));
+                const std::string sFailed = (iFail == 1 ? "" : "NV ") + std::string(sValue.begin(), sValue.end());
+                EXPECT_EQ(
+                    std::string(*pszName == L'\0' && sValue == L"Domain" ? "[W] Empty Primary DNS suffix; " : "") +
+                        (iFail == 0 ? "[V] ... ending" : "[E] ... ending( Set '" + sFailed + "' failed )"),
+                    Said(sOperation));
+                EXPECT_EQ(iFail == 1 ? OLD : StringData(pszName), key.Get(L"", sValue));
+                EXPECT_EQ(iFail == 0 ? StringData(pszName) : OLD, key.Get(L"", L"NV " + sValue));
             }
 }
 
@@ -126,33 +95,31 @@ TEST_F(Identity, WorkgroupIsRead)
     DSROLE_PRIMARY_DOMAIN_INFO_BASIC information = {};
     DWORD dwRc = 0;
     int iAllocated = 0;
-    const auto get =
-        PATCH_IMPORT(DsRoleGetPrimaryDomainInformation,
-                     [&](const wchar_t* pszServer, DSROLE_PRIMARY_DOMAIN_INFO_LEVEL level, PBYTE* ppBuffer) {
-                         EXPECT_EQ(nullptr, pszServer);
-                         EXPECT_EQ(DsRolePrimaryDomainInfoBasic, level);
-                         iAllocated += dwRc == 0 ? 1 : 0;
-                         *ppBuffer = dwRc == 0 ? reinterpret_cast<PBYTE>(&information) : nullptr;
-                         return dwRc;
-                     });
+    const auto get = PATCH_IMPORT(DsRoleGetPrimaryDomainInformation, [&](auto* pszServer, auto level, PBYTE* ppBuffer) {
+        EXPECT_TRUE(pszServer == nullptr && level == DsRolePrimaryDomainInfoBasic);
+        iAllocated += dwRc == 0 ? 1 : 0;
+        *ppBuffer = dwRc == 0 ? reinterpret_cast<PBYTE>(&information) : nullptr;
+        return dwRc;
+    });
     const auto release = PATCH_IMPORT(DsRoleFreeMemory, [&](void* pBuffer) {
         EXPECT_EQ(&information, pBuffer);
         --iAllocated;
         information.DomainNameFlat = nullptr;
     });
     const std::string NAME = "[V] TOLVA::GetWorkgroupName : ";
-    const std::pair<int, std::string> rows[] = {{0, ""},
-                                                {1, "MachineRole=DsRole_RoleMemberWorkstation"},
-                                                {2, ""},
-                                                {3, "MachineRole=DsRole_RoleMemberServer"},
-                                                {4, "MachineRole=DsRole_RoleBackupDomainController"},
-                                                {5, "MachineRole=DsRole_RolePrimaryDomainController"},
-                                                {6, "pDsRole->MachineRole = 6"}};
+    const std::string ROLE = "MachineRole=DsRole_Role";
+    const std::string roles[] = {"",
+                                 ROLE + "MemberWorkstation",
+                                 "",
+                                 ROLE + "MemberServer",
+                                 ROLE + "BackupDomainController",
+                                 ROLE + "PrimaryDomainController",
+                                 "pDsRole->MachineRole = 6"};
     wchar_t name[] = L"ZELK\x65E5";
     velmor::string sWorkgroup;
-    for (const auto& [role, sRole] : rows)
+    for (const std::string& sRole : roles)
     {
-        information.MachineRole = static_cast<DSROLE_MACHINE_ROLE>(role);
+        information.MachineRole = static_cast<DSROLE_MACHINE_ROLE>(&sRole - roles);
         information.DomainNameFlat = name;
         trace.Empty();
         EXPECT_TRUE(TOLVA::GetWorkgroupName(sWorkgroup));
@@ -178,71 +145,59 @@ TEST_F(Identity, WorkgroupIsRead)
 
 TEST_F(Identity, WorkgroupIsSet)
 {
-    constexpr NTSTATUS DENIED = static_cast<NTSTATUS>(0xC0000022);
     int iPolicy = 0;
-    NTSTATUS open = 0, set = 0, close = 0;
-    std::string sCalls;
+    std::string sRefused, sCalls;
     std::wstring sWritten;
-    const auto openPatch =
-        PATCH_IMPORT(LsaOpenPolicy, [&](LSA_UNICODE_STRING* pSystem, LSA_OBJECT_ATTRIBUTES* pAttributes,
-                                        ACCESS_MASK access, LSA_HANDLE* phPolicy) {
-            const auto* pBytes = reinterpret_cast<const unsigned char*>(pAttributes);
-            EXPECT_TRUE(std::all_of(pBytes, pBytes + sizeof(*pAttributes), [](unsigned char b) { return b == 0; }));
-            EXPECT_EQ(nullptr, pSystem);
-            EXPECT_EQ(0xF0FFFU, access);
-            sCalls += "open ";
-            *phPolicy = open == 0 ? &iPolicy : nullptr;
-            return open;
-        });
-    const auto setPatch =
-        PATCH_IMPORT(LsaSetInformationPolicy, [&](LSA_HANDLE hPolicy, POLICY_INFORMATION_CLASS kind, void* pBuffer) {
-            const auto& information = *static_cast<POLICY_PRIMARY_DOMAIN_INFO*>(pBuffer);
-            EXPECT_EQ(&iPolicy, hPolicy);
-            EXPECT_EQ(PolicyPrimaryDomainInformation, kind);
-            EXPECT_EQ(nullptr, information.Sid);
-            EXPECT_EQ(information.Name.Length + 2, information.Name.MaximumLength);
-            EXPECT_EQ(L'\0', information.Name.Buffer[information.Name.Length / 2]);
-            sWritten.assign(information.Name.Buffer, information.Name.Length / 2);
-            sCalls += "set ";
-            return set;
-        });
-    const auto closePatch = PATCH_IMPORT(LsaClose, [&](LSA_HANDLE hPolicy) {
-        EXPECT_EQ(&iPolicy, hPolicy);
-        sCalls += "close";
-        return close;
-    });
-    const std::string ALL = "open set close";
-    const struct
-    {
-        std::wstring sName;
-        NTSTATUS open, set, close;
-        std::string sCalls;
-        std::string sSaid;
-    } rows[] = {
-        {L"", 0, 0, 0, "", "[E] ... ending( empty string parameter )"},
-        {L"Z", 0, 0, 0, ALL, "[V] ... ending"},
-        {L"ZELK \x65E5\x672C", 0, 0, 0, ALL, "[V] ... ending"},
-        {L"Z", DENIED, 0, 0, "open ", "[E] ... ending( LsaOpenPolicy failed ) : ulRc = 5"},
-        {L"Z", 0, DENIED, 0, ALL, "[E] LsaSetInformationPolicy failed : ulRc = 5; [E] ... ending( Failed )"},
-        {L"Z", 0, 0, DENIED, ALL, "[E] ... ending( LsaClose failed ) : ulRc = 5"},
-        {L"Z", 0, DENIED, DENIED, ALL,
-         "[E] LsaSetInformationPolicy failed : ulRc = 5; [E] ... ending( LsaClose failed ) : ulRc = 5"},
-        // What a length field of 16 bits can hold, and what would wrap around in it.
-        {std::wstring(32766, L'Z'), 0, 0, 0, ALL, "[V] ... ending"},
-        {std::wstring(32767, L'Z'), 0, 0, 0, "", "[E] ... ending( workgroup name too long )"},
-        {std::wstring(32769, L'Z'), 0, 0, 0, "", "[E] ... ending( workgroup name too long )"},
+    const auto Called = [&](const std::string& sName) {
+        sCalls += sName;
+        return static_cast<NTSTATUS>(sRefused.find(sName) != std::string::npos ? 0xC0000022 : 0);
     };
-    for (const auto& row : rows)
+    const auto open = PATCH_IMPORT(LsaOpenPolicy, [&](auto* pSystem, auto* pAttributes, auto access, void** phPolicy) {
+        const LSA_OBJECT_ATTRIBUTES NONE = {};
+        EXPECT_EQ(0, std::memcmp(&NONE, pAttributes, sizeof(NONE)));
+        EXPECT_TRUE(pSystem == nullptr && access == 0xF0FFF);
+        const NTSTATUS rc = Called("open ");
+        *phPolicy = rc == 0 ? &iPolicy : nullptr;
+        return rc;
+    });
+    const auto set = PATCH_IMPORT(LsaSetInformationPolicy, [&](void* hPolicy, auto kind, void* pBuffer) {
+        const auto& [name, pSid] = *static_cast<POLICY_PRIMARY_DOMAIN_INFO*>(pBuffer);
+        EXPECT_TRUE(hPolicy == &iPolicy && kind == PolicyPrimaryDomainInformation && pSid == nullptr);
+        EXPECT_EQ(name.Length + 2, name.MaximumLength);
+        EXPECT_EQ(L'\0', name.Buffer[name.Length / 2]);
+        sWritten.assign(name.Buffer, name.Length / 2);
+        return Called("set ");
+    });
+    const auto close = PATCH_IMPORT(LsaClose, [&](void* hPolicy) {
+        EXPECT_EQ(&iPolicy, hPolicy);
+        return Called("close ");
+    });
+    const std::string ALL = "open set close ", DONE = "[V] ... ending";
+    const std::string LONG = "[E] ... ending( workgroup name too long )";
+    const std::string NOT_SET = "[E] LsaSetInformationPolicy failed : ulRc = 5; ";
+    const std::string NOT_CLOSED = "[E] ... ending( LsaClose failed ) : ulRc = 5";
+    const std::tuple<std::wstring, std::string, std::string, std::string> rows[] = {
+        {L"", "", "", "[E] ... ending( empty string parameter )"},
+        {L"ZELK \x65E5\x672C", "", ALL, DONE},
+        {L"Z", "open ", "open ", "[E] ... ending( LsaOpenPolicy failed ) : ulRc = 5"},
+        {L"Z", "set ", ALL, NOT_SET + "[E] ... ending( Failed )"},
+        {L"Z", "close ", ALL, NOT_CLOSED},
+        {L"Z", "set close ", ALL, NOT_SET + NOT_CLOSED},
+        // What a length field of 16 bits can hold, and what would wrap around in it.
+        {std::wstring(32766, L'Z'), "", ALL, DONE},
+        {std::wstring(32767, L'Z'), "", "", LONG},
+        {std::wstring(32769, L'Z'), "", "", LONG},
+    };
+    for (const auto& [sName, sNot, sExpected, sSaid] : rows)
     {
-        SCOPED_TRACE(std::to_string(row.sName.size()) + row.sSaid);
-        std::tie(open, set, close) = std::tie(row.open, row.set, row.close);
+        SCOPED_TRACE(std::to_string(sName.size()) + sSaid);
+        sRefused = sNot;
         sCalls = "";
-        sWritten = L"";
         trace.Empty();
-        EXPECT_EQ(row.sSaid[1] == 'V', TOLVA::SetWorkgroupName(velmor::string(row.sName.c_str())));
-        EXPECT_EQ(row.sSaid, Said("TOLVA::SetWorkgroupName"));
-        EXPECT_EQ(row.sCalls, sCalls);
-        EXPECT_TRUE(row.sCalls != ALL || row.sName == sWritten);
+        EXPECT_EQ(sSaid == DONE, TOLVA::SetWorkgroupName(velmor::string(sName.c_str())));
+        EXPECT_EQ(sSaid, Said("TOLVA::SetWorkgroupName"));
+        EXPECT_EQ(sExpected, sCalls);
+        EXPECT_TRUE(sCalls != ALL || sName == sWritten);
     }
 }
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 
 #include <discovery/discovery_test.h>
-#include <support/files.h>
 #include <support/printers.h>
 
 /// Whether this Windows is to be Vista or later: the program's name tells what was asked of Wine.
@@ -18,18 +17,26 @@ constexpr auto UNKNOWN_FAMILY = static_cast<TOLVA::FAMILY_TYPE>(5);
 /// A value that is not there.
 const testing_support::RegistryData MISSING;
 
-velmor::ip_address Ip(const char* pszAddress);
-testing_support::RegistryData ListData(const std::wstring& sEntry);
+inline velmor::ip_address Ip(const char* pszAddress)
+{
+    return velmor::ip_address(velmor::string(pszAddress));
+}
+/// What blanks part.
+std::vector<std::string> Words(const std::string& sText);
+inline testing_support::RegistryData ListData(const std::wstring& sEntry)
+{
+    return testing_support::StringData(sEntry + L'\0', REG_MULTI_SZ);
+}
 
 /// The adapter "LAN 2" of index 11. Commands, device, routes and addresses are made up; only the registry is real.
-/// Its addresses are 10.0.0.1/16, fe80::1/64, 10.0.0.2/16 and fe80::2/64; its routes 10.0.0.0/8 by 10.0.0.3 and the
+/// Its addresses are fe80::1/64, fe80::2/64, 10.0.0.1/16 and 10.0.0.2/16; its routes 10.0.0.0/8 by 10.0.0.3 and the
 /// default ones by 10.0.0.1, 10.0.0.4 (for 10.0.0.0/0) and fe80::1. Another adapter has some too. No case has others:
 /// before Vista they are read once in the process.
 class IpconfigTest : public DiscoveryTest
 {
-protected:
+public:
     IpconfigTest();
-    ~IpconfigTest() override;
+    ~IpconfigTest() override { EXPECT_EQ(0, iTables) << "tables that were not freed"; }
 
     /// A value of the adapter's interface key; without data it is removed.
     void Store(bool bIpv6, const wchar_t* pszName, const testing_support::RegistryData& data);
@@ -40,31 +47,26 @@ protected:
     /// its usual variable is "@" and the address.
     [[nodiscard]] std::string Said(const std::string& sOperation) const;
     /// What was asked of the system since the last question, likewise; the trace then begins anew too. Commands are
-    /// shortened to what differs among them, unless they are really run; the functions that change addresses on older
-    /// systems are told as the commands.
+    /// shortened to what differs among them; the functions that change addresses on older systems are told likewise.
     std::string Asked();
+    /// Notes a request and gives its result.
+    DWORD Answer(const std::string& sRequest);
 
     TOLVA::NIC_INFO NicInfo = Adapter();
     std::vector<std::string> refused; ///< a request that holds one of these words fails
     int iFailWrite = 0;               ///< that registry write from now on fails
     DWORD dwTableRc = 0;              ///< of the tables of addresses and routes
-    std::wstring sRecord;             ///< where stand-ins leave their command line; with it commands are really run
+    int iTables = 0;                  ///< that are allocated
 
 private:
-    friend struct FoundFunctions;
-    bool IsTaken(const std::string& sRequest);
     template <class Function, class Fake>
     void Replace(const char* pszFunction, Fake fake)
     {
         m_patches.push_back(std::make_shared<testing_support::ImportPatch<Function>>(pszFunction, std::move(fake)));
     }
-    void ReplaceCommands();
+    void ReplaceCommandsAndDevice();
     void ReplaceOlderFunctions();
-    void ReplaceDevice();
 
-    static IpconfigTest* s_pCurrent;
     std::string m_sAsked;
-    int m_iOpen = 0; ///< tables and device sets
-    DWORD m_dwNewState = 0;
     std::vector<std::shared_ptr<void>> m_patches;
 };
