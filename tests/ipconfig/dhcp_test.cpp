@@ -16,6 +16,113 @@ RegistryData Number(int iState)
     return iState == -1 ? MISSING : iState == -2 ? StringData(L"1") : DwordData(static_cast<DWORD>(iState));
 }
 
+/// The lines of a command that is run and succeeds. The place of its output differs from run to run.
+std::string Command(const std::string& sOperation, const std::string& sAddress, const std::string& sCommand)
+{
+    const std::string sLines = R"([V] @ : starting ...
+[V] TOLVA::GetAdapterIpconfigName : starting ...
+[V] TOLVA::GetAdapterIpconfigName : sIpconfigName = "LAN 2"
+[V] TOLVA::GetAdapterIpconfigName : ... ending
+[V] @ : sIpconfigName = "LAN 2"
+[V] TOLVA::GetTempFilename : starting ...
+[V] TOLVA::GetTempFilename : wszTempPath = <file>
+[V] TOLVA::GetTempFilename : wszTempFilename = <file>
+[V] TOLVA::GetTempFilename : ... ending
+[V] @ : sOut = <file>
+)" + (sAddress.empty() ? "" : "[I] @ : sIpAddress = \"" + sAddress + "\"\n") +
+                               "[V] @ : " + sCommand + " returned : iRc = 0\n[V] @ : ... ending\n";
+    return std::regex_replace(sLines, std::regex("@"), sOperation);
+}
+
+/// The lines of an address that is removed.
+std::string Removed(const std::string& sAddress)
+{
+    const std::string sFamily = sAddress.find(':') == std::string::npos ? "ipv4" : "ipv6";
+    const std::string sBackEnd =
+        On("[V] VistaAPI::DeleteIpAddr : starting ...\n" +
+               Command("Wrap_netsh::RemoveIpAddr", sAddress, "netsh interface " + sFamily + " delete address") +
+               "[V] VistaAPI::DeleteIpAddr : ... ending : bRc = true\n",
+           "[V] PreVistaAPI::DeleteIpAddr : starting ...\n");
+    return "[V] TOLVA::DeleteIpAddr : starting ...\n" + sBackEnd +
+           "[V] TOLVA::DeleteIpAddr : ... ending : bRc = true\n[I] TOLVA::ReturnToDhcp : Removed : "
+           "sCurrentIpAddress = \"" +
+           sAddress + "\"\n";
+}
+
+/// A request that came up every day: a static adapter becomes a DHCP client. The commands are stand-ins on the path.
+TEST_F(Dhcp, AStaticAdapterReturns)
+{
+    const TempDirectory folder;
+    WriteFileBytes(folder / L"exit", "0");
+    sRecord = (folder / L"record").wstring();
+    const std::wstring sPath = ::_wgetenv(L"PATH");
+    // Wine looks at one byte too many for a folder without its last backslash.
+    ::_wputenv((L"PATH=" + BesideProgram(L"..\\zelk_nm_tools_tests\\stand_ins").wstring() + L"\\;" +
+                ::_wgetenv(L"SystemRoot") + L"\\system32\\")
+                   .c_str());
+    ::_wputenv((L"ZELK_STAND_IN=" + folder.Text()).c_str());
+    Store(false, L"EnableDHCP", DwordData(0));
+    Store(true, L"Dhcpv6State", DwordData(0));
+    Store(false, L"NameServer", StringData(L"192.0.2.53"));
+    Asked();
+
+    EXPECT_TRUE(TOLVA::ReturnToDhcp(NicInfo, TOLVA::FAMILY_BOTH));
+    ::_wputenv((L"PATH=" + sPath).c_str());
+    std::vector<std::string> lines = trace.Lines();
+    // How addresses are listed is told by the back ends' own tests.
+    std::erase_if(lines, [](const std::string& sLine) {
+        return std::regex_search(
+            sLine, std::regex("VistaAPI::.*GetAdaptersIpAddrs|LoadTable|TOLVA::(GetAdapterIndex|ConvertDword)"));
+    });
+    for (std::string& sLine : lines)
+        sLine =
+            std::regex_replace(sLine, std::regex("(wszTempPath|wszTempFilename|sOut) = \".:[^\"]+\""), "$1 = <file>");
+    EXPECT_EQ(Transcript(R"(
+[V] TOLVA::ReturnToDhcp : starting ...
+[V] TOLVA::ReturnToDhcp : IPv4 and IPv6
+[V] TOLVA::IsDhcpEnabled : starting ...
+[V] TOLVA::IsDhcpEnabled : NicInfo.sNicGuid = "<guid>"
+[V] TOLVA::IsDhcpEnabled : IPv4 and IPv6
+[V] TOLVA::IsDhcpEnabled : sTcpip4Key = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
+[V] TOLVA::IsDhcpEnabled : bDhcp4Enabled = false
+[V] TOLVA::IsDhcpEnabled : sTcpip6Key = "CurrentControlSet\services\Tcpip6\Parameters\Interfaces\<guid>"
+[V] TOLVA::IsDhcpEnabled : bDhcp6Enabled = false
+[V] TOLVA::IsDhcpEnabled : ... ending : bDhcpEnabled = false
+[V] TOLVA::GetAdaptersIpAddrs : starting ...
+[V] TOLVA::GetAdaptersIpAddrs : ... ending : bRc = true
+)" + On(Removed("fe80::1") + Removed("fe80::2"), "") +
+                         Removed("10.0.0.1") + Removed("10.0.0.2") +
+                         R"(
+[V] TOLVA::ReturnToDhcp : sTcpip4Key = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
+[V] TOLVA::DisableAdapter : starting ...
+[V] TOLVA::DisableAdapter : NicInfo.sNicPci = "PCI\A"
+[V] TOLVA::AdapterStateChange : starting ...
+[V] TOLVA::AdapterStateChange : ... ending
+[V] TOLVA::DisableAdapter : ... ending
+[V] TOLVA::EnableAdapter : starting ...
+[V] TOLVA::EnableAdapter : NicInfo.sNicPci = "PCI\A"
+[V] TOLVA::AdapterStateChange : starting ...
+[V] TOLVA::AdapterStateChange : ... ending
+[V] TOLVA::EnableAdapter : ... ending
+[V] TOLVA::RenewDhcp : starting ...
+[V] TOLVA::RenewDhcp : IPv4 and IPv6
+)" + Command("Wrap_ipconfig::RenewDhcp4", "", "ipconfig /renew") +
+                         Command("Wrap_ipconfig::RenewDhcp6", "", "ipconfig /renew6") +
+                         "[V] TOLVA::RenewDhcp : ... ending\n[V] TOLVA::ReturnToDhcp : ... ending\n"),
+              lines);
+    EXPECT_EQ(On("netsh interface ipv6 delete address \"LAN 2\" fe80::1 persistent; "
+                 "netsh interface ipv6 delete address \"LAN 2\" fe80::2 persistent; "
+                 "netsh interface ipv4 delete address \"LAN 2\" 10.0.0.1; "
+                 "netsh interface ipv4 delete address \"LAN 2\" 10.0.0.2; ",
+                 "ipv4 delete 10.0.0.1; ipv4 delete 10.0.0.2; ") +
+                  "disable; wait 500; enable; ipconfig /renew \"LAN 2\"; ipconfig /renew6 \"LAN 2\"",
+              Asked());
+    EXPECT_EQ(DwordData(1), Stored(false, L"EnableDHCP"));
+    EXPECT_EQ(DwordData(0), Stored(true, L"Dhcpv6State"));
+    EXPECT_EQ(StringData(L"192.0.2.53"), Stored(false, L"NameServer"));
+    EXPECT_EQ(MISSING, Stored(true, L"EnableDHCP"));
+}
+
 TEST_F(Dhcp, WhetherItIsEnabled)
 {
     const auto End = [](int iState, const std::string& sName, bool bOn) {

@@ -199,7 +199,17 @@ void IpconfigTest::ReplaceCommandsAndDevice()
 {
     static const std::regex SAME(
         " netsh interface | ipconfig | address| \"LAN 2\"| static| unicast infinite infinite| persistent");
-    Replace<Spawn>("_wspawnlp", [this](int, auto... arguments) -> std::intptr_t {
+    const auto pSpawn = reinterpret_cast<Spawn>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"msvcrt.dll"), "_wspawnlp")));
+    Replace<Spawn>("_wspawnlp", [this, pSpawn](int iMode, auto... arguments) -> std::intptr_t {
+        if (!sRecord.empty())
+        {
+            const std::intptr_t iRc = pSpawn(iMode, arguments...);
+            const std::string sCommand = ReadFileBytes(sRecord);
+            Append(m_sAsked, std::regex_replace(sCommand.substr(0, sCommand.find('\n')), std::regex(" +$"), ""));
+            std::filesystem::remove(sRecord);
+            return iRc;
+        }
         const wchar_t* const words[] = {arguments...};
         std::string sCommand;
         for (const wchar_t* const* p = &words[3]; *p != nullptr && **p != L'>'; ++p)

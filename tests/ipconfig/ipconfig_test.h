@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include <discovery/discovery_test.h>
+#include <support/files.h>
 #include <support/printers.h>
 
 /// Whether this Windows is to be Vista or later: the program's name tells what was asked of Wine.
@@ -57,6 +58,7 @@ public:
     int iFailWrite = 0;               ///< that registry write from now on fails
     DWORD dwTableRc = 0;              ///< of the tables of addresses and routes
     int iTables = 0;                  ///< that are allocated
+    std::wstring sRecord;             ///< where stand-ins leave their command line; with it commands are really run
 
 private:
     template <class Function, class Fake>
