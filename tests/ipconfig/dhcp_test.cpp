@@ -1,6 +1,7 @@
 #include "ipconfig_test.h"
 
 #include <functional>
+#include <numeric>
 #include <regex>
 
 using namespace testing_support;
@@ -34,19 +35,43 @@ std::string Command(const std::string& sOperation, const std::string& sAddress, 
     return std::regex_replace(sLines, std::regex("@"), sOperation);
 }
 
+/// The lines of the back end before Vista, which looks through the adapter's addresses until it has found the one.
+std::string OlderRemoval(const std::string& sAddress)
+{
+    std::string sLines = "[V] @ : starting ...\n[V] @ : ulInterfaceIndex = 11\n";
+    int iContext = 0;
+    for (const std::string sListed : {"10.0.0.1", "10.0.0.2"})
+    {
+        sLines +=
+            "[V] @ : pIpAddress->IpAddress.String = \"" + sListed + "\"\n[V] @ : sThisAddr = \"" + sListed + "\"\n";
+        ++iContext;
+        if (sListed == sAddress)
+            break;
+    }
+    sLines += "[V] @ : Found matching IPv4 address : ulNteContext = " + std::to_string(iContext) +
+              "\n[V] @ : Deleted\n[V] @ : ... ending\n";
+    return std::regex_replace(sLines, std::regex("@"), "PreVistaAPI::DeleteIpAddr");
+}
+
 /// The lines of an address that is removed.
 std::string Removed(const std::string& sAddress)
 {
     const std::string sFamily = sAddress.find(':') == std::string::npos ? "ipv4" : "ipv6";
-    const std::string sBackEnd =
-        On("[V] VistaAPI::DeleteIpAddr : starting ...\n" +
-               Command("Wrap_netsh::RemoveIpAddr", sAddress, "netsh interface " + sFamily + " delete address") +
-               "[V] VistaAPI::DeleteIpAddr : ... ending : bRc = true\n",
-           "[V] PreVistaAPI::DeleteIpAddr : starting ...\n");
-    return "[V] TOLVA::DeleteIpAddr : starting ...\n" + sBackEnd +
+    const std::string sNewerRemoval =
+        "[V] VistaAPI::DeleteIpAddr : starting ...\n" +
+        Command("Wrap_netsh::RemoveIpAddr", sAddress, "netsh interface " + sFamily + " delete address") +
+        "[V] VistaAPI::DeleteIpAddr : ... ending : bRc = true\n";
+    return "[V] TOLVA::DeleteIpAddr : starting ...\n" + On(sNewerRemoval, OlderRemoval(sAddress)) +
            "[V] TOLVA::DeleteIpAddr : ... ending : bRc = true\n[I] TOLVA::ReturnToDhcp : Removed : "
            "sCurrentIpAddress = \"" +
            sAddress + "\"\n";
+}
+
+/// As one text, of which a failing comparison shows the differences.
+std::string Joined(const std::vector<std::string>& lines)
+{
+    return std::accumulate(lines.begin(), lines.end(), std::string(),
+                           [](const std::string& sAll, const std::string& sLine) { return sAll + sLine + '\n'; });
 }
 
 /// A request that came up every day: a static adapter becomes a DHCP client. The commands are stand-ins on the path.
@@ -77,7 +102,7 @@ TEST_F(Dhcp, AStaticAdapterReturns)
     for (std::string& sLine : lines)
         sLine =
             std::regex_replace(sLine, std::regex("(wszTempPath|wszTempFilename|sOut) = \".:[^\"]+\""), "$1 = <file>");
-    EXPECT_EQ(Transcript(R"(
+    EXPECT_EQ(Joined(Transcript(R"(
 [V] TOLVA::ReturnToDhcp : starting ...
 [V] TOLVA::ReturnToDhcp : IPv4 and IPv6
 [V] TOLVA::IsDhcpEnabled : starting ...
@@ -91,8 +116,8 @@ TEST_F(Dhcp, AStaticAdapterReturns)
 [V] TOLVA::GetAdaptersIpAddrs : starting ...
 [V] TOLVA::GetAdaptersIpAddrs : ... ending : bRc = true
 )" + On(Removed("fe80::1") + Removed("fe80::2"), "") +
-                         Removed("10.0.0.1") + Removed("10.0.0.2") +
-                         R"(
+                                Removed("10.0.0.1") + Removed("10.0.0.2") +
+                                R"(
 [V] TOLVA::ReturnToDhcp : sTcpip4Key = "CurrentControlSet\services\Tcpip\Parameters\Interfaces\<guid>"
 [V] TOLVA::DisableAdapter : starting ...
 [V] TOLVA::DisableAdapter : NicInfo.sNicPci = "PCI\A"
@@ -107,9 +132,9 @@ TEST_F(Dhcp, AStaticAdapterReturns)
 [V] TOLVA::RenewDhcp : starting ...
 [V] TOLVA::RenewDhcp : IPv4 and IPv6
 )" + Command("Wrap_ipconfig::RenewDhcp4", "", "ipconfig /renew") +
-                         Command("Wrap_ipconfig::RenewDhcp6", "", "ipconfig /renew6") +
-                         "[V] TOLVA::RenewDhcp : ... ending\n[V] TOLVA::ReturnToDhcp : ... ending\n"),
-              lines);
+                                Command("Wrap_ipconfig::RenewDhcp6", "", "ipconfig /renew6") +
+                                "[V] TOLVA::RenewDhcp : ... ending\n[V] TOLVA::ReturnToDhcp : ... ending\n")),
+              Joined(lines));
     EXPECT_EQ(On("netsh interface ipv6 delete address \"LAN 2\" fe80::1 persistent; "
                  "netsh interface ipv6 delete address \"LAN 2\" fe80::2 persistent; "
                  "netsh interface ipv4 delete address \"LAN 2\" 10.0.0.1; "

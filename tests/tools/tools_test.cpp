@@ -125,7 +125,9 @@ protected:
     TempDirectory temporary; // its name has blanks
     TempDirectory commands;
     RegistryKeyScope connection{CONNECTION_KEY};
-    Variable path{L"PATH", BesideProgram(L"stand_ins").wstring() + L';' + ::_wgetenv(L"PATH")};
+    // Wine looks at one byte too many for a folder without its last backslash.
+    Variable path{L"PATH",
+                  BesideProgram(L"stand_ins").wstring() + L"\\;" + ::_wgetenv(L"SystemRoot") + L"\\system32\\"};
     Variable temp{L"TMP", temporary.Text()};
     Variable standIn{L"ZELK_STAND_IN", commands.Text()};
 };
