@@ -59,16 +59,21 @@ void AddJsonFlag(CLI::App& command, Output& output)
 void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields)
 {
     AddJsonFlag(command, output);
+    AddGetOption(command, output, fields);
+}
+
+CLI::Option& AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields)
+{
     std::vector<std::string> keys;
     for (const Field& field : fields)
         keys.emplace_back(field.pszKey);
-    command
-        .add_option_function<std::string>(
-            "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
-            "Write the bare values of this field, without JSON")
-        ->option_text("FIELD")
-        ->check(CLI::IsMember(keys));
     AddRemark(command, "Fields:\n  " + CLI::detail::join(keys, ", "));
+    return *command
+                .add_option_function<std::string>(
+                    "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
+                    "Write the bare values of this field, without JSON")
+                ->option_text("FIELD")
+                ->check(CLI::IsMember(keys));
 }
 
 CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
@@ -88,7 +93,7 @@ CLI::Option& AddArguments(CLI::App& verb, const std::string& sName, const std::s
 std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among)
 {
     const CLI::Option& wanted =
-        AddArgument(verb, "ADAPTER",
+        AddArgument(verb, ADAPTER_ARGUMENT,
                     "Its name, GUID, index or hardware address; \"name:lan0\", \"guid:\", \"index:\" "
                     "and \"mac:\" say which",
                     "NAME|{GUID}|#INDEX|MAC");
@@ -128,19 +133,24 @@ CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, st
 
 void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan)
 {
+    verb.callback(AddChange(verb, output, std::move(plan)));
+}
+
+std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Change()> plan)
+{
     const CLI::Option& check = AddFlag(verb, "--check", "Show before and after, and change nothing");
     const CLI::Option& noVerify = AddFlag(verb, "--no-verify", "Do not read back whether the machine shows it");
     const CLI::Option& yes = AddFlag(verb, "--yes", "Do not ask, even if the change can cut off a session");
     AddJsonFlag(verb, output);
     CLI::Option& readBack = *AddFlag(verb, "--read-back", "").group("");
     readBack.each([&output](const std::string&) { output.SetJson(true); });
-    verb.callback([&, plan = std::move(plan)] {
+    return [&, plan = std::move(plan)] {
         const ChangeOptions options{.bCheck = check.count() > 0,
                                     .bVerify = noVerify.count() == 0,
                                     .bConsent = yes.count() > 0,
                                     .bReadBack = readBack.count() > 0};
         Perform(plan(), options, output);
-    });
+    };
 }
 
 const char* FamilyText(TOLVA::FAMILY_TYPE enFamily)

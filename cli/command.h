@@ -35,7 +35,9 @@ CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts);
 
 /// Gives a command that shows something the choice of form: text, --json, or --get with one of the fields' keys.
 void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields);
-/// Likewise without fields to choose from.
+/// The last of them, for a command that has --json already.
+CLI::Option& AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields);
+/// Without fields to choose from.
 void AddJsonFlag(CLI::App& command, Output& output);
 
 /// Arguments are told apart by their place. `sForm` is what the help shows of the argument's text.
@@ -45,6 +47,7 @@ CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::st
 CLI::Option& AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription,
                           const std::string& sForm);
 
+inline constexpr const char* ADAPTER_ARGUMENT = "ADAPTER";
 /// Makes an adapter, in the user's words, the verb's argument. The answer is for when the command line was read.
 std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among = Among::ENABLED);
 /// Makes the choice of one address family the verb's, both by default.
@@ -60,6 +63,9 @@ CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, st
 /// Makes the verb one that changes something: `plan` is asked for the change when the command line was read. Adds
 /// --check, --no-verify, --yes and --json.
 void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan);
+
+/// Likewise for a verb that does so only at times: gives what does it.
+std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Change()> plan);
 
 /// "IPv4", "IPv6", or "IPv4 and IPv6".
 const char* FamilyText(TOLVA::FAMILY_TYPE enFamily);

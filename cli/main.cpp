@@ -17,6 +17,7 @@
 #include "address_commands.h"
 #include "arguments.h"
 #include "command.h"
+#include "completion_commands.h"
 #include "console.h"
 #include "dhcp_commands.h"
 #include "dns_commands.h"
@@ -28,6 +29,7 @@
 #include "route_commands.h"
 #include "settings_commands.h"
 #include "tcp6_commands.h"
+#include "trace_commands.h"
 #include "version.h"
 
 namespace
@@ -35,7 +37,17 @@ namespace
 
 using namespace zelkctl;
 
-void Describe(CLI::App& app, Output& output)
+/// The library takes its trace level from trace.ini when an object of it is made, and then empties the trace, in which
+/// another zelkctl may be reading. So that is done only where somebody has set a level.
+std::unique_ptr<TOLVA> HonourTraceSettings()
+{
+    velmor::string sOwnDir;
+    if (!TOLVA::GetOwnDir(sOwnDir) || !::PathFileExistsW((sOwnDir + L"\\trace.ini").c_str()))
+        return nullptr;
+    return std::make_unique<TOLVA>();
+}
+
+void Describe(CLI::App& app, std::unique_ptr<TOLVA>& pSettings, Output& output)
 {
     app.allow_windows_style_options(false); // a name may begin with "/"
     app.set_version_flag("--version", VersionText, "Show the version of the library");
@@ -54,6 +66,12 @@ void Describe(CLI::App& app, Output& output)
     AddIdentityCommands(app, output);
     AddTcp6Commands(app, output);
     AddDoctorCommand(app, output);
+    const CLI::App& trace = AddTraceCommands(app, output);
+    AddCompletionCommands(app, output);
+    app.parse_complete_callback([&] { // before that of any command
+        if (!app.got_subcommand(&trace))
+            pSettings = HonourTraceSettings();
+    });
     app.callback([&] {
         if (!app.get_subcommands().empty())
             return;
@@ -85,25 +103,20 @@ void Parse(CLI::App& app, std::vector<std::string> arguments, Output& output)
     }
 }
 
-/// The library takes its trace level from trace.ini when an object of it is made, and then empties the trace, in which
-/// another zelkctl may be reading. So that is done only where somebody has set a level.
-std::unique_ptr<TOLVA> HonourTraceSettings()
-{
-    velmor::string sOwnDir;
-    if (!TOLVA::GetOwnDir(sOwnDir) || !::PathFileExistsW((sOwnDir + L"\\trace.ini").c_str()))
-        return nullptr;
-    return std::make_unique<TOLVA>();
-}
-
 ExitCode Run(Output& output)
 {
-    const auto pSettings = HonourTraceSettings();
+    std::unique_ptr<TOLVA> pSettings; // for as long as commands run
     auto arguments = Arguments();
     // Before they are read: a wrong use is to be told in this form too.
     output.SetJson(std::ranges::find(arguments, "--json") != arguments.end());
     CLI::App app("Shows and changes the network adapters of this machine; without arguments it runs \"adapter list\".",
                  "zelkctl");
-    Describe(app, output);
+    Describe(app, pSettings, output);
+    if (!arguments.empty() && arguments.front() == COMPLETE_VERB)
+    {
+        AnswerCompletion(app, arguments);
+        return EXIT_DONE;
+    }
     Parse(app, std::move(arguments), output);
     return output.GetExitCode();
 }

@@ -119,6 +119,11 @@ void Output::Answer(const Json& result, std::string_view text) const
     m_bJson ? WriteJson("result", result) : Data(text);
 }
 
+void Output::JsonLine(const Json& value)
+{
+    Data(Dump(value, -1) + '\n');
+}
+
 void Output::Fail(const Failure& failure)
 {
     const Failure::Details& details = failure.What();

@@ -38,6 +38,9 @@ public:
     void SetCommand(std::string sCommand) { m_sCommand = std::move(sCommand); }
     void SetExitCode(ExitCode code) noexcept { m_exitCode = code; }
 
+    [[nodiscard]] bool IsJson() const noexcept { return m_bJson; }
+    /// Whether people are to read it, not programs.
+    [[nodiscard]] bool IsText() const noexcept { return !m_bJson && m_sGet.empty(); }
     [[nodiscard]] ExitCode GetExitCode() const noexcept { return m_exitCode; }
 
     /// An array of records, as a table with a heading. Without a record the text form is empty, and `none` says so on
@@ -47,6 +50,8 @@ public:
     void Record(std::span<const Field> fields, const Json& record) const;
     /// A result of a form of its own, for people as `text`.
     void Answer(const Json& result, std::string_view text) const;
+    /// One compact object a line, for what comes without end.
+    static void JsonLine(const Json& value);
     /// Tells why the command ends, and makes its exit code the command's.
     void Fail(const Failure& failure);
 

@@ -10,13 +10,15 @@ namespace zelkctl
 
 void Table::Add(std::vector<std::string> cells, Colour colour)
 {
+    m_widths.resize(std::max(m_widths.size(), cells.size()));
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        m_widths[i] = std::max(m_widths[i], DisplayWidth(cells[i]));
     m_rows.push_back({std::move(cells), colour});
 }
 
 std::string Table::Text() const
 {
     constexpr std::size_t GAP = 2;
-    const auto widths = Widths();
     std::string text;
     for (const auto& [cells, colour] : m_rows)
     {
@@ -25,23 +27,18 @@ std::string Table::Text() const
         for (std::size_t i = 0; i < cells.size(); ++i)
         {
             line.append(padding, ' ').append(cells[i]);
-            padding = widths[i] - DisplayWidth(cells[i]) + GAP;
+            padding = m_widths[i] - DisplayWidth(cells[i]) + GAP;
         }
         text += Painted(line, colour, stdout) + '\n';
     }
     return text;
 }
 
-std::vector<std::size_t> Table::Widths() const
+std::string Table::TakeText()
 {
-    std::vector<std::size_t> widths;
-    for (const auto& [cells, colour] : m_rows)
-    {
-        widths.resize(std::max(widths.size(), cells.size()));
-        for (std::size_t i = 0; i < cells.size(); ++i)
-            widths[i] = std::max(widths[i], DisplayWidth(cells[i]));
-    }
-    return widths;
+    std::string text = Text();
+    m_rows.clear();
+    return text;
 }
 
 } // namespace zelkctl

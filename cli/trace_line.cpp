@@ -49,6 +49,16 @@ std::size_t FindClosing(std::string_view text)
 
 } // namespace
 
+std::string_view TakeLine(std::string_view& text)
+{
+    const std::size_t length = text.find('\n');
+    std::string_view line = text.substr(0, length);
+    text.remove_prefix(length != std::string_view::npos ? length + 1 : text.size());
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    return line;
+}
+
 std::optional<TraceLine> ParseTraceLine(std::string_view line)
 {
     if (!line.starts_with('['))

@@ -20,6 +20,9 @@ struct TraceLine
     [[nodiscard]] bool IsProblem() const noexcept { return level == 'E' || level == 'W'; }
 };
 
+/// Takes the first line off the text, without its end.
+std::string_view TakeLine(std::string_view& text);
+
 /// Nothing for a line of another form, such as a further row of a byte dump.
 std::optional<TraceLine> ParseTraceLine(std::string_view line);
 

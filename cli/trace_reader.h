@@ -1,10 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "trace_file.h"
 #include "trace_line.h"
+#include "trace_location.h"
 
 namespace zelkctl
 {
@@ -22,23 +23,15 @@ public:
     [[nodiscard]] std::vector<TraceLine> Problems() const;
 
     /// Where the library writes its trace file; it writes none when there is no such directory.
-    [[nodiscard]] const std::wstring& Directory() const noexcept { return m_sDirectory; }
-    [[nodiscard]] bool HasDirectory() const;
-
-    /// A place in the file. The bytes before it tell whether a file is still the one that was marked: its size does
-    /// not, because a new file grows past the mark, nor does its number, which a new file may be given again.
-    struct Mark
-    {
-        std::uint64_t position = 0;
-        std::string sBefore;
-    };
+    [[nodiscard]] const std::wstring& Directory() const noexcept { return m_location.sDirectory; }
+    [[nodiscard]] bool HasDirectory() const { return m_location.HasDirectory(); }
 
 private:
     [[nodiscard]] std::string Appended() const;
 
-    std::wstring m_sDirectory;
+    TraceLocation m_location;
     std::string m_sStart; ///< time of construction, as a trace line has it
-    Mark m_mark;
+    TraceFile::Mark m_mark;
 };
 
 } // namespace zelkctl

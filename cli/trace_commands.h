@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "output.h"
+
+namespace zelkctl
+{
+
+/// "trace show", "trace level" and "trace path". None of them may make a TOLVA: that empties the trace.
+CLI::App& AddTraceCommands(CLI::App& app, Output& output);
+
+} // namespace zelkctl

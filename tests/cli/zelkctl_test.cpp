@@ -1,0 +1,83 @@
+#include "zelkctl_test.h"
+
+#include <utility>
+
+using namespace testing_support;
+
+Zelkctl::Zelkctl(const std::wstring& sArguments)
+{
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    HANDLE hRead = nullptr;
+    HANDLE hWrite = nullptr;
+    ::CreatePipe(&hRead, &hWrite, &inheritable, 0);
+    ::SetHandleInformation(hRead, HANDLE_FLAG_INHERIT, 0);
+    m_output.reset(hRead);
+    const Handle write(hWrite); // closed here, so that the program's end is the pipe's
+    const Handle errors(::CreateFileW((m_folder / L"errors").c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable,
+                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = write.get();
+    startup.hStdError = errors.get();
+    std::wstring sCommand = L"\"" + BesideProgram(L"zelkctl.exe").wstring() + L"\" " + sArguments;
+    PROCESS_INFORMATION process = {};
+    if (!::CreateProcessW(nullptr, sCommand.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
+        throw std::runtime_error("zelkctl.exe did not start");
+    ::CloseHandle(process.hThread);
+    m_process.reset(process.hProcess);
+}
+
+std::string Zelkctl::ReadUntil(const std::string& sText)
+{
+    while (m_sRead.find(sText) == std::string::npos)
+        if (!ReadMore())
+            return std::exchange(m_sRead, {});
+    const std::size_t length = m_sRead.find(sText) + sText.size();
+    std::string sTaken = m_sRead.substr(0, length);
+    m_sRead.erase(0, length);
+    return sTaken;
+}
+
+std::string Zelkctl::ReadToEnd()
+{
+    while (ReadMore())
+        continue;
+    return std::exchange(m_sRead, {});
+}
+
+void Zelkctl::Terminate()
+{
+    ::TerminateProcess(m_process.get(), 0);
+}
+
+DWORD Zelkctl::WaitForExitCode()
+{
+    DWORD dwExitCode = 0;
+    ::WaitForSingleObject(m_process.get(), INFINITE);
+    ::GetExitCodeProcess(m_process.get(), &dwExitCode);
+    return dwExitCode;
+}
+
+std::string Zelkctl::Errors() const
+{
+    return ReadFileBytes(m_folder / L"errors");
+}
+
+bool Zelkctl::ReadMore()
+{
+    char buffer[4096];
+    DWORD dwRead = 0;
+    if (!::ReadFile(m_output.get(), buffer, sizeof(buffer), &dwRead, nullptr) || dwRead == 0)
+        return false;
+    m_sRead.append(buffer, dwRead);
+    return true;
+}
+
+ZelkctlTest::Result ZelkctlTest::Run(const std::wstring& sArguments)
+{
+    Zelkctl program(sArguments);
+    std::string sOut = program.ReadToEnd();
+    const DWORD dwExitCode = program.WaitForExitCode();
+    return {dwExitCode, std::move(sOut), program.Errors()};
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <support/files.h>
+
+#include <windows.h>
+
+/// zelkctl as a shell starts it: the real program, from its own copy beside the tests.
+class Zelkctl
+{
+public:
+    /// The arguments are as on a command line.
+    explicit Zelkctl(const std::wstring& sArguments);
+
+    /// Its standard output from the last call up to and with `sText`, or to its end if that never comes.
+    std::string ReadUntil(const std::string& sText);
+    std::string ReadToEnd();
+    void Terminate();
+    DWORD WaitForExitCode();
+    /// Its error output, after its end.
+    [[nodiscard]] std::string Errors() const;
+
+private:
+    struct CloseIt
+    {
+        void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
+    };
+    using Handle = std::unique_ptr<void, CloseIt>;
+
+    bool ReadMore();
+
+    testing_support::TempDirectory m_folder; ///< of its error output
+    Handle m_output;
+    Handle m_process;
+    std::string m_sRead;
+};
+
+class ZelkctlTest : public testing::Test
+{
+protected:
+    struct Result
+    {
+        DWORD dwExitCode;
+        std::string sOut;
+        std::string sErr;
+    };
+    static Result Run(const std::wstring& sArguments);
+};
