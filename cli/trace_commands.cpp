@@ -44,6 +44,11 @@ std::function<TraceLocation()> AddProgramOption(CLI::App& verb)
     return [&program] { return program.count() > 0 ? LocateTraceOf(program.as<std::string>()) : LocateTrace(); };
 }
 
+const CLI::Option& Flag(CLI::App& verb, const std::string& sName, const std::string& sDescription)
+{
+    return *verb.add_flag(sName)->description(sDescription)->disable_flag_override();
+}
+
 /// Which lines are shown.
 struct Filter
 {
@@ -79,7 +84,10 @@ public:
         for (const TraceRecord& record : records)
             answer.push_back(JsonOf(record));
         if (m_bEndless && m_output.IsJson())
-            return std::ranges::for_each(answer, Output::JsonLine);
+        {
+            std::ranges::for_each(answer, Output::JsonLine);
+            return;
+        }
         m_output.List(TraceFields(), answer, "No such line is traced.");
     }
 
@@ -141,9 +149,8 @@ void AddShow(CLI::App& noun, Output& output)
     AddFormFlags(verb, output, TraceFields());
     AddRemark(verb, "The lines of the load of the library before the last stand first; every start of zelkctl is a "
                     "load.\nWith --follow, --json writes one object with these fields a line, without an envelope.");
-    const CLI::Option& errors = *verb.add_flag("--errors", "Errors and warnings alone")->disable_flag_override();
-    const CLI::Option& follow =
-        *verb.add_flag("--follow", "Go on with what is traced from now on, until Ctrl+C")->disable_flag_override();
+    const CLI::Option& errors = Flag(verb, "--errors", "Errors and warnings alone");
+    const CLI::Option& follow = Flag(verb, "--follow", "Go on with what is traced from now on, until Ctrl+C");
     const CLI::Option& operation =
         *verb.add_option("--operation", "Operations alone whose name has this in it")->option_text("NAME");
     verb.callback([&, location = AddProgramOption(verb)] {
@@ -203,8 +210,8 @@ void AddLevel(CLI::App& noun, Output& output)
     CLI::App& verb = AddVerb(noun, {"level", "Show how much is traced, or set it", "trace level 4"});
     AddRemark(verb, "Levels:\n  0 nothing, 1 errors, 2 and warnings, 3 and information (the default), 4 everything\n\n"
                     "A program takes the level when it constructs a TOLVA, which empties its trace.");
-    CLI::Option& level = AddArgument(verb, "LEVEL", "The new level", "[0-4]").required(false);
-    level.check(CLI::IsMember({"0", "1", "2", "3", "4"}));
+    CLI::Option& level = AddArgument(verb, "LEVEL", "The new level", "[0-4]");
+    level.required(false)->check(CLI::IsMember({"0", "1", "2", "3", "4"}));
     auto location = AddProgramOption(verb);
     const auto change =
         AddChange(verb, output, [&level, location] { return SetLevel(location(), level.as<unsigned int>()); });

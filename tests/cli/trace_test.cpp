@@ -16,6 +16,23 @@ std::string LineOf(char level, const std::string& sText)
     return std::string("[2026-11-21 09:13:25.204]:00d0:[") + level + "]: " + sText + "\r\n";
 }
 
+/// As the library writes: under its mutex. A file that is deleted while somebody reads it cannot be made again at once.
+class Turn
+{
+public:
+    Turn() : m_hMutex(::CreateMutexW(nullptr, FALSE, L"TOLVA_trace.log")) { ::WaitForSingleObject(m_hMutex, INFINITE); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn()
+    {
+        ::ReleaseMutex(m_hMutex);
+        ::CloseHandle(m_hMutex);
+    }
+
+private:
+    HANDLE m_hMutex;
+};
+
 /// Another program's directory, with a trace that the tests write.
 class Trace : public ZelkctlTest
 {
@@ -24,9 +41,19 @@ protected:
 
     [[nodiscard]] std::filesystem::path File() const { return program / L"Logfiles" / L"TOLVA_trace.log"; }
     [[nodiscard]] std::filesystem::path Rotated() const { return program / L"Logfiles" / L"TOLVA_trace.old"; }
-    void Append(const std::string& sText) const { std::ofstream(File(), std::ios::binary | std::ios::app) << sText; }
+    void Append(const std::string& sText) const
+    {
+        const Turn turn;
+        std::ofstream(File(), std::ios::binary | std::ios::app) << sText;
+    }
+    void Empty() const
+    {
+        const Turn turn;
+        WriteFileBytes(File(), "");
+    }
     void Rotate() const
     {
+        const Turn turn;
         ASSERT_TRUE(::CopyFileW(File().c_str(), Rotated().c_str(), FALSE));
         ASSERT_TRUE(::DeleteFileW(File().c_str()));
     }
@@ -52,7 +79,7 @@ TEST_F(Trace, ShowsBothFilesInColumnsWithTheirDumps)
               "                                                     03 04 \n"
               "2026-11-21 09:13:25.204  Information  TOLVA::New     done\n",
               result.sOut);
-    EXPECT_EQ("... ending( Bad )\nabData = 01 02  03 04 \ndone\n", RunTrace(L"show --get message").sOut);
+    EXPECT_EQ("... ending( Bad )\nabData = 01 02 03 04 \ndone\n", RunTrace(L"show --get message").sOut);
 }
 
 TEST_F(Trace, FiltersLinesWithWhatBelongsToThem)
@@ -77,7 +104,8 @@ TEST_F(Trace, FollowsThroughRotationAndEmptyingLosingAndRepeatingNothing)
     Rotate();
     Append(LineOf('I', "Op : 5"));
     EXPECT_EQ("4\n5\n", follower.ReadUntil("5\n"));
-    WriteFileBytes(File(), LineOf('I', "Op : 6"));
+    Empty();
+    Append(LineOf('I', "Op : 6"));
     EXPECT_EQ("6\n", follower.ReadUntil("6\n"));
     Rotate();
     Append(LineOf('I', "Op : 7"));
