@@ -1,10 +1,8 @@
 #include "waiting.h"
 
+#include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <iostream>
-#include <mutex>
-#include <stop_token>
 #include <utility>
 
 #include "console.h"
@@ -16,22 +14,20 @@ namespace
 
 using std::chrono::seconds;
 
-/// False when the wait was stopped before the time came.
-bool SleepUntil(std::chrono::steady_clock::time_point time, const std::stop_token& stop)
+/// False when the wait was ended before the time came.
+bool SleepUntil(std::chrono::steady_clock::time_point time, HANDLE hEnd)
 {
-    std::mutex mutex;
-    std::condition_variable_any never;
-    std::unique_lock lock(mutex);
-    never.wait_until(lock, stop, time, [] { return false; });
-    return !stop.stop_requested();
+    using std::chrono::milliseconds;
+    const auto left = std::chrono::ceil<milliseconds>(time - std::chrono::steady_clock::now());
+    return ::WaitForSingleObject(hEnd, static_cast<DWORD>(std::max(left, milliseconds(0)).count())) == WAIT_TIMEOUT;
 }
 
 /// `show` is called with the seconds passed: `first`, and from then on after each `interval`.
 template <class Show>
-void Tick(const std::stop_token& stop, seconds first, seconds interval, Show&& show)
+void Tick(HANDLE hEnd, seconds first, seconds interval, Show&& show)
 {
     const auto start = std::chrono::steady_clock::now();
-    for (seconds passed = first; SleepUntil(start + passed, stop); passed += interval)
+    for (seconds passed = first; SleepUntil(start + passed, hEnd); passed += interval)
         show(passed);
 }
 
@@ -40,10 +36,10 @@ void Write(const std::string& sText)
     std::cerr << sText << std::flush;
 }
 
-void TickOnTerminal(const std::stop_token& stop, const std::string& sDoing)
+void TickOnTerminal(HANDLE hEnd, const std::string& sDoing)
 {
     std::size_t width = 0;
-    Tick(stop, seconds(1), seconds(1), [&](seconds passed) {
+    Tick(hEnd, seconds(1), seconds(1), [&](seconds passed) {
         const std::string sLine = sDoing + " ... " + std::to_string(passed.count()) + " s";
         width = sLine.size();
         Write('\r' + sLine);
@@ -52,17 +48,17 @@ void TickOnTerminal(const std::stop_token& stop, const std::string& sDoing)
         Write('\r' + std::string(width, ' ') + '\r');
 }
 
-void TickByLines(const std::stop_token& stop, const std::string& sDoing)
+void TickByLines(HANDLE hEnd, const std::string& sDoing)
 {
-    Tick(stop, seconds(5), seconds(10),
+    Tick(hEnd, seconds(5), seconds(10),
          [&](seconds passed) { Write(sDoing + " ... " + std::to_string(passed.count()) + " s\n"); });
 }
 
 /// The operation matters, not its progress: what cannot be shown is not.
-void Show(const std::stop_token& stop, const std::string& sDoing) noexcept
+void Show(HANDLE hEnd, const std::string& sDoing) noexcept
 try
 {
-    IsTerminal(stderr) ? TickOnTerminal(stop, sDoing) : TickByLines(stop, sDoing);
+    IsTerminal(stderr) ? TickOnTerminal(hEnd, sDoing) : TickByLines(hEnd, sDoing);
 }
 catch (...)
 {
@@ -71,8 +67,15 @@ catch (...)
 } // namespace
 
 Waiting::Waiting(std::string sDoing)
-    : m_ticker([sText = std::move(sDoing)](const std::stop_token& stop) { Show(stop, sText); })
+    : m_end(::CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      m_ticker([hEnd = m_end.get(), sText = std::move(sDoing)] { Show(hEnd, sText); })
 {
+}
+
+Waiting::~Waiting()
+{
+    ::SetEvent(m_end.get());
+    m_ticker.join();
 }
 
 } // namespace zelkctl

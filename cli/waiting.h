@@ -1,7 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <thread>
+
+#include <winsock2.h>
+
+#include <windows.h>
 
 namespace zelkctl
 {
@@ -13,9 +18,17 @@ class Waiting
 public:
     /// `sDoing` is what takes its time, such as "Renewing the lease".
     explicit Waiting(std::string sDoing);
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+    ~Waiting();
 
 private:
-    std::jthread m_ticker; ///< its destructor stops it at once and waits until it has ended
+    struct CloseEvent
+    {
+        void operator()(HANDLE hEvent) const noexcept { ::CloseHandle(hEvent); }
+    };
+    std::unique_ptr<void, CloseEvent> m_end; ///< a stop token's callbacks can hang in this tool chain's library
+    std::thread m_ticker;
 };
 
 } // namespace zelkctl
