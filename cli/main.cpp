@@ -68,7 +68,8 @@ void Describe(CLI::App& app, std::unique_ptr<TOLVA>& pSettings, Output& output)
     AddDoctorCommand(app, output);
     const CLI::App& trace = AddTraceCommands(app, output);
     AddCompletionCommands(app, output);
-    app.parse_complete_callback([&] { // before that of any command
+    // Runs before the command does. What looks at the trace must not empty it.
+    app.parse_complete_callback([&] {
         if (!app.got_subcommand(&trace))
             pSettings = HonourTraceSettings();
     });

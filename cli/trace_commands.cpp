@@ -69,7 +69,8 @@ public:
     TracePrinter(Filter filter, bool bEndless, const Output& output)
         : m_filter(std::move(filter)), m_bEndless(bEndless), m_output(output)
     {
-        m_table.Add({"Time", "Level", "Operation", "Message"});
+        // As wide as the longest word, which need not be among the first lines.
+        m_table.Add({"Time", "Level      ", "Operation", "Message"});
     }
 
     void Print(std::string_view text)
