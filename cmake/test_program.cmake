@@ -20,6 +20,7 @@ function(zelk_nm_add_test_program name)
   add_executable(${name} ${arg_SOURCES})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
   target_link_libraries(${name} PRIVATE zelk_nm_options GTest::gmock_main)
+  target_compile_options(${name} PRIVATE -O0) # what is tested is optimised; to optimise tests takes longer than to run them
   if(TARGET zelk_nm_test_support)
     target_link_libraries(${name} PRIVATE zelk_nm_test_support)
   endif()

@@ -19,7 +19,7 @@ protected:
 
 TEST_F(Completion, WalksCommandsOptionsAndValues)
 {
-    EXPECT_EQ("dhcp\ndns\n", CandidatesFor(L"d"));
+    EXPECT_EQ("dhcp\ndns\ndoctor\n", CandidatesFor(L"d"));
     EXPECT_EQ("list\nset\nstatus\nreturn\n", CandidatesFor(L"dns \"\""));
     EXPECT_EQ("--operation\n", CandidatesFor(L"trace show --errors --o"));
     EXPECT_EQ("--errors\n", CandidatesFor(L"trace show --operation --json --e"));

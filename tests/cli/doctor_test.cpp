@@ -25,7 +25,7 @@ protected:
     /// The findings on one topic; those of the first adapter come first.
     std::vector<nlohmann::json> Findings(const std::string& sTopic)
     {
-        std::vector<nlohmann::json> findings = nlohmann::json::parse(Run("doctor --json").out)["result"]["findings"];
+        std::vector<nlohmann::json> findings = nlohmann::json::parse(Run(L"doctor --json").sOut)["result"]["findings"];
         std::erase_if(findings, [&](const nlohmann::json& finding) { return finding["topic"] != sTopic; });
         return findings;
     }
@@ -33,7 +33,7 @@ protected:
     /// The GUID of the machine's first adapter; empty when it has none.
     std::wstring FirstAdapter()
     {
-        const std::string sGuids = Run("adapter list --get guid").out;
+        const std::string sGuids = Run(L"adapter list --get guid").sOut;
         return {sGuids.begin(), std::ranges::find(sGuids, '\n')};
     }
 };
@@ -80,11 +80,13 @@ TEST_F(DoctorTest, NamesTheRegistryValueThatARecordLacks)
 
 TEST_F(DoctorTest, TellsThatNothingCanBeTraced)
 {
-    EXPECT_THAT(Run("doctor").out, testing::HasSubstr("\nok     The log directory "));
-    std::filesystem::remove_all(Folder() / "Logfiles");
-    const Result result = Run("doctor");
-    EXPECT_EQ(1, result.exitCode);
-    EXPECT_THAT(result.out, testing::HasSubstr("\nwrong  The log directory "));
+    EXPECT_THAT(Run(L"doctor").sOut, testing::HasSubstr("\nok     The log directory "));
+    const std::filesystem::path folder = testing_support::BesideProgram(L"Logfiles");
+    std::filesystem::remove_all(folder);
+    const Result result = Run(L"doctor");
+    std::filesystem::create_directory(folder);
+    EXPECT_EQ(1U, result.dwExitCode);
+    EXPECT_THAT(result.sOut, testing::HasSubstr("\nwrong  The log directory "));
 }
 
 } // namespace

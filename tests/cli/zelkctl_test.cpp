@@ -4,7 +4,29 @@
 
 using namespace testing_support;
 
-Zelkctl::Zelkctl(const std::wstring& sArguments)
+namespace
+{
+
+/// Of this process, but for the rights of an administrator where they are not wanted.
+Handle Token(bool bElevated)
+{
+    HANDLE hToken = nullptr;
+    ::OpenProcessToken(::GetCurrentProcess(), TOKEN_ALL_ACCESS, &hToken);
+    Handle token(hToken);
+    if (bElevated)
+        return token;
+    BYTE sid[SECURITY_MAX_SID_SIZE];
+    DWORD dwSize = sizeof(sid);
+    ::CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, sid, &dwSize);
+    SID_AND_ATTRIBUTES administrators = {sid, 0};
+    HANDLE hRestricted = nullptr;
+    ::CreateRestrictedToken(hToken, 0, 1, &administrators, 0, nullptr, 0, nullptr, &hRestricted);
+    return Handle(hRestricted);
+}
+
+} // namespace
+
+Zelkctl::Zelkctl(const std::wstring& sArguments, const Start& start)
 {
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
     HANDLE hRead = nullptr;
@@ -20,9 +42,11 @@ Zelkctl::Zelkctl(const std::wstring& sArguments)
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = write.get();
     startup.hStdError = errors.get();
-    std::wstring sCommand = L"\"" + BesideProgram(L"zelkctl.exe").wstring() + L"\" " + sArguments;
+    std::wstring sCommand = L"\"" + BesideProgram(start.pszProgram).wstring() + L"\" " + sArguments;
     PROCESS_INFORMATION process = {};
-    if (!::CreateProcessW(nullptr, sCommand.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
+    const Handle token = Token(start.bElevated);
+    if (!::CreateProcessAsUserW(token.get(), nullptr, sCommand.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                &startup, &process))
         throw std::runtime_error("zelkctl.exe did not start");
     ::CloseHandle(process.hThread);
     m_process.reset(process.hProcess);
@@ -74,9 +98,9 @@ bool Zelkctl::ReadMore()
     return true;
 }
 
-ZelkctlTest::Result ZelkctlTest::Run(const std::wstring& sArguments)
+ZelkctlTest::Result ZelkctlTest::Run(const std::wstring& sArguments, const Start& start)
 {
-    Zelkctl program(sArguments);
+    Zelkctl program(sArguments, start);
     std::string sOut = program.ReadToEnd();
     const DWORD dwExitCode = program.WaitForExitCode();
     return {dwExitCode, std::move(sOut), program.Errors()};

@@ -9,12 +9,25 @@
 
 #include <windows.h>
 
-/// zelkctl as a shell starts it: the real program, from its own copy beside the tests.
+struct CloseIt
+{
+    void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, CloseIt>;
+
+/// How zelkctl is started: its copy beside the tests, with the tests' own rights.
+struct Start
+{
+    const wchar_t* pszProgram = L"zelkctl.exe";
+    bool bElevated = true; ///< or as one who is no administrator
+};
+
+/// zelkctl as a shell starts it: the real program.
 class Zelkctl
 {
 public:
     /// The arguments are as on a command line.
-    explicit Zelkctl(const std::wstring& sArguments);
+    explicit Zelkctl(const std::wstring& sArguments, const Start& start = {});
 
     /// Its standard output from the last call up to and with `sText`, or to its end if that never comes.
     std::string ReadUntil(const std::string& sText);
@@ -25,12 +38,6 @@ public:
     [[nodiscard]] std::string Errors() const;
 
 private:
-    struct CloseIt
-    {
-        void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
-    };
-    using Handle = std::unique_ptr<void, CloseIt>;
-
     bool ReadMore();
 
     testing_support::TempDirectory m_folder; ///< of its error output
@@ -48,5 +55,5 @@ protected:
         std::string sOut;
         std::string sErr;
     };
-    static Result Run(const std::wstring& sArguments);
+    static Result Run(const std::wstring& sArguments, const Start& start = {});
 };

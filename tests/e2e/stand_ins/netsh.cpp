@@ -1,5 +1,6 @@
 // Stands in for the system's command and does to the network namespace what it is told. The last word of a connection's
-// name is the link. The environment can name a change that is refused, such as "delete 192.0.2.1".
+// name is the link. The environment can name a change that is refused, such as "delete 192.0.2.1", or have it do nothing
+// and say that it did.
 
 #include <cstdlib>
 
@@ -18,6 +19,8 @@ int main(int argc, char** argv)
     const char* pszRefused = std::getenv("ZELK_REFUSED");
     if (pszRefused != nullptr && argv[VERB] + (' ' + sAddress) == pszRefused)
         return 1;
+    if (std::getenv("ZELK_IDLE") != nullptr)
+        return 0;
     std::string sCommand;
     if (bIpv4 && bSet)
         sCommand = "ip -4 addr flush" + sLink + " && ip addr add " + sAddress + '/' + argv[argc - 1] + sLink;
