@@ -53,7 +53,7 @@ TOLVA::HARDWARE_ADDRESS ParseHardwareAddress(const std::string& sText)
     const TraceReader trace;
     const TOLVA::HARDWARE_ADDRESS address(FromUtf8(sText));
     if (address.size() == 0)
-        throw CLI::ValidationError("MAC", Quoted(sText) + " is no hardware address: " + Explanation(trace));
+        throw WrongUse("MAC", Quoted(sText) + " is no hardware address: " + Explanation(trace));
     return address;
 }
 
@@ -99,15 +99,15 @@ void AddAdapterChanges(CLI::App& noun, Output& output)
     CLI::App& setMac = AddVerb(noun, {"set-mac", "Give an adapter another hardware address and restart it",
                                       "adapter set-mac lan0 02-00-00-00-00-01 --check"});
     auto adapter = AddAdapterArgument(setMac);
-    const CLI::Option& mac = AddArgument(setMac, "ADDRESS", "The hardware address", "XX-XX-XX-XX-XX-XX");
-    RunChange(setMac, output, [adapter, &mac] {
-        const auto address = ParseHardwareAddress(mac.as<std::string>());
+    const auto mac = AddArgument(setMac, "ADDRESS", "The hardware address", "XX-XX-XX-XX-XX-XX");
+    RunChange(setMac, output, [adapter, mac] {
+        const auto address = ParseHardwareAddress(mac());
         return SetMac(adapter(), address);
     });
 
     CLI::App& options =
         AddVerb(noun, {"options", "Open the system's property sheet of an adapter", "adapter options lan0"});
-    options.callback([adapter = AddAdapterArgument(options)] { ShowOptions(adapter()); });
+    Run(options, [adapter = AddAdapterArgument(options)] { ShowOptions(adapter()); });
 }
 
 } // namespace zelkctl

@@ -15,7 +15,7 @@ void AddAdapterCommands(CLI::App& app, Output& output)
         AddNoun(app, {"adapter", "Network adapters", "adapter show {00000002-0000-0000-0000-4E6574446576}"});
     CLI::App& list = AddVerb(noun, {"list", "Show all adapters that are enabled for IPv4", "adapter list --json"});
     AddFormFlags(list, output, SummaryFields());
-    list.callback([&output] { ShowAdapterList(output); });
+    Run(list, [&output] { ShowAdapterList(output); });
     AddRecordVerb(noun, output, {"show", "Show everything that is known of one adapter", "adapter show lan0"},
                   DetailFields(), DetailsOf);
     AddAdapterChanges(noun, output);

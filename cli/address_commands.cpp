@@ -44,8 +44,8 @@ std::vector<TOLVA::ASSOC_IP_ADDR> ParseNewAddresses(const std::vector<std::strin
     for (const Network& network : ParseNetworks("ADDRESS", texts))
         addresses.push_back(ToAssocIpAddr(network));
     if (std::ranges::count_if(addresses, IsIpv4) > 1)
-        throw CLI::ValidationError("ADDRESS", "only one IPv4 address can be set: from Windows Vista on each replaces "
-                                              "the one before it, so that only the last would stay");
+        throw WrongUse("ADDRESS", "only one IPv4 address can be set: from Windows Vista on each replaces "
+                                  "the one before it, so that only the last would stay");
     return addresses;
 }
 
@@ -70,12 +70,11 @@ void AddSet(CLI::App& noun, Output& output)
     CLI::App& verb = AddVerb(noun, {"set", "Give one adapter static addresses in place of those it has",
                                     "address set lan0 192.168.1.10/24 2001:db8::10/64 --yes"});
     auto adapter = AddAdapterArgument(verb);
-    const CLI::Option& addresses =
-        AddArguments(verb, "ADDRESS", "The addresses, at most one of them IPv4", "ADDRESS/PREFIX");
+    const auto addresses = AddArguments(verb, "ADDRESS", "The addresses, at most one of them IPv4", "ADDRESS/PREFIX");
     AddRemark(verb, "Addresses of a family that is not named stay. The prefix length of an IPv6 address is not passed "
                     "on: the system chooses it.");
-    RunChange(verb, output, [adapter, &addresses] {
-        const auto wanted = ParseNewAddresses(addresses.as<std::vector<std::string>>());
+    RunChange(verb, output, [adapter, addresses] {
+        const auto wanted = ParseNewAddresses(addresses());
         return SetAddresses(adapter(), wanted);
     });
 }

@@ -3,14 +3,27 @@
 #include <utility>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 namespace zelkctl
 {
 namespace
 {
 
-CLI::Option& AddFlag(CLI::App& verb, const std::string& sName, const std::string& sDescription)
+CLI::Option& AddFlagOption(CLI::App& verb, const std::string& sName, const std::string& sDescription)
 {
     return *verb.add_flag(sName)->description(sDescription)->disable_flag_override();
+}
+
+CLI::Option& AddPlainArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
+                              const std::string& sForm)
+{
+    return *verb.add_option(sName, sDescription)->option_text(sForm);
+}
+
+Text AnswerOf(const CLI::Option& option)
+{
+    return [&option] { return option.count() > 0 ? option.as<std::string>() : std::string(); };
 }
 
 /// "adapter list", without the tool's own name.
@@ -49,6 +62,11 @@ CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts)
     return verb;
 }
 
+void Run(CLI::App& verb, std::function<void()> action)
+{
+    verb.callback(std::move(action));
+}
+
 void AddJsonFlag(CLI::App& command, Output& output)
 {
     command.preparse_callback([&](std::size_t) { output.SetCommand(CommandWords(command)); });
@@ -62,48 +80,67 @@ void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fiel
     AddGetOption(command, output, fields);
 }
 
-CLI::Option& AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields)
+void AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields)
 {
     std::vector<std::string> keys;
     for (const Field& field : fields)
         keys.emplace_back(field.pszKey);
     AddRemark(command, "Fields:\n  " + CLI::detail::join(keys, ", "));
-    return *command
-                .add_option_function<std::string>(
-                    "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
-                    "Write the bare values of this field, without JSON")
-                ->option_text("FIELD")
-                ->check(CLI::IsMember(keys));
+    command
+        .add_option_function<std::string>(
+            "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
+            "Write the bare values of this field, without JSON")
+        ->option_text("FIELD")
+        ->check(CLI::IsMember(keys));
 }
 
-CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                         const std::string& sForm)
+Text AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm)
 {
-    return *verb.add_option(sName, sDescription)->required()->option_text(sForm);
+    return AnswerOf(*AddPlainArgument(verb, sName, sDescription, sForm).required());
 }
 
-CLI::Option& AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                          const std::string& sForm)
+Text AddOptionalArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
+                         const std::string& sForm, const std::vector<std::string>& values)
 {
-    return *AddArgument(verb, sName, sDescription, sForm + " ...")
-                .expected(1, CLI::detail::expected_max_vector_size)
-                ->allow_extra_args();
+    CLI::Option& argument = AddPlainArgument(verb, sName, sDescription, sForm);
+    if (!values.empty())
+        argument.check(CLI::IsMember(values));
+    return AnswerOf(argument);
+}
+
+Texts AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm)
+{
+    const CLI::Option& arguments = *AddPlainArgument(verb, sName, sDescription, sForm + " ...")
+                                        .required()
+                                        ->expected(1, CLI::detail::expected_max_vector_size)
+                                        ->allow_extra_args();
+    return [&arguments] { return arguments.as<std::vector<std::string>>(); };
+}
+
+Text AddOption(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm)
+{
+    return AnswerOf(AddPlainArgument(verb, sName, sDescription, sForm));
+}
+
+Flag AddFlag(CLI::App& verb, const std::string& sName, const std::string& sDescription)
+{
+    const CLI::Option& flag = AddFlagOption(verb, sName, sDescription);
+    return [&flag] { return flag.count() > 0; };
 }
 
 std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among)
 {
-    const CLI::Option& wanted =
-        AddArgument(verb, ADAPTER_ARGUMENT,
-                    "Its name, GUID, index or hardware address; \"name:lan0\", \"guid:\", \"index:\" "
-                    "and \"mac:\" say which",
-                    "NAME|{GUID}|#INDEX|MAC");
-    return [&wanted, among] { return FindAdapter(wanted.as<std::string>(), among); };
+    const Text wanted = AddArgument(verb, ADAPTER_ARGUMENT,
+                                    "Its name, GUID, index or hardware address; \"name:lan0\", \"guid:\", \"index:\" "
+                                    "and \"mac:\" say which",
+                                    "NAME|{GUID}|#INDEX|MAC");
+    return [wanted, among] { return FindAdapter(wanted(), among); };
 }
 
 std::function<TOLVA::FAMILY_TYPE()> AddFamilyFlags(CLI::App& verb)
 {
-    CLI::Option& ipv4 = AddFlag(verb, "--ipv4", "IPv4 alone instead of both families");
-    CLI::Option& ipv6 = AddFlag(verb, "--ipv6", "IPv6 alone instead of both families");
+    CLI::Option& ipv4 = AddFlagOption(verb, "--ipv4", "IPv4 alone instead of both families");
+    CLI::Option& ipv6 = AddFlagOption(verb, "--ipv6", "IPv6 alone instead of both families");
     ipv4.excludes(&ipv6);
     return [&] {
         return ipv4.count() > 0 ? TOLVA::FAMILY_IPV4 : ipv6.count() > 0 ? TOLVA::FAMILY_IPV6 : TOLVA::FAMILY_BOTH;
@@ -138,17 +175,15 @@ void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan)
 
 std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Change()> plan)
 {
-    const CLI::Option& check = AddFlag(verb, "--check", "Show before and after, and change nothing");
-    const CLI::Option& noVerify = AddFlag(verb, "--no-verify", "Do not read back whether the machine shows it");
-    const CLI::Option& yes = AddFlag(verb, "--yes", "Do not ask, even if the change can cut off a session");
+    const Flag check = AddFlag(verb, "--check", "Show before and after, and change nothing");
+    const Flag noVerify = AddFlag(verb, "--no-verify", "Do not read back whether the machine shows it");
+    const Flag yes = AddFlag(verb, "--yes", "Do not ask, even if the change can cut off a session");
     AddJsonFlag(verb, output);
-    CLI::Option& readBack = *AddFlag(verb, "--read-back", "").group("");
+    CLI::Option& readBack = *AddFlagOption(verb, "--read-back", "").group("");
     readBack.each([&output](const std::string&) { output.SetJson(true); });
-    return [&, plan = std::move(plan)] {
-        const ChangeOptions options{.bCheck = check.count() > 0,
-                                    .bVerify = noVerify.count() == 0,
-                                    .bConsent = yes.count() > 0,
-                                    .bReadBack = readBack.count() > 0};
+    return [=, &readBack, &output, plan = std::move(plan)] {
+        const ChangeOptions options{
+            .bCheck = check(), .bVerify = !noVerify(), .bConsent = yes(), .bReadBack = readBack.count() > 0};
         Perform(plan(), options, output);
     };
 }

@@ -5,10 +5,9 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "adapter.h"
 #include "change.h"
+#include "command_line.h"
 #include "output.h"
 
 namespace zelkctl
@@ -32,20 +31,30 @@ struct VerbTexts
 /// A noun does nothing by itself: it needs one of its verbs.
 CLI::App& AddNoun(CLI::App& app, const VerbTexts& texts);
 CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts);
+/// What the verb does when the command line was read.
+void Run(CLI::App& verb, std::function<void()> action);
+
+// What the user gave is asked for when the command line was read; these are the questions.
+using Text = std::function<std::string()>; ///< empty when it was not given
+using Texts = std::function<std::vector<std::string>()>;
+using Flag = std::function<bool()>;
 
 /// Gives a command that shows something the choice of form: text, --json, or --get with one of the fields' keys.
 void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields);
 /// The last of them, for a command that has --json already.
-CLI::Option& AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields);
+void AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields);
 /// Without fields to choose from.
 void AddJsonFlag(CLI::App& command, Output& output);
 
 /// Arguments are told apart by their place. `sForm` is what the help shows of the argument's text.
-CLI::Option& AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                         const std::string& sForm);
+Text AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm);
+/// One that can be left out. Where `values` are given it is one of them.
+Text AddOptionalArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
+                         const std::string& sForm, const std::vector<std::string>& values = {});
 /// The last argument of its verb, which can be given several times.
-CLI::Option& AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                          const std::string& sForm);
+Texts AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm);
+Text AddOption(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm);
+Flag AddFlag(CLI::App& verb, const std::string& sName, const std::string& sDescription);
 
 inline constexpr const char* ADAPTER_ARGUMENT = "ADAPTER";
 /// Makes an adapter, in the user's words, the verb's argument. The answer is for when the command line was read.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include <CLI/CLI.hpp>
+
 #include "command.h"
 #include "connection_names.h"
 #include "text.h"

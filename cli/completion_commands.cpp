@@ -89,7 +89,7 @@ void AddScript(CLI::App& noun, const VerbTexts& texts, const std::string& sInsta
 {
     CLI::App& verb = AddVerb(noun, texts);
     AddRemark(verb, sInstallation);
-    verb.callback([pszScript] { Output::Data(pszScript); });
+    Run(verb, [pszScript] { Output::Data(pszScript); });
 }
 
 } // namespace

@@ -101,7 +101,7 @@ void AddStatus(CLI::App& noun, Output& output)
     CLI::App& verb =
         AddVerb(noun, {"status", "Show whether one adapter is a DHCP client, and of whom", "dhcp status lan0 --json"});
     AddFormFlags(verb, output, DhcpFields(TOLVA::FAMILY_BOTH));
-    verb.callback([&output, adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
+    Run(verb, [&output, adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
         output.Record(DhcpFields(family()), DhcpOf(adapter().info, family()));
     });
 }

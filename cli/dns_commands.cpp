@@ -64,9 +64,9 @@ void AddSet(CLI::App& noun, Output& output)
     AddRemark(verb, "They take the place of those of both families. The first is used at once, the others when the "
                     "adapter is configured anew.");
     auto adapter = AddAdapterArgument(verb);
-    const CLI::Option& servers = AddArguments(verb, "SERVER", "The servers in their order of preference", "ADDRESS");
-    RunChange(verb, output, [adapter, &servers] {
-        const auto wanted = ParseAddresses("SERVER", servers.as<std::vector<std::string>>());
+    const auto servers = AddArguments(verb, "SERVER", "The servers in their order of preference", "ADDRESS");
+    RunChange(verb, output, [adapter, servers] {
+        const auto wanted = ParseAddresses("SERVER", servers());
         return SetServers(adapter(), wanted);
     });
 }

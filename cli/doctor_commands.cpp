@@ -251,7 +251,7 @@ void AddDoctorCommand(CLI::App& app, Output& output)
     AddJsonFlag(command, output);
     AddRemark(command,
               "Every line begins with \"ok\", \"note\" or \"wrong\"; when something is wrong the exit code is 1.");
-    command.callback([&output] { Diagnose(output); });
+    Run(command, [&output] { Diagnose(output); });
 }
 
 } // namespace zelkctl

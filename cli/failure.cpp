@@ -19,4 +19,9 @@ std::string Message(const Failure::Details& details)
 
 Failure::Failure(Details details) : std::runtime_error(Message(details)), m_details(std::move(details)) {}
 
+Failure WrongUse(const std::string& sArgument, const std::string& sReason)
+{
+    return Failure({.code = EXIT_USAGE, .sReason = sArgument + ": " + sReason, .sHint = "--help tells how to use it."});
+}
+
 } // namespace zelkctl

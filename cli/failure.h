@@ -30,4 +30,7 @@ private:
     Details m_details;
 };
 
+/// What the user gave for an argument is not to be used.
+Failure WrongUse(const std::string& sArgument, const std::string& sReason);
+
 } // namespace zelkctl

@@ -59,9 +59,9 @@ void AddSet(CLI::App& noun, Output& output)
         AddVerb(noun, {"set", "Give one adapter a static default gateway", "gateway set lan0 192.168.1.1 --yes"});
     AddRemark(verb, "It takes the place of all default routes of its family.");
     auto adapter = AddAdapterArgument(verb);
-    const CLI::Option& gateway = AddArgument(verb, "GATEWAY", "The gateway", "ADDRESS");
-    RunChange(verb, output, [adapter, &gateway] {
-        const auto wanted = ParseAddress("GATEWAY", gateway.as<std::string>());
+    const auto gateway = AddArgument(verb, "GATEWAY", "The gateway", "ADDRESS");
+    RunChange(verb, output, [adapter, gateway] {
+        const auto wanted = ParseAddress("GATEWAY", gateway());
         return SetGateway(adapter(), wanted);
     });
 }

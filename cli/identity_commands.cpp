@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
 #include <string>
 
 #include <zelk_nm/tolva.h>
@@ -59,7 +60,7 @@ Aspect NameBecomes(const Field& field, bool (*pQuery)(velmor::string&), const st
 Change SetName(const std::string& sName)
 {
     if (!IsHostName(sName))
-        throw CLI::ValidationError("NAME", Quoted(sName) + " is no computer name: 1 to 63 letters, digits and \"-\"");
+        throw WrongUse("NAME", Quoted(sName) + " is no computer name: 1 to 63 letters, digits and \"-\"");
     return {.sOperation = "SetComputerNameW",
             .sDoing = "Setting the computer name",
             .sDone = "The computer name will be " + Quoted(sName) + '.',
@@ -71,7 +72,7 @@ Change SetName(const std::string& sName)
 Change SetWorkgroup(const std::string& sName)
 {
     if (sName.empty())
-        throw CLI::ValidationError("NAME", "a workgroup needs a name");
+        throw WrongUse("NAME", "a workgroup needs a name");
     return {.sOperation = "SetWorkgroupName",
             .sDoing = "Setting the workgroup",
             .sDone = "The workgroup is " + Quoted(sName) + '.',
@@ -93,17 +94,15 @@ void AddShow(CLI::App& noun, Output& output)
 {
     CLI::App& verb = AddVerb(noun, {"show", "Show the machine's names", "identity show --json"});
     AddFormFlags(verb, output, FIELDS);
-    verb.callback([&output] { output.Record(FIELDS, ReadIdentity()); });
+    Run(verb, [&output] { output.Record(FIELDS, ReadIdentity()); });
 }
 
 /// A verb whose argument is the new name.
-CLI::Option& AddSetVerb(CLI::App& noun, Output& output, const VerbTexts& texts, const char* pszDescription,
-                        Change (*pPlan)(const std::string&))
+void AddSetVerb(CLI::App& noun, Output& output, const VerbTexts& texts, const std::function<Text(CLI::App&)>& add,
+                Change (*pPlan)(const std::string&))
 {
     CLI::App& verb = AddVerb(noun, texts);
-    CLI::Option& name = AddArgument(verb, "NAME", pszDescription, "NAME");
-    RunChange(verb, output, [&name, pPlan] { return pPlan(name.count() > 0 ? name.as<std::string>() : ""); });
-    return name;
+    RunChange(verb, output, [name = add(verb), pPlan] { return pPlan(name()); });
 }
 
 } // namespace
@@ -112,17 +111,21 @@ void AddIdentityCommands(CLI::App& app, Output& output)
 {
     CLI::App& noun = AddNoun(app, {"identity", "Names of this machine", "identity show"});
     AddShow(noun, output);
-    AddSetVerb(noun, output,
-               {"set-name", "Give the machine another name, from its next start on", "identity set-name station7"},
-               "The name, without a domain", SetName);
-    AddSetVerb(noun, output,
-               {"set-workgroup", "Put the machine into another workgroup", "identity set-workgroup WORKSHOP"},
-               "The workgroup's name", SetWorkgroup);
-    AddSetVerb(noun, output,
-               {"set-suffix", "Give the machine another primary DNS suffix, or none, from its next start on",
-                "identity set-suffix example.org"},
-               "The suffix, a DNS domain; without one it is cleared", SetSuffix)
-        .required(false);
+    AddSetVerb(
+        noun, output,
+        {"set-name", "Give the machine another name, from its next start on", "identity set-name station7"},
+        [](CLI::App& verb) { return AddArgument(verb, "NAME", "The name, without a domain", "NAME"); }, SetName);
+    AddSetVerb(
+        noun, output, {"set-workgroup", "Put the machine into another workgroup", "identity set-workgroup WORKSHOP"},
+        [](CLI::App& verb) { return AddArgument(verb, "NAME", "The workgroup's name", "NAME"); }, SetWorkgroup);
+    AddSetVerb(
+        noun, output,
+        {"set-suffix", "Give the machine another primary DNS suffix, or none, from its next start on",
+         "identity set-suffix example.org"},
+        [](CLI::App& verb) {
+            return AddOptionalArgument(verb, "SUFFIX", "The suffix; without one it is cleared", "DOMAIN");
+        },
+        SetSuffix);
 }
 
 } // namespace zelkctl

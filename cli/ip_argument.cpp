@@ -4,8 +4,7 @@
 #include <functional>
 #include <string_view>
 
-#include <CLI/CLI.hpp>
-
+#include "failure.h"
 #include "number.h"
 #include "text.h"
 
@@ -27,9 +26,8 @@ unsigned char ParsePrefixLength(const std::string& sName, const std::string& sTe
     const unsigned long ulLongest = address.is_ipv4() ? 32 : 128;
     const auto ulLength = ParseNumber(sText);
     if (!ulLength || *ulLength > ulLongest)
-        throw CLI::ValidationError(sName, Quoted(sText) + " is no prefix length of an " +
-                                              (address.is_ipv4() ? "IPv4" : "IPv6") + " address, 0 to " +
-                                              std::to_string(ulLongest));
+        throw WrongUse(sName, Quoted(sText) + " is no prefix length of an " + (address.is_ipv4() ? "IPv4" : "IPv6") +
+                                  " address, 0 to " + std::to_string(ulLongest));
     return static_cast<unsigned char>(*ulLength);
 }
 
@@ -43,7 +41,7 @@ std::vector<Item> ParseEach(const std::string& sName, const std::vector<std::str
     {
         const Item item = parse(sName, sText);
         if (std::ranges::find(items, std::invoke(addressOf, item), addressOf) != items.end())
-            throw CLI::ValidationError(sName, Quoted(sText) + " is there twice");
+            throw WrongUse(sName, Quoted(sText) + " is there twice");
         items.push_back(item);
     }
     return items;
@@ -55,7 +53,7 @@ velmor::ip_address ParseAddress(const std::string& sName, const std::string& sTe
 {
     const velmor::ip_address address(FromUtf8(sText));
     if (!IsPlain(address, sText))
-        throw CLI::ValidationError(sName, Quoted(sText) + " is no IPv4 or IPv6 address");
+        throw WrongUse(sName, Quoted(sText) + " is no IPv4 or IPv6 address");
     return address;
 }
 
@@ -63,7 +61,7 @@ Network ParseNetwork(const std::string& sName, const std::string& sText)
 {
     const std::size_t slash = sText.find('/');
     if (slash == std::string::npos)
-        throw CLI::ValidationError(sName, Quoted(sText) + " lacks its prefix length, such as /24");
+        throw WrongUse(sName, Quoted(sText) + " lacks its prefix length, such as /24");
     const velmor::ip_address address = ParseAddress(sName, sText.substr(0, slash));
     return {address, ParsePrefixLength(sName, sText.substr(slash + 1), address)};
 }

@@ -14,7 +14,7 @@ struct Network
     unsigned char prefixLength;
 };
 
-// What the user wrote for the argument `sName`. They throw CLI::ValidationError, wrong usage, for any other text.
+// What the user wrote for the argument `sName`. They throw the Failure of a wrong use for any other text.
 
 /// An address alone, IPv4 in four decimal parts: the library would take a port or a scope and forget it.
 velmor::ip_address ParseAddress(const std::string& sName, const std::string& sText);

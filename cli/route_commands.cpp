@@ -37,9 +37,9 @@ std::vector<TOLVA::ROUTE_INFO> Routes(const Adapter& adapter)
 
 unsigned long ParseMetric(const std::string& sText)
 {
-    const auto ulMetric = ParseNumber(sText);
+    const auto ulMetric = ParseNumber(sText.empty() ? "0" : sText);
     if (!ulMetric)
-        throw CLI::ValidationError("--metric", Quoted(sText) + " is not 0 to 4294967295");
+        throw WrongUse("--metric", Quoted(sText) + " is not 0 to 4294967295");
     return *ulMetric;
 }
 
@@ -52,7 +52,7 @@ TOLVA::ROUTE_INFO ParseRoute(const RouteTexts& texts)
     route.PrefixLength = destination.prefixLength;
     route.NextHop = ParseAddress("NEXTHOP", texts.sNextHop);
     if (route.NextHop.family() != route.Destination.family())
-        throw CLI::ValidationError("NEXTHOP", "destination and next hop are not of one family, IPv4 or IPv6");
+        throw WrongUse("NEXTHOP", "destination and next hop are not of one family, IPv4 or IPv6");
     route.ulMetric = ParseMetric(texts.sMetric);
     return route;
 }
@@ -94,15 +94,12 @@ void AddAdd(CLI::App& noun, Output& output)
     CLI::App& verb =
         AddVerb(noun, {"add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1 --check"});
     auto adapter = AddAdapterArgument(verb);
-    const CLI::Option& destination =
+    const auto destination =
         AddArgument(verb, "DESTINATION", "Where it leads, 0.0.0.0/0 or ::/0 for everywhere", "ADDRESS/PREFIX");
-    const CLI::Option& nextHop = AddArgument(verb, "NEXTHOP", "The gateway", "ADDRESS");
-    const CLI::Option& metric = *verb.add_option("--metric", "Its metric, by default 0; one that is too low is raised")
-                                     ->option_text("N")
-                                     ->default_str("0");
-    RunChange(verb, output, [&, adapter] {
-        const auto route =
-            ParseRoute({destination.as<std::string>(), nextHop.as<std::string>(), metric.as<std::string>()});
+    const auto nextHop = AddArgument(verb, "NEXTHOP", "The gateway", "ADDRESS");
+    const auto metric = AddOption(verb, "--metric", "Its metric, by default 0; one that is too low is raised", "N");
+    RunChange(verb, output, [=] {
+        const auto route = ParseRoute({destination(), nextHop(), metric()});
         return AddRoute(adapter(), route);
     });
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
+#include "command_line.h"
 #include "output.h"
 
 namespace zelkctl

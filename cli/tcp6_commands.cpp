@@ -14,7 +14,7 @@ void AddList(CLI::App& noun, Output& output)
 {
     CLI::App& verb = AddVerb(noun, {"list", "Show all TCP connections over IPv6", "tcp6 list"});
     AddFormFlags(verb, output, Tcp6Fields());
-    verb.callback([&output] {
+    Run(verb, [&output] {
         output.List(Tcp6Fields(), RecordsOf(ReadTcp6Table(), RecordOf), "There is no TCP connection over IPv6.");
     });
 }

@@ -1,6 +1,7 @@
 #include "trace_commands.h"
 
 #include <algorithm>
+#include <cctype>
 #include <functional>
 #include <optional>
 #include <string>
@@ -39,14 +40,9 @@ std::string PathText(const std::wstring& sPath)
 /// Whose trace it is about.
 std::function<TraceLocation()> AddProgramOption(CLI::App& verb)
 {
-    const CLI::Option& program =
-        *verb.add_option("--program", "The program, or its directory, instead of zelkctl itself")->option_text("PATH");
-    return [&program] { return program.count() > 0 ? LocateTraceOf(program.as<std::string>()) : LocateTrace(); };
-}
-
-const CLI::Option& Flag(CLI::App& verb, const std::string& sName, const std::string& sDescription)
-{
-    return *verb.add_flag(sName)->description(sDescription)->disable_flag_override();
+    const auto program =
+        AddOption(verb, "--program", "The program, or its directory, instead of zelkctl itself", "PATH");
+    return [program] { return program().empty() ? LocateTrace() : LocateTraceOf(program()); };
 }
 
 /// Which lines are shown.
@@ -55,10 +51,16 @@ struct Filter
     bool bErrors = false;
     std::string sOperation;
 
+    [[nodiscard]] bool IsNamed(const TraceLine& line) const
+    {
+        const auto IsSame = [](unsigned char one, unsigned char other) {
+            return std::tolower(one) == std::tolower(other);
+        };
+        return !std::ranges::search(line.sOperation, sOperation, IsSame).empty();
+    }
     [[nodiscard]] bool Admits(const TraceLine& line) const
     {
-        const std::string sLower = CLI::detail::to_lower(line.sOperation);
-        return (!bErrors || line.IsProblem()) && sLower.find(CLI::detail::to_lower(sOperation)) != std::string::npos;
+        return (!bErrors || line.IsProblem()) && (sOperation.empty() || IsNamed(line));
     }
 };
 
@@ -150,13 +152,12 @@ void AddShow(CLI::App& noun, Output& output)
     AddFormFlags(verb, output, TraceFields());
     AddRemark(verb, "The lines of the load of the library before the last stand first; every start of zelkctl is a "
                     "load.\nWith --follow, --json writes one object with these fields a line, without an envelope.");
-    const CLI::Option& errors = Flag(verb, "--errors", "Errors and warnings alone");
-    const CLI::Option& follow = Flag(verb, "--follow", "Go on with what is traced from now on, until Ctrl+C");
-    const CLI::Option& operation =
-        *verb.add_option("--operation", "Operations alone whose name has this in it")->option_text("NAME");
-    verb.callback([&, location = AddProgramOption(verb)] {
-        Filter filter{errors.count() > 0, operation.count() > 0 ? operation.as<std::string>() : ""};
-        (follow.count() > 0 ? FollowTrace : ShowTrace)(location(), std::move(filter), output);
+    const auto errors = AddFlag(verb, "--errors", "Errors and warnings alone");
+    const auto follow = AddFlag(verb, "--follow", "Go on with what is traced from now on, until Ctrl+C");
+    const auto operation = AddOption(verb, "--operation", "Operations alone whose name has this in it", "NAME");
+    Run(verb, [=, &output, location = AddProgramOption(verb)] {
+        Filter filter{errors(), operation()};
+        (follow() ? FollowTrace : ShowTrace)(location(), std::move(filter), output);
     });
 }
 
@@ -211,14 +212,14 @@ void AddLevel(CLI::App& noun, Output& output)
     CLI::App& verb = AddVerb(noun, {"level", "Show how much is traced, or set it", "trace level 4"});
     AddRemark(verb, "Levels:\n  0 nothing, 1 errors, 2 and warnings, 3 and information (the default), 4 everything\n\n"
                     "A program takes the level when it constructs a TOLVA, which empties its trace.");
-    CLI::Option& level = AddArgument(verb, "LEVEL", "The new level", "[0-4]");
-    level.required(false)->check(CLI::IsMember({"0", "1", "2", "3", "4"}));
+    const auto level = AddOptionalArgument(verb, "LEVEL", "The new level", "[0-4]", {"0", "1", "2", "3", "4"});
     auto location = AddProgramOption(verb);
-    const auto change =
-        AddChange(verb, output, [&level, location] { return SetLevel(location(), level.as<unsigned int>()); });
-    AddGetOption(verb, output, LEVEL_FIELDS).excludes(&level);
-    verb.callback([&output, &level, location, change] {
-        if (level.count() > 0)
+    const auto change = AddChange(verb, output, [level, location] {
+        return SetLevel(location(), static_cast<unsigned int>(std::stoul(level())));
+    });
+    AddGetOption(verb, output, LEVEL_FIELDS);
+    Run(verb, [&output, level, location, change] {
+        if (!level().empty())
             return change();
         output.Record(LEVEL_FIELDS, LevelOf(location()));
     });
@@ -247,7 +248,7 @@ void AddPath(CLI::App& noun, Output& output)
 {
     CLI::App& verb = AddVerb(noun, {"path", "Show where the trace and its settings stand", "trace path --get path"});
     AddFormFlags(verb, output, PATH_FIELDS);
-    verb.callback([&output, location = AddProgramOption(verb)] { output.List(PATH_FIELDS, PathsOf(location()), ""); });
+    Run(verb, [&output, location = AddProgramOption(verb)] { output.List(PATH_FIELDS, PathsOf(location()), ""); });
 }
 
 } // namespace

@@ -27,8 +27,7 @@ std::string VersionNumber()
 
 std::string VersionText()
 {
-    return "ZELK_NM.DLL " + VersionNumber() + '\n' +
-           ModuleProperty(TOLVA::TOLVA_GMP_DESCRIPTION);
+    return "ZELK_NM.DLL " + VersionNumber() + '\n' + ModuleProperty(TOLVA::TOLVA_GMP_DESCRIPTION);
 }
 
 } // namespace zelkctl
