@@ -24,7 +24,7 @@ std::string HintFor(const Adapter* pAdapter, const TraceReader& trace, bool bNee
     TOLVA::FAMILY_TYPE enFamily = TOLVA::FAMILY_BOTH;
     if (bNeedsIpv6 && pAdapter != nullptr && TOLVA::AddressFamilySupported(pAdapter->info, enFamily) &&
         enFamily == TOLVA::FAMILY_IPV4)
-        return "IPv6 is off for this adapter.";
+        return "IPv6 is off for this adapter; where a verb has --ipv4, that leaves IPv6 out.";
     return IsElevated() ? "" : "Without elevation much is refused; run it from an elevated prompt.";
 }
 
