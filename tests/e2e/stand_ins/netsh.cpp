@@ -1,6 +1,6 @@
 // Stands in for the system's command and does to the network namespace what it is told. The last word of a connection's
-// name is the link. The environment can name a change that is refused, such as "delete 192.0.2.1", or have it do nothing
-// and say that it did.
+// name is the link. The environment can name a change that is refused, such as "delete 192.0.2.1", or have it do
+// nothing and say that it did.
 
 #include <cstdlib>
 
