@@ -36,6 +36,15 @@ Pipe MakePipe()
     return {UniqueHandle(hRead), UniqueHandle(hWrite)};
 }
 
+/// The command line need not name the program in full.
+std::wstring OwnPath()
+{
+    constexpr DWORD LONGEST_PATH = 32768;
+    std::wstring sPath(LONGEST_PATH, L'\0');
+    sPath.resize(::GetModuleFileNameW(nullptr, sPath.data(), LONGEST_PATH));
+    return sPath;
+}
+
 void Start(std::wstring sCommandLine, HANDLE hOutput)
 {
     STARTUPINFOW startup = {};
@@ -45,7 +54,7 @@ void Start(std::wstring sCommandLine, HANDLE hOutput)
     startup.hStdOutput = hOutput;
     startup.hStdError = ::GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION process = {};
-    if (!::CreateProcessW(nullptr, sCommandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+    if (!::CreateProcessW(OwnPath().c_str(), sCommandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                           &process))
         throw Failure({.sReason = "the tool could not be started once more"});
     ::CloseHandle(process.hThread);
