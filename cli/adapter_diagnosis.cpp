@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "installed_adapters.h"
 #include "registry.h"
 #include "text.h"
 
@@ -13,8 +14,6 @@ namespace
 
 constexpr std::wstring_view CLASS_KEYS =
     L"SYSTEM\\CurrentControlSet\\Control\\Class\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
-constexpr std::wstring_view CONNECTIONS =
-    L"SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
 constexpr std::wstring_view LAN_DEVICES =
     L"SYSTEM\\CurrentControlSet\\Control\\DeviceClasses\\{AD498944-762F-11D0-8DCB-00C04FC3358C}";
 

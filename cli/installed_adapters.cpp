@@ -11,9 +11,6 @@ namespace zelkctl
 namespace
 {
 
-constexpr const wchar_t* CONNECTIONS =
-    L"SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
-
 } // namespace
 
 std::vector<Adapter> ListInstalledAdapters()

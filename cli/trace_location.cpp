@@ -5,6 +5,8 @@
 
 #include <zelk_nm/tolva.h>
 
+#include "environment.h"
+#include "registry.h"
 #include "text.h"
 
 namespace zelkctl
@@ -12,33 +14,18 @@ namespace zelkctl
 namespace
 {
 
-constexpr const wchar_t* CONTROL = L"SYSTEM\\CurrentControlSet\\Control";
-
 bool IsDirectory(const std::wstring& sPath)
 {
     const DWORD dwAttributes = ::GetFileAttributesW(sPath.c_str());
     return dwAttributes != INVALID_FILE_ATTRIBUTES && (dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool HasControlKey(const wchar_t* pszName)
-{
-    HKEY hKey = nullptr;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, (std::wstring(CONTROL) + L'\\' + pszName).c_str(), 0, KEY_READ, &hKey) !=
-        ERROR_SUCCESS)
-        return false;
-    ::RegCloseKey(hKey);
-    return true;
-}
-
 /// Such a system keeps trace.ini at a fixed place. The trace itself stays beside the program there too: the library
 /// settles its directory before it knows the system.
 bool IsMiniNT52()
 {
-    wchar_t version[16] = {};
-    DWORD dwSize = sizeof(version);
-    return ::RegGetValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", L"CurrentVersion",
-                          RRF_RT_REG_SZ, nullptr, version, &dwSize) == ERROR_SUCCESS &&
-           std::wstring(version) == L"5.2" && (HasControlKey(L"MiniNT") || HasControlKey(L"MyMiniNT"));
+    const auto version = ReadText(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", L"CurrentVersion");
+    return version && *version == velmor::string(L"5.2") && IsBootImage();
 }
 
 std::wstring LogDirectoryOf(const std::wstring& sProgramDirectory, const std::wstring& sLogSettings)
