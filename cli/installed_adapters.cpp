@@ -8,11 +8,6 @@
 
 namespace zelkctl
 {
-namespace
-{
-
-} // namespace
-
 std::vector<Adapter> ListInstalledAdapters()
 {
     std::vector<Adapter> adapters;
