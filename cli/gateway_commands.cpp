@@ -28,15 +28,15 @@ Json ListGateways(const Adapter& adapter)
 /// Those of the other family stay, in whatever order.
 Aspect GatewayInEffect(const TOLVA::NIC_INFO& info, const velmor::ip_address& gateway)
 {
-    const bool bIpv4 = gateway.is_ipv4();
-    return {.field = bIpv4 ? Field{"ipv4Gateways", "IPv4 gateways"} : Field{"ipv6Gateways", "IPv6 gateways"},
+    return {.field =
+                gateway.is_ipv4() ? Field{"ipv4Gateways", "IPv4 gateways"} : Field{"ipv6Gateways", "IPv6 gateways"},
             .read =
                 [=] {
-                    Json gateways = GatewaysOf(info);
-                    std::erase_if(gateways.get_ref<Json::array_t&>(), [=](const Json& text) {
-                        return bIpv4 != (text.get_ref<const std::string&>().find(':') == std::string::npos);
-                    });
-                    return gateways;
+                    std::vector<velmor::ip_address> gateways;
+                    if (!TOLVA::GetDefaultGatewayList(info, TOLVA::FAMILY_BOTH, gateways))
+                        return Json();
+                    std::erase_if(gateways, [=](const auto& other) { return other.family() != gateway.family(); });
+                    return RecordsOf(gateways, AddressOrNull);
                 },
             .wanted = Json::array({AddressOrNull(gateway)})};
 }

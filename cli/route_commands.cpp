@@ -69,8 +69,9 @@ Aspect RoutePresent(const Adapter& adapter, const std::string& sRoute)
     return {.field = {"route", "Route"},
             .read =
                 [=] {
-                    const auto routes = Routes(adapter);
-                    const bool bThere = std::ranges::find(routes, sRoute, Describe) != routes.end();
+                    std::vector<TOLVA::ROUTE_INFO> routes;
+                    const bool bThere = TOLVA::GetAdapterRoutes(adapter.info, routes) &&
+                                        std::ranges::find(routes, sRoute, Describe) != routes.end();
                     return bThere ? Json(sRoute) : Json();
                 },
             .wanted = sRoute};
