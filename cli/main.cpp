@@ -30,6 +30,7 @@
 #include "settings_commands.h"
 #include "tcp6_commands.h"
 #include "trace_commands.h"
+#include "trace_location.h"
 #include "version.h"
 
 namespace
@@ -41,8 +42,7 @@ using namespace zelkctl;
 /// another zelkctl may be reading. So that is done only where somebody has set a level.
 std::unique_ptr<TOLVA> HonourTraceSettings()
 {
-    velmor::string sOwnDir;
-    if (!TOLVA::GetOwnDir(sOwnDir) || !::PathFileExistsW((sOwnDir + L"\\trace.ini").c_str()))
+    if (!::PathFileExistsW(LocateTrace().sTraceSettings.c_str()))
         return nullptr;
     return std::make_unique<TOLVA>();
 }
