@@ -14,6 +14,7 @@
 
 #include "command.h"
 #include "directory_watch.h"
+#include "elevation.h"
 #include "number.h"
 #include "table.h"
 #include "text.h"
@@ -190,10 +191,13 @@ bool WriteLevel(const TraceLocation& location, unsigned int uiLevel)
     if (::WritePrivateProfileStringW(LEVEL_SECTION, LEVEL_KEY, std::to_wstring(uiLevel).c_str(),
                                      location.sTraceSettings.c_str()))
         return true;
-    const auto error = static_cast<int>(::GetLastError());
-    throw Failure(
-        {.sReason = PathText(location.sTraceSettings) + " cannot be written: " + std::system_category().message(error),
-         .sOperation = "WritePrivateProfileString"});
+    const DWORD dwError = ::GetLastError();
+    const bool bElevationHelps = dwError == ERROR_ACCESS_DENIED && !IsElevated();
+    throw Failure({.code = bElevationHelps ? EXIT_NEEDS_ELEVATION : EXIT_OPERATION_FAILED,
+                   .sReason = PathText(location.sTraceSettings) +
+                              " cannot be written: " + std::system_category().message(static_cast<int>(dwError)),
+                   .sOperation = "WritePrivateProfileString",
+                   .sHint = bElevationHelps ? "Run it from an elevated prompt." : ""});
 }
 
 Change SetLevel(const TraceLocation& location, unsigned int uiLevel)
