@@ -53,7 +53,7 @@ TOLVA::HARDWARE_ADDRESS ParseHardwareAddress(const std::string& sText)
     const TraceReader trace;
     const TOLVA::HARDWARE_ADDRESS address(FromUtf8(sText));
     if (address.size() == 0)
-        throw WrongUse("MAC", Quoted(sText) + " is no hardware address: " + Explanation(trace));
+        throw WrongUse("ADDRESS", Quoted(sText) + " is no hardware address: " + Explanation(trace));
     return address;
 }
 
@@ -76,14 +76,19 @@ Change SetMac(const Adapter& adapter, const TOLVA::HARDWARE_ADDRESS& address)
 }
 
 /// The system may have no sheet to show; the library does not call that a failure.
-void ShowOptions(const Adapter& adapter)
+void ShowOptions(const Adapter& adapter, const Output& output)
 {
     const TraceReader trace;
     Call("ChangeAdapterOptions", &adapter, [&] { return TOLVA::ChangeAdapterOptions(adapter.info); });
-    if (trace.Problems().empty())
+    const std::string sPrevented = trace.Problems().empty() ? "" : Explanation(trace);
+    if (sPrevented.empty())
         Output::Note("Done with the options of adapter " + Quoted(adapter) + '.');
     else
-        Output::Note("No options of adapter " + Quoted(adapter) + " were shown: " + Explanation(trace));
+        Output::Note("No options of adapter " + Quoted(adapter) + " were shown: " + sPrevented);
+    Json result;
+    result["shown"] = sPrevented.empty();
+    result["reason"] = sPrevented.empty() ? Json() : Json(sPrevented);
+    output.Answer(result, "");
 }
 
 } // namespace
@@ -107,7 +112,8 @@ void AddAdapterChanges(CLI::App& noun, Output& output)
 
     CLI::App& options =
         AddVerb(noun, {"options", "Open the system's property sheet of an adapter", "adapter options lan0"});
-    Run(options, [adapter = AddAdapterArgument(options)] { ShowOptions(adapter()); });
+    AddJsonFlag(options, output);
+    Run(options, [&output, adapter = AddAdapterArgument(options)] { ShowOptions(adapter(), output); });
 }
 
 } // namespace zelkctl
