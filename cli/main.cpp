@@ -29,6 +29,7 @@
 #include "route_commands.h"
 #include "settings_commands.h"
 #include "tcp6_commands.h"
+#include "text.h"
 #include "trace_commands.h"
 #include "trace_location.h"
 #include "version.h"
@@ -81,6 +82,16 @@ void Describe(CLI::App& app, std::unique_ptr<TOLVA>& pSettings, Output& output)
     });
 }
 
+/// A wrong verb is a missing one to the parser, which then does not name it. It repeats what the user gave as it is.
+std::string ReasonOf(const CLI::App& app, const CLI::ParseError& end)
+{
+    std::string sReason = end.what();
+    const auto unexpected = app.remaining(true);
+    if (end.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unexpected.empty())
+        sReason += ", not \"" + unexpected.front() + '"';
+    return Printable(sReason);
+}
+
 /// Help and version are ends of the parser too, those that are no failure.
 void EndParsing(const CLI::App& app, const CLI::ParseError& end, Output& output)
 {
@@ -88,7 +99,7 @@ void EndParsing(const CLI::App& app, const CLI::ParseError& end, Output& output)
     std::ostringstream notes;
     if (app.exit(end, data, notes) == 0)
         return Output::Data(data.str());
-    output.Fail(Failure({.code = EXIT_USAGE, .sReason = end.what(), .sHint = "--help tells how to use it."}));
+    output.Fail(Failure({.code = EXIT_USAGE, .sReason = ReasonOf(app, end), .sHint = "--help tells how to use it."}));
 }
 
 void Parse(CLI::App& app, std::vector<std::string> arguments, Output& output)
