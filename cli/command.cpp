@@ -70,8 +70,10 @@ void Run(CLI::App& verb, std::function<void()> action)
 void AddJsonFlag(CLI::App& command, Output& output)
 {
     command.preparse_callback([&](std::size_t) { output.SetCommand(CommandWords(command)); });
-    command.add_flag_callback(
-        "--json", [&output] { output.SetJson(true); }, "Write JSON instead of text");
+    command
+        .add_flag_callback(
+            "--json", [&output] { output.SetJson(true); }, "Write JSON instead of text")
+        ->disable_flag_override();
 }
 
 void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields)
