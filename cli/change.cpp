@@ -177,9 +177,9 @@ std::string Missing(const std::vector<Reading>& readings)
     std::string text;
     for (const Reading& reading : readings)
         if (!reading.IsReached(reading.now))
-            text += std::string(text.empty() ? "" : "; ") + reading.pAspect->field.pszLabel + " is " +
+            text += std::string(text.empty() ? "" : "; ") + reading.pAspect->field.pszLabel + ": " +
                     TextOf(reading.now) +
-                    (reading.pAspect->wanted.is_null() ? "" : ", wanted was " + TextOf(reading.pAspect->wanted));
+                    (reading.pAspect->wanted.is_null() ? "" : " instead of " + TextOf(reading.pAspect->wanted));
     return text;
 }
 
@@ -188,7 +188,7 @@ void Verify(const Change& change, std::vector<Reading>& readings)
     const Waiting waiting("Reading back");
     if (!ReadBack(readings))
         throw FailureOf(change, EXIT_OPERATION_FAILED,
-                        "it ended well, but the machine does not show the change: " + Missing(readings),
+                        "the library reported success, but the machine does not show the change: " + Missing(readings),
                         "--no-verify does without this check.");
 }
 
