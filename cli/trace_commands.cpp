@@ -223,9 +223,11 @@ void AddLevel(CLI::App& noun, Output& output)
     });
     AddGetOption(verb, output, LEVEL_FIELDS);
     Run(verb, [&output, level, location, change] {
-        if (!level().empty())
-            return change();
-        output.Record(LEVEL_FIELDS, LevelOf(location()));
+        if (level().empty())
+            return output.Record(LEVEL_FIELDS, LevelOf(location()));
+        if (!output.IsText() && !output.IsJson())
+            throw WrongUse("--get", "it shows the level, and does not go with a new one");
+        change();
     });
 }
 
