@@ -65,8 +65,13 @@ std::string Painted(std::string_view text, Colour colour, std::FILE* pStream)
 
 Utf8Streams::Utf8Streams() : m_uiCodePage(0)
 {
-    ::_setmode(::_fileno(stdout), _O_BINARY);
-    ::_setmode(::_fileno(stderr), _O_BINARY);
+    constexpr std::size_t BUFFER_SIZE = 65536;
+    for (std::FILE* const pStream : {stdout, stderr})
+    {
+        ::_setmode(::_fileno(pStream), _O_BINARY);
+        // A console is written byte by byte without a buffer, and old ones show no character that comes in pieces.
+        std::setvbuf(pStream, nullptr, _IOFBF, BUFFER_SIZE);
+    }
     if (!IsTerminal(stdout) && !IsTerminal(stderr))
         return;
     m_uiCodePage = ::GetConsoleOutputCP();
