@@ -117,7 +117,7 @@ void RequireConsent(const Change& change, const ChangeOptions& options)
     std::string sAnswer;
     std::getline(std::cin, sAnswer);
     if (sAnswer != "y" && sAnswer != "Y" && sAnswer != "yes")
-        throw FailureOf(change, EXIT_OPERATION_FAILED, "not confirmed; nothing was changed", "");
+        throw Failure({.sReason = "not confirmed; nothing was changed"}); // no operation has run that could have failed
 }
 
 bool RunShowing(const std::string& sDoing, const std::function<bool()>& operation)
