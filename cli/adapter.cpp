@@ -4,6 +4,8 @@
 #include <cctype>
 #include <string_view>
 
+#include <iphlpapi.h>
+
 #include "failure.h"
 #include "installed_adapters.h"
 #include "library_call.h"
@@ -17,22 +19,18 @@ namespace zelkctl
 namespace
 {
 
-constexpr std::string_view NO_ADAPTER_TRACED = "There are no network adapters enabled for IPv4 on the local system";
-
-/// The library answers "failed" also for a machine without a single adapter; only the trace tells the two apart.
-bool IsNoAdapterEnabled(const TraceReader& trace)
+/// The library answers "failed" also for a machine without a single adapter.
+bool IsNoAdapterEnabled()
 {
-    const auto problems = trace.Problems();
-    return std::any_of(problems.begin(), problems.end(), [](const TraceLine& line) {
-        return line.sMessage.find(NO_ADAPTER_TRACED) != std::string::npos;
-    });
+    ULONG ulSize = 0;
+    return ::GetInterfaceInfo(nullptr, &ulSize) == ERROR_NO_DATA;
 }
 
 std::vector<TOLVA::NIC_INFO> ListRecords()
 {
     std::vector<TOLVA::NIC_INFO> records;
     const TraceReader trace;
-    if (!TOLVA::GetAdapterList(records) && !IsNoAdapterEnabled(trace))
+    if (!TOLVA::GetAdapterList(records) && !IsNoAdapterEnabled())
         throw OperationFailed("GetAdapterList", nullptr, trace);
     return records;
 }

@@ -99,7 +99,8 @@ void AddAdapterChanges(CLI::App& noun, Output& output)
     RunChange(enable, output, [adapter = AddAdapterArgument(enable, Among::INSTALLED)] { return Enable(adapter()); });
 
     CLI::App& disable = AddVerb(noun, {"disable", "Stop an adapter's device", "adapter disable lan0 --yes"});
-    RunChange(disable, output, [adapter = AddAdapterArgument(disable)] { return Disable(adapter()); });
+    RunChange(disable, output,
+              [adapter = AddAdapterArgument(disable, Among::INSTALLED)] { return Disable(adapter()); });
 
     CLI::App& setMac = AddVerb(noun, {"set-mac", "Give an adapter another hardware address and restart it",
                                       "adapter set-mac lan0 02-00-00-00-00-01 --check"});

@@ -26,6 +26,14 @@ Text AnswerOf(const CLI::Option& option)
     return [&option] { return option.count() > 0 ? option.as<std::string>() : std::string(); };
 }
 
+bool IsReadBack(const CLI::App& verb)
+{
+    const CLI::App* pTool = &verb;
+    while (pTool->get_parent() != nullptr)
+        pTool = pTool->get_parent();
+    return pTool->count(READ_BACK) > 0;
+}
+
 /// "adapter list", without the tool's own name.
 std::string CommandWords(const CLI::App& app)
 {
@@ -65,6 +73,11 @@ CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts)
 void Run(CLI::App& verb, std::function<void()> action)
 {
     verb.callback(std::move(action));
+}
+
+void AddReadBackFlag(CLI::App& app, Output& output)
+{
+    AddFlagOption(app, READ_BACK, "").group("")->each([&output](const std::string&) { output.SetJson(true); });
 }
 
 void AddJsonFlag(CLI::App& command, Output& output)
@@ -181,11 +194,9 @@ std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Ch
     const Flag noVerify = AddFlag(verb, "--no-verify", "Do not read back whether the machine shows it");
     const Flag yes = AddFlag(verb, "--yes", "Do not ask, even if the change can cut off a session");
     AddJsonFlag(verb, output);
-    CLI::Option& readBack = *AddFlagOption(verb, "--read-back", "").group("");
-    readBack.each([&output](const std::string&) { output.SetJson(true); });
-    return [=, &readBack, &output, plan = std::move(plan)] {
+    return [=, &verb, &output, plan = std::move(plan)] {
         const ChangeOptions options{
-            .bCheck = check(), .bVerify = !noVerify(), .bConsent = yes(), .bReadBack = readBack.count() > 0};
+            .bCheck = check(), .bVerify = !noVerify(), .bConsent = yes(), .bReadBack = IsReadBack(verb)};
         Perform(plan(), options, output);
     };
 }

@@ -69,6 +69,10 @@ CLI::App& AddRecordVerb(CLI::App& noun, Output& output, const VerbTexts& texts, 
 CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::span<const Field> fields,
                       std::string sNone, std::function<Json(const Adapter&)> read);
 
+/// What the tool asks of itself where only another process can read back; it stands before the noun.
+inline constexpr const char* READ_BACK = "--read-back";
+void AddReadBackFlag(CLI::App& app, Output& output);
+
 /// Makes the verb one that changes something: `plan` is asked for the change when the command line was read. Adds
 /// --check, --no-verify, --yes and --json.
 void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan);

@@ -21,16 +21,17 @@ HANDLE HandleOf(std::FILE* pStream)
                                               : STD_OUTPUT_HANDLE);
 }
 
-/// Old consoles print escape sequences instead of heeding them; they refuse the mode.
-bool TakesColour(std::FILE* pStream)
+bool IsColourWanted()
 {
     const char* pszNoColour = std::getenv("NO_COLOR");
-    if (pszNoColour != nullptr && *pszNoColour != '\0')
-        return false;
+    return pszNoColour == nullptr || *pszNoColour == '\0';
+}
+
+bool TakesColour(std::FILE* pStream)
+{
     DWORD dwMode = 0;
-    const HANDLE hStream = HandleOf(pStream);
-    return ::GetConsoleMode(hStream, &dwMode) &&
-           ::SetConsoleMode(hStream, dwMode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    return ::GetConsoleMode(HandleOf(pStream), &dwMode) && (dwMode & ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0 &&
+           IsColourWanted();
 }
 
 const char* SequenceOf(Colour colour)
@@ -56,14 +57,28 @@ bool IsTerminal(std::FILE* pStream)
 
 std::string Painted(std::string_view text, Colour colour, std::FILE* pStream)
 {
-    static const bool bOutput = TakesColour(stdout);
-    static const bool bError = TakesColour(stderr);
-    if (colour == Colour::PLAIN || !(pStream == stderr ? bError : bOutput))
+    if (colour == Colour::PLAIN || !TakesColour(pStream))
         return std::string(text);
     return SequenceOf(colour) + std::string(text) + "\x1B[0m";
 }
 
-Utf8Streams::Utf8Streams() : m_uiCodePage(0)
+ConsoleMode::ConsoleMode(std::FILE* pStream) : m_pStream(pStream), m_bConsole(IsTerminal(pStream))
+{
+    DWORD dwMode = 0;
+    if (!::GetConsoleMode(HandleOf(pStream), &dwMode))
+        return;
+    m_ulMode = dwMode;
+    // Old consoles refuse it: they would print escape sequences instead of heeding them.
+    ::SetConsoleMode(HandleOf(pStream), dwMode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
+ConsoleMode::~ConsoleMode()
+{
+    if (m_bConsole)
+        ::SetConsoleMode(HandleOf(m_pStream), m_ulMode);
+}
+
+Utf8Streams::Utf8Streams()
 {
     constexpr std::size_t BUFFER_SIZE = 65536;
     for (std::FILE* const pStream : {stdout, stderr})

@@ -23,8 +23,22 @@ enum class Colour
 /// only repeats what the text says.
 std::string Painted(std::string_view text, Colour colour, std::FILE* pStream);
 
-/// Makes the standard streams carry UTF-8 with bare line feeds for as long as it lives. A console's code page is
-/// restored at the end: it belongs to the shell that waits behind the tool.
+/// Lets a console heed colours for as long as it lives. The console belongs to the shell that waits behind the tool.
+class ConsoleMode
+{
+public:
+    explicit ConsoleMode(std::FILE* pStream);
+    ConsoleMode(const ConsoleMode&) = delete;
+    ConsoleMode& operator=(const ConsoleMode&) = delete;
+    ~ConsoleMode();
+
+private:
+    std::FILE* m_pStream;
+    bool m_bConsole;
+    unsigned long m_ulMode = 0;
+};
+
+/// Makes the standard streams carry UTF-8 with bare line feeds for as long as it lives, and then restores the console.
 class Utf8Streams
 {
 public:
@@ -34,7 +48,9 @@ public:
     ~Utf8Streams();
 
 private:
-    unsigned int m_uiCodePage; ///< to restore; 0 without a console
+    ConsoleMode m_output{stdout};
+    ConsoleMode m_errors{stderr};
+    unsigned int m_uiCodePage = 0; ///< to restore; 0 without a console
 };
 
 } // namespace zelkctl

@@ -84,7 +84,7 @@ Change ChangeLease(const LeaseVerb& verb, const Adapter& adapter, TOLVA::FAMILY_
             .aspects = verb.pAspects(adapter.info, enFamily),
             .operation = [=] { return verb.pOperation(adapter.info, enFamily); },
             .reach = verb.reach,
-            .bNeedsIpv6 = HasIpv6(enFamily)};
+            .bNeedsIpv6 = enFamily == TOLVA::FAMILY_IPV6};
 }
 
 CLI::App& AddLeaseVerb(CLI::App& noun, Output& output, const LeaseVerb& lease)

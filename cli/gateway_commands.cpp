@@ -61,7 +61,7 @@ void AddSet(CLI::App& noun, Output& output)
     auto adapter = AddAdapterArgument(verb);
     const auto gateway = AddArgument(verb, "GATEWAY", "The gateway", "ADDRESS");
     RunChange(verb, output, [adapter, gateway] {
-        const auto wanted = ParseAddress("GATEWAY", gateway());
+        const auto wanted = ParseAddresses("GATEWAY", {gateway()}).front();
         return SetGateway(adapter(), wanted);
     });
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <functional>
+#include <sstream>
 #include <string>
 
 #include <zelk_nm/tolva.h>
@@ -45,6 +46,16 @@ bool IsHostName(const std::string& sName)
     return !sName.empty() && sName.size() <= LONGEST_LABEL && std::all_of(sName.begin(), sName.end(), IsAllowed);
 }
 
+bool IsDomainName(const std::string& sName)
+{
+    constexpr std::size_t LONGEST_NAME = 255;
+    std::istringstream labels(sName + '.'); // so that an empty last label counts
+    for (std::string sLabel; std::getline(labels, sLabel, '.');)
+        if (!IsHostName(sLabel))
+            return false;
+    return sName.size() <= LONGEST_NAME;
+}
+
 /// One of the machine's names, as what a change alters. Unlike in a record, none is an empty text.
 Aspect NameBecomes(const Field& field, bool (*pQuery)(velmor::string&), const std::string& sWanted)
 {
@@ -82,6 +93,8 @@ Change SetWorkgroup(const std::string& sName)
 
 Change SetSuffix(const std::string& sSuffix)
 {
+    if (!sSuffix.empty() && !IsDomainName(sSuffix))
+        throw WrongUse("SUFFIX", Quoted(sSuffix) + " is no DNS domain");
     return {.sOperation = "SetPrimaryDnsSuffix",
             .sDoing = "Setting the primary DNS suffix",
             .sDone = "The primary DNS suffix will be " + (sSuffix.empty() ? "cleared" : Quoted(sSuffix)) + '.',

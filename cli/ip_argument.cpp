@@ -21,6 +21,12 @@ bool IsPlain(const velmor::ip_address& address, std::string_view text)
     return address.is_ipv6() && text.find_first_not_of("0123456789abcdefABCDEF:.") == std::string_view::npos;
 }
 
+/// 0.0.0.0 or ::, which no machine has.
+bool IsUnspecified(const velmor::ip_address& address)
+{
+    return address == velmor::ip_address("0.0.0.0") || address == velmor::ip_address("::");
+}
+
 unsigned char ParsePrefixLength(const std::string& sName, const std::string& sText, const velmor::ip_address& address)
 {
     const unsigned long ulLongest = address.is_ipv4() ? 32 : 128;
@@ -40,6 +46,8 @@ std::vector<Item> ParseEach(const std::string& sName, const std::vector<std::str
     for (const std::string& sText : texts)
     {
         const Item item = parse(sName, sText);
+        if (IsUnspecified(std::invoke(addressOf, item)))
+            throw WrongUse(sName, Quoted(sText) + " is no address of a machine");
         if (std::ranges::find(items, std::invoke(addressOf, item), addressOf) != items.end())
             throw WrongUse(sName, Quoted(sText) + " is there twice");
         items.push_back(item);

@@ -22,7 +22,7 @@ velmor::ip_address ParseAddress(const std::string& sName, const std::string& sTe
 /// An address, "/" and the prefix length.
 Network ParseNetwork(const std::string& sName, const std::string& sText);
 
-// Several of them, no address twice.
+// Several addresses of machines, none twice.
 
 std::vector<velmor::ip_address> ParseAddresses(const std::string& sName, const std::vector<std::string>& texts);
 std::vector<Network> ParseNetworks(const std::string& sName, const std::vector<std::string>& texts);

@@ -18,13 +18,15 @@ std::string HintFor(const Adapter* pAdapter, const TraceReader& trace, bool bNee
     if (!trace.HasDirectory())
         return "Make the directory " + ToUtf8(std::wstring_view(trace.Directory())) +
                ", and the library writes there why an operation fails.";
+    if (trace.Problems().empty())
+        return "\"zelkctl trace level\" tells how much is traced; from level 1 on it is why an operation fails.";
     unsigned long ulIndex = 0;
     if (pAdapter != nullptr && !TOLVA::GetAdapterIndex(pAdapter->info, ulIndex))
         return "The adapter is no longer there, or is disabled; \"zelkctl adapter list\" shows those that are there.";
     TOLVA::FAMILY_TYPE enFamily = TOLVA::FAMILY_BOTH;
     if (bNeedsIpv6 && pAdapter != nullptr && TOLVA::AddressFamilySupported(pAdapter->info, enFamily) &&
         enFamily == TOLVA::FAMILY_IPV4)
-        return "IPv6 is off for this adapter; where a verb has --ipv4, that leaves IPv6 out.";
+        return "IPv6 is off for this adapter.";
     return IsElevated() ? "" : "Without elevation much is refused; run it from an elevated prompt.";
 }
 

@@ -57,6 +57,7 @@ void Describe(CLI::App& app, std::unique_ptr<TOLVA>& pSettings, Output& output)
     AddRemark(app, "Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter,\n"
                    "  4 needs elevation, 10 --check found differences");
     AddFormFlags(app, output, SummaryFields());
+    AddReadBackFlag(app, output);
     AddAdapterCommands(app, output);
     AddAddressCommands(app, output);
     AddDhcpCommands(app, output);

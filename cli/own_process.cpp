@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <shlwapi.h>
+
 #include "failure.h"
 
 namespace zelkctl
@@ -66,7 +68,7 @@ void Start(std::wstring sCommandLine, HANDLE hOutput)
 std::string RunOnceMore(const std::wstring& sArgument)
 {
     Pipe pipe = MakePipe();
-    Start(::GetCommandLineW() + (L' ' + sArgument), pipe.write.get());
+    Start(L"zelkctl " + sArgument + L' ' + ::PathGetArgsW(::GetCommandLineW()), pipe.write.get());
     pipe.write.reset(); // so that the end of the child is the end of what is read
     std::string text;
     char buffer[4096];

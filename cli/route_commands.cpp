@@ -87,6 +87,7 @@ Change AddRoute(const Adapter& adapter, TOLVA::ROUTE_INFO route)
             .sDone = "Adapter " + Quoted(adapter) + " has the route " + sRoute + '.',
             .aspects = {RoutePresent(adapter, sRoute)},
             .operation = [=] { return TOLVA::AddAdapterRoute(adapter.info, route); },
+            .reach = route.PrefixLength == 0 ? Reach::SESSION : Reach::SETTINGS,
             .bNeedsIpv6 = route.Destination.is_ipv6()};
 }
 

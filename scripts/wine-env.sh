@@ -25,7 +25,12 @@ wine_server_start() {
     local rc=0
     "$WINESERVER" "-p${1:-${ZELK_WINE_LINGER:-3}}" </dev/null >/dev/null 2>&1 || rc=$?
     case $rc in
-        0) timeout -k 5 60 "$WINELOADER" hostname </dev/null >/dev/null 2>&1 ;;
+        0)
+            timeout -k 5 60 "$WINELOADER" hostname </dev/null >/dev/null 2>&1 || {
+                echo "Wine starts no program in $WINEPREFIX" >&2
+                return 1
+            }
+            ;;
         2) ;; # there is one already
         *) echo "the Wine server could not be started in $WINEPREFIX" >&2; return 1 ;;
     esac
