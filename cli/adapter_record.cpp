@@ -4,6 +4,7 @@
 
 #include "automatic_setting.h"
 #include "dhcp_record.h"
+#include "family.h"
 #include "json_value.h"
 #include "settings_record.h"
 #include "word.h"
@@ -59,9 +60,9 @@ Json StatusWord(TOLVA::TOLVA_OPER_STATUS enStatus)
 Json FamilyNames(TOLVA::FAMILY_TYPE enFamily)
 {
     Json families = Json::array();
-    if (enFamily != TOLVA::FAMILY_IPV6)
+    if (HasIpv4(enFamily))
         families.push_back("IPv4");
-    if (enFamily != TOLVA::FAMILY_IPV4)
+    if (HasIpv6(enFamily))
         families.push_back("IPv6");
     return families;
 }

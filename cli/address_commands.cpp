@@ -33,11 +33,6 @@ TOLVA::ASSOC_IP_ADDR ToAssocIpAddr(const Network& network)
     return address;
 }
 
-bool IsIpv4(const TOLVA::ASSOC_IP_ADDR& address)
-{
-    return address.IpAddress.is_ipv4();
-}
-
 std::vector<TOLVA::ASSOC_IP_ADDR> ParseNewAddresses(const std::vector<std::string>& texts)
 {
     std::vector<TOLVA::ASSOC_IP_ADDR> addresses;

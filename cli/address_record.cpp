@@ -61,11 +61,6 @@ Aspect AddressesOf(Field field, const TOLVA::NIC_INFO& info, Keep keep, Json wan
             .wanted = std::move(wanted)};
 }
 
-bool IsIpv4(const TOLVA::ASSOC_IP_ADDR& address)
-{
-    return address.IpAddress.is_ipv4();
-}
-
 bool IsIpv6(const TOLVA::ASSOC_IP_ADDR& address)
 {
     return address.IpAddress.is_ipv6();
@@ -93,6 +88,11 @@ bool IsLeasedIpv4(const TOLVA::ASSOC_IP_ADDR& address)
 }
 
 } // namespace
+
+bool IsIpv4(const TOLVA::ASSOC_IP_ADDR& address)
+{
+    return address.IpAddress.is_ipv4();
+}
 
 Json RecordOf(const TOLVA::ASSOC_IP_ADDR& address)
 {

@@ -14,6 +14,8 @@ namespace zelkctl
 Json RecordOf(const TOLVA::ASSOC_IP_ADDR& address);
 std::span<const Field> AddressFields();
 
+bool IsIpv4(const TOLVA::ASSOC_IP_ADDR& address);
+
 // An adapter's addresses as what a change alters. Those wanted are the ones of the family among `wanted`.
 
 /// All of IPv4, with their prefix lengths.

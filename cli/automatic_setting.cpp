@@ -1,6 +1,6 @@
 #include "automatic_setting.h"
 
-#include "command.h"
+#include "family.h"
 #include "json_value.h"
 
 namespace zelkctl

@@ -201,21 +201,4 @@ std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Ch
     };
 }
 
-const char* FamilyText(TOLVA::FAMILY_TYPE enFamily)
-{
-    if (enFamily == TOLVA::FAMILY_BOTH)
-        return "IPv4 and IPv6";
-    return enFamily == TOLVA::FAMILY_IPV4 ? "IPv4" : "IPv6";
-}
-
-bool HasIpv4(TOLVA::FAMILY_TYPE enFamily)
-{
-    return enFamily != TOLVA::FAMILY_IPV6;
-}
-
-bool HasIpv6(TOLVA::FAMILY_TYPE enFamily)
-{
-    return enFamily != TOLVA::FAMILY_IPV4;
-}
-
 } // namespace zelkctl

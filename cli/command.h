@@ -80,9 +80,4 @@ void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan);
 /// Likewise for a verb that does so only at times: gives what does it.
 std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Change()> plan);
 
-/// "IPv4", "IPv6", or "IPv4 and IPv6".
-const char* FamilyText(TOLVA::FAMILY_TYPE enFamily);
-bool HasIpv4(TOLVA::FAMILY_TYPE enFamily);
-bool HasIpv6(TOLVA::FAMILY_TYPE enFamily);
-
 } // namespace zelkctl

@@ -9,6 +9,7 @@
 #include "address_record.h"
 #include "command.h"
 #include "dhcp_record.h"
+#include "family.h"
 #include "json_value.h"
 
 namespace zelkctl

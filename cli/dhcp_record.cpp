@@ -1,5 +1,6 @@
 #include "dhcp_record.h"
 
+#include "family.h"
 #include "json_value.h"
 
 namespace zelkctl
@@ -36,9 +37,9 @@ void AddIpv6(const TOLVA::NIC_INFO& info, Json& record)
 Json DhcpOf(const TOLVA::NIC_INFO& info, TOLVA::FAMILY_TYPE enFamily)
 {
     Json record;
-    if (enFamily != TOLVA::FAMILY_IPV6)
+    if (HasIpv4(enFamily))
         AddIpv4(info, record);
-    if (enFamily != TOLVA::FAMILY_IPV4)
+    if (HasIpv6(enFamily))
         AddIpv6(info, record);
     return record;
 }

@@ -3,9 +3,7 @@
 #include <memory>
 #include <string>
 
-#include <winsock2.h>
-
-#include <windows.h>
+#include "unique_handle.h"
 
 namespace zelkctl
 {
@@ -23,15 +21,11 @@ public:
     bool Wait();
 
 private:
-    struct CloseEvent
-    {
-        void operator()(HANDLE hEvent) const noexcept { ::CloseHandle(hEvent); }
-    };
     struct CloseChanges
     {
         void operator()(HANDLE hChanges) const noexcept { ::FindCloseChangeNotification(hChanges); }
     };
-    std::unique_ptr<void, CloseEvent> m_interrupt;
+    UniqueHandle m_interrupt;
     std::unique_ptr<void, CloseChanges> m_changes;
 };
 

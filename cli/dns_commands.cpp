@@ -9,6 +9,7 @@
 #include "adapter.h"
 #include "automatic_setting.h"
 #include "command.h"
+#include "family.h"
 #include "ip_argument.h"
 #include "json_value.h"
 #include "library_call.h"

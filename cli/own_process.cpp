@@ -1,7 +1,5 @@
 #include "own_process.h"
 
-#include <memory>
-
 #include <winsock2.h>
 
 #include <windows.h>
@@ -9,17 +7,12 @@
 #include <shlwapi.h>
 
 #include "failure.h"
+#include "unique_handle.h"
 
 namespace zelkctl
 {
 namespace
 {
-
-struct CloseHandleOf
-{
-    void operator()(HANDLE handle) const noexcept { ::CloseHandle(handle); }
-};
-using UniqueHandle = std::unique_ptr<void, CloseHandleOf>;
 
 struct Pipe
 {

@@ -67,17 +67,15 @@ std::uint64_t TraceFile::Size() const
 }
 
 TraceLock::TraceLock()
-    : m_hMutex(::OpenMutexW(SYNCHRONIZE, FALSE, MUTEX)),
-      m_bHeld(m_hMutex != nullptr && IsHeldAfter(::WaitForSingleObject(m_hMutex, LOCK_WAIT_MS)))
+    : m_mutex(::OpenMutexW(SYNCHRONIZE, FALSE, MUTEX)),
+      m_bHeld(m_mutex && IsHeldAfter(::WaitForSingleObject(m_mutex.get(), LOCK_WAIT_MS)))
 {
 }
 
 TraceLock::~TraceLock()
 {
     if (m_bHeld)
-        ::ReleaseMutex(m_hMutex);
-    if (m_hMutex != nullptr)
-        ::CloseHandle(m_hMutex);
+        ::ReleaseMutex(m_mutex.get());
 }
 
 } // namespace zelkctl

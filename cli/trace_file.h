@@ -1,13 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
-#include <winsock2.h>
-
-#include <windows.h>
+#include "unique_handle.h"
 
 namespace zelkctl
 {
@@ -38,11 +35,7 @@ public:
 private:
     [[nodiscard]] std::uint64_t Size() const;
 
-    struct CloseFile
-    {
-        void operator()(HANDLE hFile) const noexcept { ::CloseHandle(hFile); }
-    };
-    std::unique_ptr<void, CloseFile> m_file;
+    UniqueHandle m_file;
 };
 
 /// Keeps every program from writing to its trace file and from moving it for as long as it lives, which is to be short.
@@ -56,7 +49,7 @@ public:
     ~TraceLock();
 
 private:
-    HANDLE m_hMutex;
+    UniqueHandle m_mutex;
     bool m_bHeld;
 };
 

@@ -1,12 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <thread>
 
-#include <winsock2.h>
-
-#include <windows.h>
+#include "unique_handle.h"
 
 namespace zelkctl
 {
@@ -23,11 +20,7 @@ public:
     ~Waiting();
 
 private:
-    struct CloseEvent
-    {
-        void operator()(HANDLE hEvent) const noexcept { ::CloseHandle(hEvent); }
-    };
-    std::unique_ptr<void, CloseEvent> m_end; ///< a stop token's callbacks can hang in this tool chain's library
+    UniqueHandle m_end; ///< a stop token's callbacks can hang in this tool chain's library
     std::thread m_ticker;
 };
 

@@ -17,7 +17,7 @@ add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/docs/api/index.html
   DEPENDS ${sources} ${PROJECT_BINARY_DIR}/docs/Doxyfile
   COMMENT "Writing the API reference"
   VERBATIM)
-add_custom_target(docs DEPENDS ${PROJECT_BINARY_DIR}/docs/api/index.html)
+add_custom_target(docs ALL DEPENDS ${PROJECT_BINARY_DIR}/docs/api/index.html)
 
 if(BUILD_TESTING)
   add_test(NAME docs COMMAND ${DOXYGEN_EXECUTABLE} ${PROJECT_BINARY_DIR}/docs/Doxyfile)

@@ -65,7 +65,7 @@ archives() {
     same "the programs" $'Logfiles\nZELK_NM.DLL\nzelkctl.exe' "$(files_in "$tree/bin")"
     same "the headers" "$(cd "$SOURCE_DIR/include" && files_in .)" "$(files_in "$tree/include")"
     for file in lib/libZELK_NM.dll.a lib/cmake/zelk_nm/zelk_nm-config.cmake lib/pkgconfig/zelk_nm.pc \
-        share/doc/zelk_nm/{README.md,LICENSE,zelk_nm.spdx.json,examples/list_adapters.cpp}; do
+        share/doc/zelk_nm/{README.md,LICENSE,zelk_nm.spdx.json,examples/list_adapters.cpp,docs/zelkctl.md,docs/api/index.html}; do
         [ -s "$tree/$file" ] || fail "$file is not in the archive"
     done
     ! grep -rlF -e "$SOURCE_DIR" -e "$BUILD_DIR" "$work"/unpacked* || fail "these name folders of the build machine"
