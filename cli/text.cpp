@@ -1,6 +1,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <winsock2.h>
 
@@ -80,6 +81,48 @@ bool IsContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
+/// Takes the first code point off the valid UTF-8 text.
+char32_t TakeUtf8(std::string_view& text)
+{
+    const auto first = static_cast<unsigned char>(text[0]);
+    char32_t codePoint = first < 0x80   ? first
+                         : first < 0xE0 ? first & 0x1FU
+                         : first < 0xF0 ? first & 0x0FU
+                                        : first & 7U;
+    text.remove_prefix(1);
+    for (; !text.empty() && IsContinuation(text[0]); text.remove_prefix(1))
+        codePoint = (codePoint << 6) | (static_cast<unsigned char>(text[0]) & 0x3FU);
+    return codePoint;
+}
+
+/// Code points that take another place than one cell of a terminal.
+struct WidthRange
+{
+    char32_t first, last;
+    std::size_t width;
+};
+constexpr WidthRange WIDTHS[] = {
+    {0x0300, 0x036F, 0},   // combining marks
+    {0x1100, 0x115F, 2},   // Hangul letters
+    {0x200B, 0x200F, 0},   // zero-width marks
+    {0x2E80, 0xA4CF, 2},   // Chinese and Japanese scripts, Yi
+    {0xAC00, 0xD7A3, 2},   // Hangul syllables
+    {0xF900, 0xFAFF, 2},   // compatibility ideographs
+    {0xFE00, 0xFE0F, 0},   // variation selectors
+    {0xFE30, 0xFE6F, 2},   // vertical and small forms
+    {0xFF00, 0xFF60, 2},   // full-width forms
+    {0xFFE0, 0xFFE6, 2},   // full-width signs
+    {0x1F300, 0x1FAFF, 2}, // pictographs
+    {0x20000, 0x3FFFD, 2}, // rarer ideographs
+};
+
+std::size_t WidthOf(char32_t codePoint)
+{
+    const auto range = std::ranges::find_if(
+        WIDTHS, [=](const WidthRange& known) { return codePoint >= known.first && codePoint <= known.last; });
+    return range != std::end(WIDTHS) ? range->width : 1;
+}
+
 /// The C1 controls are U+0080 to U+009F: C2 and a byte of that range.
 bool IsC1Control(std::string_view text)
 {
@@ -145,8 +188,10 @@ std::string Quoted(std::string_view text)
 
 std::size_t DisplayWidth(std::string_view text)
 {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char byte) { return !IsContinuation(byte); }));
+    std::size_t width = 0;
+    while (!text.empty())
+        width += WidthOf(TakeUtf8(text));
+    return width;
 }
 
 } // namespace zelkctl

@@ -24,7 +24,7 @@ std::string Printable(std::string_view text);
 /// The printable text in quotation marks.
 std::string Quoted(std::string_view text);
 
-/// Number of code points of a UTF-8 text.
+/// Cells of a terminal that a UTF-8 text takes.
 std::size_t DisplayWidth(std::string_view text);
 
 } // namespace zelkctl
