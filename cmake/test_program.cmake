@@ -20,7 +20,9 @@ function(zelk_nm_add_test_program name)
   add_executable(${name} ${arg_SOURCES})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
   target_link_libraries(${name} PRIVATE zelk_nm_options GTest::gmock_main)
-  target_compile_options(${name} PRIVATE -O0) # what is tested is optimised; to optimise tests takes longer than to run them
+  # What is tested is optimised. To optimise tests, or to carry their debug information about, takes longer than to run
+  # them; the debug preset has it.
+  target_compile_options(${name} PRIVATE -O0 $<$<CONFIG:Release>:-g0>)
   if(TARGET zelk_nm_test_support)
     target_link_libraries(${name} PRIVATE zelk_nm_test_support)
   endif()
