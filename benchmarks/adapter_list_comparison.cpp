@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include <support/handles.h>
-#include <support/trace.h>
+#include <support/platform/handles.h>
+#include <support/trace/trace.h>
 #include <zelk_nm/tolva.h>
 
 namespace

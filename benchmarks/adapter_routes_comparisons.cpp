@@ -9,7 +9,7 @@
 #include <vector>
 
 #include <backends/vista_api.h>
-#include <support/trace.h>
+#include <support/trace/trace.h>
 
 #include "patched_import.h"
 

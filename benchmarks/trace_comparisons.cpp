@@ -5,8 +5,8 @@
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <support/call_frame.h>
-#include <support/handles.h>
+#include <support/platform/handles.h>
+#include <support/trace/call_frame.h>
 
 namespace
 {

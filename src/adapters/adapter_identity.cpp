@@ -2,10 +2,10 @@
 #include <cwchar>
 #include <vector>
 
-#include <support/call_frame.h>
-#include <support/module_strings.h>
-#include <support/registry.h>
-#include <support/text.h>
+#include <support/registry/registry.h>
+#include <support/registry/registry_paths.h>
+#include <support/trace/call_frame.h>
+#include <support/values/text.h>
 #include <zelk_nm/tolva.h>
 
 namespace

@@ -2,9 +2,9 @@
 #include <vector>
 
 #include <adapters/wrap_devmgr_dll.h>
-#include <support/call_frame.h>
-#include <support/registry.h>
-#include <support/text.h>
+#include <support/registry/registry.h>
+#include <support/trace/call_frame.h>
+#include <support/values/text.h>
 #include <zelk_nm/tolva.h>
 
 namespace

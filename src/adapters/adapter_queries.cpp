@@ -1,5 +1,5 @@
 #include <adapters/wrap_ip_adapter_addresses.h>
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 namespace

@@ -1,9 +1,9 @@
 #include <cstdio>
 #include <iterator>
 
-#include <support/call_frame.h>
-#include <support/module_strings.h>
-#include <support/registry.h>
+#include <support/registry/registry.h>
+#include <support/registry/registry_paths.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 namespace

@@ -1,7 +1,7 @@
 #include <adapters/wrap_devmgr_dll.h>
 
-#include <support/call_frame.h>
-#include <support/module_function.h>
+#include <support/platform/module_function.h>
+#include <support/trace/call_frame.h>
 
 TOLVA::Wrap_DEVMGR_DLL::Wrap_DEVMGR_DLL() : m_hModule(::LoadLibraryW(L"DEVMGR.DLL"))
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <support/handles.h>
+#include <support/platform/handles.h>
 #include <zelk_nm/tolva.h>
 
 /// The device manager's property sheet, which only a full Windows has.

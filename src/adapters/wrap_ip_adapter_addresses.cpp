@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <iterator>
 
-#include <support/family.h>
-#include <support/hex_text.h>
-#include <support/socket_address.h>
+#include <support/operation/family.h>
+#include <support/values/hex_text.h>
+#include <support/values/socket_address.h>
 
 namespace
 {

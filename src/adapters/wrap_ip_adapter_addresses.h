@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include <support/call_frame.h>
-#include <support/table_query.h>
+#include <support/platform/table_query.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 /// One copy of the platform's adapter-address table, read on the first question. Each question is about the adapter

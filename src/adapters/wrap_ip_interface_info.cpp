@@ -3,7 +3,7 @@
 #include <cwchar>
 #include <string>
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 
 namespace
 {

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include <support/table_query.h>
+#include <support/platform/table_query.h>
 #include <zelk_nm/tolva.h>
 
 /// One copy of the platform's table of IPv4 interfaces.

@@ -4,8 +4,8 @@
 #include <backends/wrap_iphlpapi_dll.h>
 #include <backends/wrap_mib_ipaddrtable.h>
 #include <backends/wrap_mib_ipforwardtable.h>
-#include <support/call_frame.h>
-#include <support/table_query.h>
+#include <support/platform/table_query.h>
+#include <support/trace/call_frame.h>
 
 namespace
 {

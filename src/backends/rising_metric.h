@@ -1,6 +1,6 @@
 #pragma once
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 
 /// Systems refuse a route whose metric is below their interface's with ERROR_BAD_ARGUMENTS and do not say what they
 /// would take. So the metric is raised by one and the creation tried again for as long as that is the answer; there is

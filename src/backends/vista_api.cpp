@@ -5,7 +5,7 @@
 
 #include <backends/rising_metric.h>
 #include <backends/vista_descriptions.h>
-#include <support/module_function.h>
+#include <support/platform/module_function.h>
 #include <tools/wrap_netsh.h>
 
 namespace

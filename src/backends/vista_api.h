@@ -1,8 +1,8 @@
 #pragma once
 
 #include <backends/abstract_network_api.h>
-#include <support/call_frame.h>
-#include <support/handles.h>
+#include <support/platform/handles.h>
+#include <support/trace/call_frame.h>
 
 /// Vista and later: routes and addresses of both families through IP Helper's newer tables; addresses are changed by
 /// `netsh`. The newer functions are looked up at run time, so that the library loads where they are missing; what needs

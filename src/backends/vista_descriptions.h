@@ -1,6 +1,6 @@
 #pragma once
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 // What the trace says of an address's enumerations, in the operation that reads it.

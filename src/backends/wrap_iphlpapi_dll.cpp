@@ -1,7 +1,7 @@
 #include <backends/wrap_iphlpapi_dll.h>
 
-#include <support/call_frame.h>
-#include <support/module_function.h>
+#include <support/platform/module_function.h>
+#include <support/trace/call_frame.h>
 
 PreVistaAPI::Wrap_IPHLPAPI_DLL::Wrap_IPHLPAPI_DLL() : m_hModule(::LoadLibraryW(L"IPHLPAPI.DLL"))
 {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <backends/pre_vista_api.h>
-#include <support/handles.h>
+#include <support/platform/handles.h>
 
 /// The one function of IP Helper that has no declaration: it sets an adapter's IPv4 address on systems before Vista.
 class PreVistaAPI::Wrap_IPHLPAPI_DLL

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include <backends/pre_vista_api.h>
-#include <support/table_query.h>
+#include <support/platform/table_query.h>
 
 /// One copy of the IPv4 route table, read on first use and kept.
 class PreVistaAPI::Wrap_MIB_IPFORWARDTABLE

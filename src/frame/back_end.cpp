@@ -1,5 +1,5 @@
 #include <backends/abstract_network_api.h>
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 /// An operation that is the back end's: passes it on and reports the result.

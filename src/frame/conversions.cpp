@@ -1,8 +1,8 @@
 #include <bit>
 #include <cstring>
 
-#include <support/call_frame.h>
-#include <support/socket_address.h>
+#include <support/trace/call_frame.h>
+#include <support/values/socket_address.h>
 #include <zelk_nm/tolva.h>
 
 namespace

@@ -2,8 +2,8 @@
 
 #include <shlwapi.h>
 
-#include <support/call_frame.h>
-#include <support/module_path.h>
+#include <support/platform/module_path.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 bool TOLVA::GetOwnDir(velmor::string& sDir)

@@ -2,8 +2,8 @@
 #include <cstring>
 #include <cwctype>
 
-#include <support/call_frame.h>
-#include <support/hex_text.h>
+#include <support/trace/call_frame.h>
+#include <support/values/hex_text.h>
 #include <zelk_nm/tolva.h>
 
 namespace

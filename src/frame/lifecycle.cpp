@@ -2,8 +2,8 @@
 
 #include <backends/pre_vista_api.h>
 #include <backends/vista_api.h>
-#include <support/call_frame.h>
-#include <support/environment.h>
+#include <support/registry/environment.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 constexpr GUID NDIS_LAN_CLASS = {0xAD498944, 0x762F, 0x11D0, {0x8D, 0xCB, 0x00, 0xC0, 0x4F, 0xC3, 0x35, 0x8C}};

@@ -2,9 +2,9 @@
 // unloading destroys them in reverse. Nothing else in the library may add one: the order here is the only one there is.
 
 #include <backends/abstract_network_api.h>
-#include <support/environment.h>
-#include <support/module_strings.h>
-#include <support/trace.h>
+#include <support/registry/environment.h>
+#include <support/registry/registry_paths.h>
+#include <support/trace/trace.h>
 #include <zelk_nm/tolva.h>
 
 // First and so last to go: every other object may trace until its end.

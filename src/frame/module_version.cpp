@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include <support/call_frame.h>
-#include <support/module_path.h>
+#include <support/platform/module_path.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 #include <zelk_nm_build_stamp.h>
 

@@ -1,5 +1,5 @@
-#include <support/call_frame.h>
-#include <support/handles.h>
+#include <support/platform/handles.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 #include <dsrole.h>

@@ -1,7 +1,7 @@
-#include <support/call_frame.h>
-#include <support/family.h>
-#include <support/module_strings.h>
-#include <support/registry.h>
+#include <support/operation/family.h>
+#include <support/registry/registry.h>
+#include <support/registry/registry_paths.h>
+#include <support/trace/call_frame.h>
 #include <tools/wrap_netsh.h>
 #include <zelk_nm/tolva.h>
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include <support/call_frame.h>
-#include <support/family.h>
+#include <support/operation/family.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 /// Which removals an operation traces. It always traces refusals.

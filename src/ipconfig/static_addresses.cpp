@@ -1,6 +1,6 @@
 #include <ipconfig/remove_addresses.h>
-#include <support/call_frame.h>
-#include <support/family.h>
+#include <support/operation/family.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 namespace

@@ -4,7 +4,7 @@
 
 #include <process.h>
 
-#include <support/text_file.h>
+#include <support/platform/text_file.h>
 
 namespace
 {

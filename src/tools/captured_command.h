@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 /// One row of a driver's table: a system command and how its end is traced.

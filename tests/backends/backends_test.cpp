@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 
 namespace
 {

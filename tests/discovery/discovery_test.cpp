@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 
 using namespace testing_support;
 

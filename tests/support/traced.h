@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <support/printers.h>
-#include <support/trace.h>
+#include <support/trace/trace.h>
 #include <support/trace_file.h>
 
 namespace testing_support

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <support/environment.h>
 #include <support/import_patch.h>
+#include <support/registry/environment.h>
 
 /// A made-up Windows for the environment detection, which starts from nothing; at the end the real one is detected
 /// again.

@@ -6,7 +6,7 @@
 #include <support/files.h>
 #include <support/import_patch.h>
 #include <support/printers.h>
-#include <support/registry.h>
+#include <support/registry/registry.h>
 #include <support/registry_scope.h>
 #include <support/resources.h>
 

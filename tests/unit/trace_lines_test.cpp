@@ -1,9 +1,9 @@
 #include <functional>
 #include <numeric>
 
-#include <support/call_frame.h>
 #include <support/files.h>
 #include <support/resources.h>
+#include <support/trace/call_frame.h>
 #include <support/traced.h>
 
 using namespace testing_support;

@@ -8,7 +8,7 @@
 #include <windows.h>
 
 #include <support/files.h>
-#include <support/trace.h>
+#include <support/trace/trace.h>
 #include <support/trace_file.h>
 
 #include <gmock/gmock.h>

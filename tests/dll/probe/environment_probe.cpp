@@ -6,8 +6,8 @@
 #include <typeinfo>
 
 #include <backends/pre_vista_api.h>
-#include <support/environment.h>
-#include <support/trace.h>
+#include <support/registry/environment.h>
+#include <support/trace/trace.h>
 
 namespace
 {

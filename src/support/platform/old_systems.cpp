@@ -7,7 +7,7 @@
 
 #include <windows.h>
 
-#include <support/module_function.h>
+#include <support/platform/module_function.h>
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include <support/hex_text.h>
+#include <support/values/hex_text.h>
 
 #include <string>
 

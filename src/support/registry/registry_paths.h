@@ -10,9 +10,3 @@ extern const velmor::string TCPIP_INTERFACES;
 extern const velmor::string TCPIP6_INTERFACES;
 extern const velmor::string NETWORK_CLASS;
 extern const velmor::string NETWORK_CONNECTIONS;
-
-namespace velmor
-{
-extern const string BANNER_LEFT;
-extern const string BANNER_RIGHT;
-} // namespace velmor

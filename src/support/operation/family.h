@@ -1,6 +1,6 @@
 #pragma once
 
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
 /// "IPv4", "IPv6" or "IPv4 and IPv6"; null for any other value.

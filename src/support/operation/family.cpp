@@ -1,4 +1,4 @@
-#include <support/family.h>
+#include <support/operation/family.h>
 
 const char* FamilyText(TOLVA::FAMILY_TYPE enFamilyType) noexcept
 {

@@ -1,4 +1,4 @@
-#include <support/module_path.h>
+#include <support/platform/module_path.h>
 
 #include <vector>
 

@@ -4,7 +4,7 @@
 #include <type_traits>
 #include <variant>
 
-#include <support/trace.h>
+#include <support/trace/trace.h>
 #include <zelk_nm/ip_address.h>
 #include <zelk_nm/string.h>
 

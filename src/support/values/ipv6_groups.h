@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include <support/hex_text.h>
+#include <support/values/hex_text.h>
 
 namespace velmor
 {

@@ -1,4 +1,4 @@
-#include <support/call_frame.h>
+#include <support/trace/call_frame.h>
 
 #include <zelk_nm/network_error.h>
 

@@ -1,4 +1,4 @@
-#include <support/trace.h>
+#include <support/trace/trace.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,10 +9,9 @@
 
 #include <shlwapi.h>
 
-#include <support/environment.h>
-#include <support/ipv6_groups.h>
-#include <support/module_path.h>
-#include <support/module_strings.h>
+#include <support/platform/module_path.h>
+#include <support/registry/environment.h>
+#include <support/values/ipv6_groups.h>
 
 namespace
 {

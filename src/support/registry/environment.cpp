@@ -1,13 +1,13 @@
-#include <support/environment.h>
+#include <support/registry/environment.h>
 
 #include <algorithm>
 #include <cwchar>
 #include <iterator>
 
-#include <support/handles.h>
-#include <support/module_function.h>
-#include <support/module_path.h>
-#include <support/registry.h>
+#include <support/platform/handles.h>
+#include <support/platform/module_function.h>
+#include <support/platform/module_path.h>
+#include <support/registry/registry.h>
 
 namespace
 {

@@ -6,7 +6,7 @@
 
 #include <windows.h>
 
-#include <support/wide_file_stream.h>
+#include <support/platform/wide_file_stream.h>
 #include <zelk_nm/string.h>
 
 namespace velmor

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include <support/handles.h>
+#include <support/platform/handles.h>
 
 namespace velmor
 {

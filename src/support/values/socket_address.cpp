@@ -1,4 +1,4 @@
-#include <support/socket_address.h>
+#include <support/values/socket_address.h>
 
 #include <cstring>
 

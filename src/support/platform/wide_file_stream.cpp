@@ -1,4 +1,4 @@
-#include <support/wide_file_stream.h>
+#include <support/platform/wide_file_stream.h>
 
 #include <algorithm>
 #include <cstdio>

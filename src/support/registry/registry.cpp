@@ -1,8 +1,8 @@
-#include <support/registry.h>
+#include <support/registry/registry.h>
 
 #include <iterator>
 
-#include <support/handles.h>
+#include <support/platform/handles.h>
 
 namespace velmor
 {

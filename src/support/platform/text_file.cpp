@@ -1,8 +1,8 @@
-#include <support/text_file.h>
+#include <support/platform/text_file.h>
 
 #include <cstring>
 
-#include <support/handles.h>
+#include <support/platform/handles.h>
 
 namespace velmor
 {

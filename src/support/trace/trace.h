@@ -8,8 +8,8 @@
 
 #include <windows.h>
 
-#include <support/handles.h>
-#include <support/wide_file_stream.h>
+#include <support/platform/handles.h>
+#include <support/platform/wide_file_stream.h>
 #include <zelk_nm/string.h>
 
 enum TRACE_LEVEL : unsigned int
@@ -123,6 +123,13 @@ private:
     velmor::string m_sLogPath;
     velmor::string m_sLogDir;
 };
+
+namespace velmor
+{
+// What stands on both sides of a banner's text.
+extern const string BANNER_LEFT;
+extern const string BANNER_RIGHT;
+} // namespace velmor
 
 /// The one trace log of the library. It is the first of the module's objects to be built and the last to go.
 extern CTrace TheTrace;
