@@ -1,0 +1,59 @@
+#include "system/directory_watch.h"
+
+#include <iterator>
+
+#include "system/failure.h"
+#include "system/text.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+/// The console has no other way to tell the handler.
+HANDLE g_hInterrupt = nullptr;
+
+BOOL WINAPI Interrupt(DWORD dwControl)
+{
+    return (dwControl == CTRL_C_EVENT || dwControl == CTRL_BREAK_EVENT) && ::SetEvent(g_hInterrupt);
+}
+
+HANDLE FindChanges(const std::wstring& sDirectory)
+{
+    const HANDLE hChanges = ::FindFirstChangeNotificationW(sDirectory.c_str(), FALSE,
+                                                           FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_SIZE |
+                                                               FILE_NOTIFY_CHANGE_LAST_WRITE);
+    if (hChanges == INVALID_HANDLE_VALUE)
+        throw Failure({.sReason = "the directory " + ToUtf8(std::wstring_view(sDirectory)) + " cannot be watched"});
+    return hChanges;
+}
+
+} // namespace
+
+DirectoryWatch::DirectoryWatch(const std::wstring& sDirectory)
+    : m_interrupt(::CreateEventW(nullptr, TRUE, FALSE, nullptr)), m_changes(FindChanges(sDirectory))
+{
+    g_hInterrupt = m_interrupt.get();
+    ::SetConsoleCtrlHandler(&Interrupt, TRUE);
+}
+
+DirectoryWatch::~DirectoryWatch()
+{
+    ::SetConsoleCtrlHandler(&Interrupt, FALSE);
+}
+
+bool DirectoryWatch::Wait()
+{
+    const HANDLE handles[] = {m_interrupt.get(), m_changes.get()};
+    switch (::WaitForMultipleObjects(std::size(handles), handles, FALSE, INFINITE))
+    {
+    case WAIT_OBJECT_0: return false;
+    case WAIT_OBJECT_0 + 1:
+        if (::FindNextChangeNotification(m_changes.get()))
+            return true;
+        [[fallthrough]];
+    default: throw Failure({.sReason = "the directory can no longer be watched"});
+    }
+}
+
+} // namespace zelkctl

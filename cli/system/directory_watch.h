@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "system/unique_handle.h"
+
+namespace zelkctl
+{
+
+/// Tells when files of a directory change. For as long as it lives, Ctrl+C ends the waiting instead of the program.
+class DirectoryWatch
+{
+public:
+    explicit DirectoryWatch(const std::wstring& sDirectory);
+    DirectoryWatch(const DirectoryWatch&) = delete;
+    DirectoryWatch& operator=(const DirectoryWatch&) = delete;
+    ~DirectoryWatch();
+
+    /// Waits for a change since construction, or since the last wait. False when the user ends it.
+    bool Wait();
+
+private:
+    struct CloseChanges
+    {
+        void operator()(HANDLE hChanges) const noexcept { ::FindCloseChangeNotification(hChanges); }
+    };
+    UniqueHandle m_interrupt;
+    std::unique_ptr<void, CloseChanges> m_changes;
+};
+
+} // namespace zelkctl

@@ -1,0 +1,82 @@
+#include "trace/trace_location.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <zelk_nm/tolva.h>
+
+#include "system/environment.h"
+#include "system/registry.h"
+#include "system/text.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+bool IsDirectory(const std::wstring& sPath)
+{
+    const DWORD dwAttributes = ::GetFileAttributesW(sPath.c_str());
+    return dwAttributes != INVALID_FILE_ATTRIBUTES && (dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+/// Such a system keeps trace.ini at a fixed place. The trace itself stays beside the program there too: the library
+/// settles its directory before it knows the system.
+bool IsMiniNT52()
+{
+    const auto version = ReadText(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", L"CurrentVersion");
+    return version && *version == velmor::string(L"5.2") && IsBootImage();
+}
+
+std::wstring LogDirectoryOf(const std::wstring& sProgramDirectory, const std::wstring& sLogSettings)
+{
+    wchar_t directory[260]; // the library cuts it there too
+    const DWORD length =
+        ::GetPrivateProfileStringW(L"File Locations", L"Logfiles", (sProgramDirectory + L"\\Logfiles").c_str(),
+                                   directory, std::size(directory), sLogSettings.c_str());
+    return {directory, length};
+}
+
+TraceLocation LocateBeside(const std::wstring& sProgramDirectory)
+{
+    TraceLocation location;
+    location.sLogSettings = sProgramDirectory + L"\\zlk.ini";
+    location.sTraceSettings = (IsMiniNT52() ? L"Z:\\ZELK" : sProgramDirectory) + L"\\trace.ini";
+    location.sDirectory = LogDirectoryOf(sProgramDirectory, location.sLogSettings);
+    location.sFile = location.sDirectory + L"\\TOLVA_trace.log";
+    location.sRotatedFile = location.sDirectory + L"\\TOLVA_trace.old";
+    return location;
+}
+
+std::wstring FullPath(const std::wstring& sPath)
+{
+    std::wstring sFull(::GetFullPathNameW(sPath.c_str(), 0, nullptr, nullptr), L'\0');
+    sFull.resize(::GetFullPathNameW(sPath.c_str(), static_cast<DWORD>(sFull.size()), sFull.data(), nullptr));
+    return sFull;
+}
+
+} // namespace
+
+bool TraceLocation::HasDirectory() const
+{
+    return IsDirectory(sDirectory);
+}
+
+TraceLocation LocateTrace()
+{
+    velmor::string sOwnDir;
+    if (!TOLVA::GetOwnDir(sOwnDir))
+        return {};
+    return LocateBeside({sOwnDir.c_str(), sOwnDir.size()});
+}
+
+TraceLocation LocateTraceOf(const std::string& sProgram)
+{
+    const velmor::string sGiven = FromUtf8(sProgram);
+    std::wstring sPath = FullPath({sGiven.c_str(), sGiven.size()});
+    if (!IsDirectory(sPath) || sPath.ends_with(L'\\'))
+        sPath.erase(std::min(sPath.find_last_of(L'\\'), sPath.size()));
+    return LocateBeside(sPath);
+}
+
+} // namespace zelkctl

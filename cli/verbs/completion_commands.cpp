@@ -1,0 +1,127 @@
+#include "verbs/completion_commands.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "parser/command.h"
+#include "parser/completion.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+// The shell splits at blanks, and at each of COMP_WORDBREAKS besides: words that touch are one. What it splits it also
+// completes piece by piece, so what stands before the last piece is taken off the candidates. Inside quotation marks it
+// splits nothing and wants candidates as they are.
+constexpr const char* BASH_SCRIPT = R"(_zelkctl() {
+    local line=${COMP_LINE:0:COMP_POINT} words=() word rest plain candidate i
+    line=${line#"${COMP_WORDS[0]}"}
+    for ((i = 1; i <= COMP_CWORD; i++)); do
+        rest=${line#"${line%%[![:space:]]*}"}
+        word=${COMP_WORDS[i]}
+        ((i < COMP_CWORD)) || word=$rest
+        if ((${#words[@]} == 0)) || [[ $rest != "$line" || -z $rest ]]; then
+            words+=("$word")
+        else
+            words[-1]+=$word
+        fi
+        line=${rest#"$word"}
+    done
+
+    local raw=${words[-1]} plains=()
+    for word in "${words[@]}"; do
+        plain=
+        case $word in
+            [\"\']*) plain=${word#?} plain=${plain%"${word:0:1}"} ;;
+            *)
+                while [[ $word =~ ^([^\\]*)\\(.)(.*)$ ]]; do
+                    plain+=${BASH_REMATCH[1]}${BASH_REMATCH[2]}
+                    word=${BASH_REMATCH[3]}
+                done
+                plain+=$word
+                ;;
+        esac
+        plains+=("$plain")
+    done
+
+    COMPREPLY=()
+    while IFS= read -r candidate; do
+        case $raw in
+            [\"\']*) ;;
+            *)
+                printf -v candidate %q "$candidate"
+                [[ $COMP_WORDBREAKS != *:* ]] || candidate=${candidate#"${raw%"${raw##*:}"}"}
+                ;;
+        esac
+        COMPREPLY+=("$candidate")
+    done < <("${COMP_WORDS[0]}" __complete -- "${plains[@]}" 2>/dev/null)
+}
+complete -F _zelkctl zelkctl zelkctl.exe
+)";
+
+// Windows PowerShell drops empty arguments, so a word that is yet to come is told by the mark before the words.
+constexpr const char* POWERSHELL_SCRIPT =
+    R"(Register-ArgumentCompleter -Native -CommandName zelkctl, zelkctl.exe -ScriptBlock {
+    param($wordToComplete, $commandAst, $cursorPosition)
+    $elements = @($commandAst.CommandElements | Where-Object { $_.Extent.StartOffset -lt $cursorPosition })
+    $words = @($elements | Select-Object -Skip 1 | ForEach-Object {
+        if ($_ -is [System.Management.Automation.Language.StringConstantExpressionAst]) { $_.Value } else { $_.Extent.Text }
+    })
+    $mark = if ($elements[-1].Extent.EndOffset -lt $cursorPosition -or $words.Count -eq 0) { '--next' } else { '--' }
+    $encoding = [Console]::OutputEncoding
+    try {
+        [Console]::OutputEncoding = New-Object System.Text.UTF8Encoding $false
+        $candidates = @(& $commandAst.GetCommandName() __complete $mark @words 2>$null)
+    } finally {
+        [Console]::OutputEncoding = $encoding
+    }
+    foreach ($candidate in $candidates) {
+        $text = $candidate
+        if ($text -match '[^\w:./\\-]') { $text = "'" + $text.Replace("'", "''") + "'" }
+        [System.Management.Automation.CompletionResult]::new($text, $candidate, 'ParameterValue', $candidate)
+    }
+}
+)";
+
+void AddScript(CLI::App& noun, const VerbTexts& texts, const std::string& sInstallation, const char* pszScript)
+{
+    CLI::App& verb = AddVerb(noun, texts);
+    AddRemark(verb, sInstallation);
+    Run(verb, [pszScript] { Output::Data(pszScript); });
+}
+
+} // namespace
+
+void AddCompletionCommands(CLI::App& app, Output&)
+{
+    CLI::App& noun =
+        AddNoun(app, {"completion", "Complete commands, options and adapters in a shell", "completion bash"});
+    AddScript(noun, {"bash", "Write the script for bash", "completion bash > ~/.zelkctl-completion"},
+              "Read the file from ~/.bashrc, with the line:\n  . ~/.zelkctl-completion", BASH_SCRIPT);
+    AddScript(
+        noun,
+        {"powershell", "Write the script for PowerShell", "completion powershell | Out-String | Invoke-Expression"},
+        "Put the line into the file that $PROFILE names, and every session has it.", POWERSHELL_SCRIPT);
+}
+
+void AnswerCompletion(const CLI::App& app, std::vector<std::string> arguments) noexcept
+try
+{
+    // "__complete -- WORDS": the last word is being completed. "__complete --next WORDS": one that is yet to come.
+    std::vector<std::string> words(arguments.begin() + std::min<std::ptrdiff_t>(2, std::ssize(arguments)),
+                                   arguments.end());
+    if (arguments.size() > 1 && arguments[1] == "--next")
+        words.emplace_back();
+    std::string text;
+    for (const std::string& sCandidate : Complete(app, words))
+        text += sCandidate + '\n';
+    Output::Data(text);
+}
+catch (...)
+{
+    // A shell has no place for messages.
+}
+
+} // namespace zelkctl
