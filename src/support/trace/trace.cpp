@@ -17,8 +17,8 @@ namespace
 {
 
 constexpr DWORD LINE_WAIT_MS = 60000;
-/// Much shorter, because the load of the library waits for it.
-constexpr DWORD ROTATION_WAIT_MS = 1000;
+/// The load of the library waits for nobody.
+constexpr DWORD ROTATION_WAIT_MS = 0;
 constexpr unsigned int BYTES_PER_ROW = 32;
 /// The environment whose files lie at fixed places on drive Z:, not beside the executable.
 constexpr unsigned long ENVIRONMENT_ON_Z = 16;
@@ -120,7 +120,7 @@ CTrace::~CTrace()
 
 void CTrace::RotateLog()
 {
-    // Between copy and deletion another process would lose its lines. Without the mutex it is done all the same.
+    // Between copy and deletion another process could lose a line, so the mutex is held where it is free.
     const velmor::HeldMutex mutex = WaitFor(m_hMutex.Get(), ROTATION_WAIT_MS);
     if (!::PathFileExistsW(m_sLogPath.c_str()))
         return;
@@ -129,9 +129,9 @@ void CTrace::RotateLog()
     if (position != velmor::string::npos)
         sBackup.erase(position);
     sBackup += L".old";
-    // Without a backup the file stays and grows: nothing that was traced is thrown away.
-    if (::CopyFileW(m_sLogPath.c_str(), sBackup.c_str(), FALSE))
-        ::DeleteFileW(m_sLogPath.c_str());
+    // Every load starts a new file, whether the copy succeeded or not.
+    ::CopyFileW(m_sLogPath.c_str(), sBackup.c_str(), FALSE);
+    ::DeleteFileW(m_sLogPath.c_str());
 }
 
 void CTrace::GetLogDirectory(velmor::string& sDir)
