@@ -126,7 +126,9 @@ TEST_F(Registry, ReadsWhateverLiesThere)
         {Raw(REG_MULTI_SZ, L"", 0), {}},
         {Raw(REG_MULTI_SZ, {L"a\0bc", 4}, 8), {L"a", L"bc"}},
         {Raw(REG_MULTI_SZ, {L"a\0bcd", 5}, 9), {L"a", L"bc"}},
-        {Raw(REG_MULTI_SZ, {L"a\0\0b\0", 6}, 10), {L"a"}},
+        {Raw(REG_MULTI_SZ, {L"a\0\0b\0", 6}, 12), {L"a", L"", L"b"}},
+        {Raw(REG_MULTI_SZ, {L"\0a\0\0", 5}, 8), {L"", L"a"}},
+        {Raw(REG_MULTI_SZ, {L"\0", 2}, 4), {}},
         {StringData(L"text"), {L"before"}},
     };
     for (const auto& [data, expected] : LISTS)

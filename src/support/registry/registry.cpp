@@ -1,5 +1,6 @@
 #include <support/registry/registry.h>
 
+#include <algorithm>
 #include <iterator>
 
 #include <support/platform/handles.h>
@@ -139,11 +140,12 @@ bool Registry::GetMultiString(const string& sSubKey, const string& sName, std::v
     if (!ReadText(sSubKey, sName, REG_MULTI_SZ, sText))
         return false;
 
+    // Writers differ in how many terminators they put at the end; npos + 1 is 0.
+    sText.erase(sText.find_last_not_of(L'\0') + 1);
     std::vector<string> found;
-    for (std::size_t begin = 0; begin < sText.size() && sText[begin] != L'\0';)
+    for (std::size_t begin = 0; begin < sText.size();)
     {
-        const std::size_t end = sText.find(L'\0', begin);
-        const std::size_t length = (end == std::wstring::npos ? sText.size() : end) - begin;
+        const std::size_t length = std::min(sText.find(L'\0', begin), sText.size()) - begin;
         found.emplace_back(sText.data() + begin, length);
         begin += length + 1;
     }

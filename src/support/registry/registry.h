@@ -45,7 +45,7 @@ public:
     /// The text up to its first terminator. Fails also when the size changes while it is read.
     bool GetString(const string& sSubKey, const string& sName, string& sValue) const;
     bool GetDword(const string& sSubKey, const string& sName, DWORD& dwValue) const;
-    /// The texts before the empty one that ends the list.
+    /// The texts between the terminators. An empty text is an entry too, except at the end of the list.
     bool GetMultiString(const string& sSubKey, const string& sName, std::vector<string>& values) const;
 
     /// Appends the names of the subkeys, in the registry's order. Unlike the others it takes a full path below
