@@ -150,6 +150,7 @@ TEST(Environment, FailuresThatCutTheDetectionShort)
         EXPECT_EQ(0U, found.ulCode) << failure;
         EXPECT_FALSE(found.bWorkstation || found.bX64);
         EXPECT_TRUE(found.sProductName.empty());
+        EXPECT_EQ(failure == 0 ? 0U : 6U, found.version.dwMajorVersion) << failure;
     }
 }
 

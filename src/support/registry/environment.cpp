@@ -50,12 +50,13 @@ bool ReadVersionRecords(WindowsEnvironment& environment)
 {
     OSVERSIONINFOEXW version = {};
     version.dwOSVersionInfoSize = sizeof(version);
-    OSVERSIONINFOEXA narrowVersion = {};
-    narrowVersion.dwOSVersionInfoSize = sizeof(narrowVersion);
-    if (!::GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version)) ||
-        !::GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&narrowVersion)))
+    if (!::GetVersionExW(reinterpret_cast<OSVERSIONINFOW*>(&version)))
         return false;
     environment.version = version;
+    OSVERSIONINFOEXA narrowVersion = {};
+    narrowVersion.dwOSVersionInfoSize = sizeof(narrowVersion);
+    if (!::GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&narrowVersion)))
+        return false;
     environment.narrowVersion = narrowVersion;
     return true;
 }
