@@ -244,8 +244,8 @@ public:
     static unsigned char ConvertNetmaskToPrefix(const velmor::ip_address& netmask);
     /// The mask, as an IPv4 address, of a prefix length of 0 to 32 bits; 0.0.0.0 for a greater one.
     static velmor::ip_address ConvertPrefixToNetmask(unsigned char prefix);
-    /// IPv4 0.0.0.0 for a null pointer, a family other than AF_INET and AF_INET6, or a structure shorter than its
-    /// family's.
+    /// IPv4 0.0.0.0 for a null pointer or a family other than AF_INET and AF_INET6. The length field is not read: the
+    /// structure must be as long as its family's.
     static velmor::ip_address Convert_SOCKET_ADDRESS(const SOCKET_ADDRESS& sa);
     /// IPv4 0.0.0.0 for a family other than AF_INET and AF_INET6.
     static velmor::ip_address Convert_SOCKADDR_INET(const SOCKADDR_INET& sa);

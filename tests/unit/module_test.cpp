@@ -82,8 +82,8 @@ TEST_F(Conversions, SocketAddresses)
         EXPECT_EQ(address, TOLVA::Convert_SOCKADDR_INET(round));
         const int size = address.is_ipv4() ? 16 : 28;
         auto* pAddress = reinterpret_cast<SOCKADDR*>(&round);
-        EXPECT_EQ(address, TOLVA::Convert_SOCKET_ADDRESS({pAddress, size}));
-        EXPECT_EQ(ip_address(), TOLVA::Convert_SOCKET_ADDRESS({pAddress, size - 1})) << "cut short";
+        for (const int length : {size, size - 1, 0, -1})
+            EXPECT_EQ(address, TOLVA::Convert_SOCKET_ADDRESS({pAddress, length})) << "the length does not decide";
         EXPECT_EQ(0, round.Ipv6.sin6_port);
     }
     EXPECT_EQ(AF_UNSPEC, TOLVA::Convert_SOCKADDR_INET(ip_address(string("none"))).si_family);
