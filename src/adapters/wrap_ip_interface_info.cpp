@@ -40,16 +40,18 @@ bool TOLVA::Wrap_IP_INTERFACE_INFO::LoadTable()
     m_pInterfaceInfo = nullptr;
 
     DWORD dwRc = NO_ERROR;
-    if (velmor::AskThenCall(m_buffer, dwRc, [this](void* pTable, ULONG& ulSize) {
-            m_pInterfaceInfo = static_cast<IP_INTERFACE_INFO*>(pTable);
-            return ::GetInterfaceInfo(m_pInterfaceInfo, &ulSize);
-        }))
+    const bool bLoaded = velmor::AskThenCall(m_buffer, dwRc, [this](void* pTable, ULONG& ulSize) {
+        m_pInterfaceInfo = static_cast<IP_INTERFACE_INFO*>(pTable);
+        return ::GetInterfaceInfo(m_pInterfaceInfo, &ulSize);
+    });
+    const bool bWhole = velmor::HoldsEntries(m_buffer, &IP_INTERFACE_INFO::NumAdapters, &IP_INTERFACE_INFO::Adapter);
+    if (bLoaded && bWhole)
         return frame.Succeed();
 
     // A second answer "no data" leaves the zeroed table, which reads as empty. That is meant.
-    if (dwRc != ERROR_NO_DATA)
+    if (!bWhole || dwRc != ERROR_NO_DATA)
         m_pInterfaceInfo = nullptr;
-    return FailToLoad(frame, dwRc);
+    return FailToLoad(frame, bLoaded ? ERROR_INVALID_DATA : dwRc);
 }
 
 bool TOLVA::Wrap_IP_INTERFACE_INFO::GetAdapterList(std::vector<NIC_INFO>& NicList)

@@ -1,4 +1,7 @@
 #include <climits>
+#include <cstddef>
+#include <tuple>
+#include <utility>
 
 #include <adapters/wrap_ip_interface_info.h>
 
@@ -108,6 +111,32 @@ TEST_F(InterfaceTable, CountsThatHoldNothing)
         std::vector<TOLVA::NIC_INFO> list;
         EXPECT_TRUE(table.GetAdapterList(list)) << lCount;
         EXPECT_TRUE(list.empty()) << lCount;
+    }
+}
+
+TEST_F(InterfaceTable, ATableThatItsSizeCannotHold)
+{
+    constexpr auto ENTRY = static_cast<ULONG>(sizeof(IP_ADAPTER_INDEX_MAP));
+    constexpr auto FIRST = static_cast<ULONG>(offsetof(IP_INTERFACE_INFO, Adapter));
+    const auto tooSmall = [&](ULONG ulSize, LONG lCount, DWORD dwRc) {
+        return [=](IP_INTERFACE_INFO* pTable, ULONG* pulSize) -> DWORD {
+            if (pTable != nullptr && *pulSize >= FIRST)
+                pTable->NumAdapters = lCount;
+            return std::exchange(*pulSize, ulSize) == 0 ? ERROR_INSUFFICIENT_BUFFER : dwRc;
+        };
+    };
+    for (const auto& [ulSize, lCount, dwRc] : {std::tuple<ULONG, LONG, DWORD>{1, 0, NO_ERROR},
+                                               {1, 0, ERROR_NO_DATA},
+                                               {FIRST, 1, NO_ERROR},
+                                               {FIRST + ENTRY, 2, NO_ERROR},
+                                               {FIRST + ENTRY, LONG_MAX, NO_ERROR}})
+    {
+        const auto patch = PATCH_IMPORT(GetInterfaceInfo, tooSmall(ulSize, lCount, dwRc));
+        TOLVA::Wrap_IP_INTERFACE_INFO table;
+        std::vector<TOLVA::NIC_INFO> list;
+        EXPECT_FALSE(table.LoadTable()) << ulSize;
+        EXPECT_FALSE(table.GetAdapterList(list)) << ulSize;
+        EXPECT_TRUE(list.empty());
     }
 }
 

@@ -27,6 +27,21 @@ bool AskThenCall(TableBuffer& buffer, DWORD& dwRc, Call&& call)
     return dwRc == NO_ERROR;
 }
 
+/// Whether all entries lie in the buffer, in a table that begins with their number. A platform that tells a size too
+/// small for the table it then fills must not be believed.
+template <class Table, class Count, class Entry>
+bool HoldsEntries(const TableBuffer& buffer, Count Table::*pCount, Entry (Table::*pEntries)[ANYSIZE_ARRAY]) noexcept
+{
+    const auto* pTable = reinterpret_cast<const Table*>(buffer.data());
+    const auto EndOf = [&](const auto& field) {
+        return static_cast<std::size_t>(reinterpret_cast<const unsigned char*>(&field) - buffer.data());
+    };
+    if (buffer.size() < sizeof(Count) || buffer.size() < EndOf(pTable->*pEntries))
+        return false;
+    const Count count = pTable->*pCount;
+    return count <= 0 || static_cast<std::size_t>(count) <= (buffer.size() - EndOf(pTable->*pEntries)) / sizeof(Entry);
+}
+
 /// The rule of the tables that are tried with a small buffer first: calls with the buffer as it is and, if it was too
 /// small, once more with the size told.
 template <class Call>
