@@ -259,8 +259,10 @@ bool VistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector<TO
     {
         if (row.InterfaceIndex != ulIndex)
             continue;
-        // Not by the façade's conversion, which turns another family into 0.0.0.0: such a row is left out.
-        const velmor::ip_address address(row.Address);
+        // The façade's conversion would turn another family into 0.0.0.0, but such a row is left out.
+        velmor::ip_address address(row.Address);
+        if (address.is_valid())
+            address = TOLVA::Convert_SOCKADDR_INET(row.Address);
         frame.Verbose("sAddress", address);
         if (address.is_valid())
             IpAddrs.push_back(AddressOf(frame, row, address));

@@ -228,6 +228,8 @@ TEST_F(Vista, AddressesOfTheAdapter)
 [V] VistaAPI::GetAdaptersIpAddrs : ... ending
 )"),
               trace.LinesOf("VistaAPI::GetAdaptersIpAddrs"));
+    EXPECT_TRUE(trace.Has("[V] TOLVA::Convert_SOCKADDR_INET : sIpAddr = \"fe80::7\""));
+    EXPECT_FALSE(trace.Has("[V] TOLVA::Convert_SOCKADDR_INET : sIpAddr = \"0.0.0.0\"")) << "of another family";
 }
 
 TEST_F(Vista, OnlyAnAddressOfManualOriginsIsManual)
