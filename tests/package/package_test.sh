@@ -92,7 +92,7 @@ build_library() { # FOLDER
     if [ -n "${ZELK_REBUILD_ALL:-}" ]; then
         ninja zelk_nm
     else
-        ninja $objects/src/{frame/module_version,support/string,tools/captured_command}.cpp.obj \
+        ninja $objects/src/{frame/module_version,support/values/string,tools/captured_command}.cpp.obj \
             CMakeFiles/zelk_nm.dir/src/frame/zelk_nm.rc.res
         cp -rn "$BUILD_DIR/$objects" CMakeFiles
         mkdir -p bin lib
@@ -110,6 +110,26 @@ reproducible() {
     done
     cp "$BUILD_DIR/bin/zelkctl.exe" "$first/bin"
     "$SOURCE_DIR/scripts/wine-run.sh" "$first/bin/zelkctl.exe" --version | grep 'created on May 15 2015 at 12:05:48'
+}
+
+# What a build says of its date: the commit's when the tree is clean, its own when it is not.
+dated() {
+    local repository=$work/repository now
+    mkdir "$repository"
+    cp -r "$SOURCE_DIR/CMakeLists.txt" "$SOURCE_DIR/cmake" "$repository"
+    cd "$repository"
+    git init -q && git add .
+    GIT_COMMITTER_DATE='@1431691548 +0000' git -c user.name=test -c user.email=test@localhost commit -q -m test
+    unset SOURCE_DATE_EPOCH
+    stamp() { cmake -D OUTPUT="$work/stamp.h" -P cmake/write_build_stamp.cmake && cat "$work/stamp.h"; }
+    stamp | grep '"May 15 2015"' || fail "a clean tree does not carry the commit's date"
+    now=$(date +%s)
+    echo >>CMakeLists.txt
+    (($(stamp | sed -n 's/.*EPOCH=//p') >= now)) || fail "changes carry the commit's date"
+    touch -d @1431691548 "$work/stamp.h"
+    stamp >/dev/null
+    (($(stat -c %Y "$work/stamp.h") == 1431691548)) || fail "the same changes are dated twice"
+    SOURCE_DATE_EPOCH=1431691549 stamp | grep 12:05:49 || fail "the environment's date is not taken"
 }
 
 rm -rf "$work"
