@@ -97,7 +97,7 @@ TEST_F(Dhcp, AStaticAdapterReturns)
     // How addresses are listed is told by the back ends' own tests.
     std::erase_if(lines, [](const std::string& sLine) {
         return std::regex_search(
-            sLine, std::regex("VistaAPI::.*GetAdaptersIpAddrs|LoadTable|TOLVA::(GetAdapterIndex|ConvertDword)"));
+            sLine, std::regex("VistaAPI::.*GetAdaptersIpAddrs|LoadTable|TOLVA::(GetAdapterIndex|Convert)"));
     });
     for (std::string& sLine : lines)
         sLine =
