@@ -1,11 +1,11 @@
 #pragma once
 
-/// @file
-/// The mark of what the DLL exports.
+/// \file
+/// The macro that marks exported names.
 
-/// @def ZELK_NM_API
-/// Marks what the DLL exports. A caller needs no definition; ZELK_NM_STATIC is for programs that link the library's
-/// objects themselves.
+/// \def ZELK_NM_API
+/// Marks a name that the DLL exports. Programs that use the DLL define nothing. Programs that link the object files of
+/// the library define ZELK_NM_STATIC.
 #if defined(ZELK_NM_STATIC)
 #define ZELK_NM_API
 #elif defined(ZELK_NM_EXPORTS)

@@ -6,62 +6,69 @@
 #include <zelk_nm/export.h>
 #include <zelk_nm/string.h>
 
-/// @file
-/// An IP address of either family.
+/// \file
+/// The class velmor::ip_address.
 
 namespace velmor
 {
 
-/// An IPv4 or IPv6 address, or an address that could not be formed (the invalid state).
+/// An IPv4 or IPv6 address, or an invalid one, which results from input that is no address.
 ///
-/// Text is parsed and formatted by Winsock, which the library keeps started while it is loaded.
-/// Threads: const access is safe from several threads.
+/// Winsock parses and formats text; the library keeps it started while it is loaded. Constant objects can be read from
+/// several threads.
 class ZELK_NM_API ip_address
 {
 public:
-    /// Family of an address that could not be formed. It is neither AF_INET nor AF_INET6.
+    /// Family of an invalid address. It is neither AF_INET nor AF_INET6.
     static constexpr unsigned short INVALID_FAMILY = 16;
 
-    /// The bare text: no port, no brackets, no scope. Throws NetworkError: code 10047 (WSAEAFNOSUPPORT) for an invalid
-    /// address, Winsock's own code when formatting fails.
+    /// Returns the address as text, without port, brackets or scope.
+    /// \throws NetworkError with code 10047 (WSAEAFNOSUPPORT) for an invalid address, or with Winsock's code if
+    ///         formatting fails
+    /// \throws std::bad_alloc if there is no memory for the text
     virtual operator velmor::string() const;
-    /// Nothing to free.
+    /// Destroys the address.
     virtual ~ip_address();
 
-    /// IPv4 0.0.0.0.
+    /// Creates the IPv4 address 0.0.0.0.
     ip_address() noexcept;
-    /// Parses an IPv4 or IPv6 address; any other text gives an invalid one. Port, flow information and scope in the
-    /// text are not kept. Throws nothing but std::bad_alloc.
+    /// Creates an address from text.
+    /// \param[in] sText  an IPv4 or IPv6 address. A port and a scope in it are ignored. Any other text creates an
+    ///                   invalid address.
+    /// \throws std::bad_alloc if there is no memory for the conversion
     explicit ip_address(const velmor::string& sText);
-    /// Copies the structure whole, the family included. Port and address are in network byte order, as Winsock has
-    /// them.
+    /// Creates an address from a socket address, with all its fields.
+    /// \param[in] sa  the socket address, in network byte order. Its family is taken over unchecked.
     explicit ip_address(const SOCKADDR_IN& sa) noexcept;
-    /// Likewise.
+    /// Creates an address from a socket address, with all its fields.
+    /// \param[in] sa  the socket address, in network byte order. Its family is taken over unchecked.
     explicit ip_address(const SOCKADDR_IN6& sa) noexcept;
-    /// A family other than AF_INET and AF_INET6 gives an invalid address.
+    /// Creates an address from a socket address of either family, with all its fields.
+    /// \param[in] sa  the socket address, in network byte order. A family other than AF_INET and AF_INET6 creates an
+    ///                invalid address.
     explicit ip_address(const SOCKADDR_INET& sa) noexcept;
 
-    /// A copy.
+    /// Copies an address.
     ip_address(const ip_address&) noexcept = default;
-    /// A copy.
+    /// Copies an address.
     ip_address& operator=(const ip_address&) noexcept = default;
 
-    /// AF_INET, AF_INET6 or INVALID_FAMILY.
+    /// Returns AF_INET, AF_INET6 or INVALID_FAMILY.
     [[nodiscard]] unsigned short family() const noexcept { return m_address.si_family; }
-    /// Whether the family is AF_INET.
+    /// Tells whether this is an IPv4 address.
     [[nodiscard]] bool is_ipv4() const noexcept { return family() == AF_INET; }
-    /// Whether the family is AF_INET6.
+    /// Tells whether this is an IPv6 address.
     [[nodiscard]] bool is_ipv6() const noexcept { return family() == AF_INET6; }
-    /// Whether it is one of the two.
+    /// Tells whether this is an IPv4 or IPv6 address.
     [[nodiscard]] bool is_valid() const noexcept { return is_ipv4() || is_ipv6(); }
 
-    /// The address as the platform's union; family INVALID_FAMILY and otherwise zero when invalid.
+    /// Returns the address as a socket address. If it is invalid the family is INVALID_FAMILY.
     [[nodiscard]] const SOCKADDR_INET& sockaddr() const noexcept { return m_address; }
 
-    /// Family and address bytes alone count: not port, flow information or scope. An invalid address equals nothing,
-    /// not even itself.
+    /// Tells whether family and address are equal. Port, flow information and scope are not compared. An invalid
+    /// address equals nothing, not even itself.
     bool operator==(const ip_address& other) const noexcept;
-    /// The opposite: true of an invalid address and anything.
+    /// Tells whether two addresses differ. An invalid address differs from everything.
     bool operator!=(const ip_address& other) const noexcept { return !(*this == other); }
 
 private:

@@ -5,30 +5,31 @@
 
 #include <zelk_nm/export.h>
 
-/// @file
-/// The one exception of the library.
+/// \file
+/// The exception velmor::NetworkError.
 
 namespace velmor
 {
 
-/// Thrown by the text conversion of velmor::ip_address, and by nothing else in the library. Const access is safe from
+/// A Winsock error. Only the conversion of velmor::ip_address to text throws it. Constant objects can be read from
 /// several threads.
 class ZELK_NM_API NetworkError : public std::exception
 {
 public:
-    /// `code` is a Winsock error code.
+    /// Creates the exception and its message.
+    /// \param[in] code  a Winsock error code
     explicit NetworkError(int code);
 
-    /// Frees the message.
+    /// Destroys the exception.
     ~NetworkError() override;
-    /// "Network Error: code = " and the code in decimal.
+    /// Returns "Network Error: code = " and the code in decimal. The text is valid for as long as the object.
     [[nodiscard]] const char* what() const noexcept override;
-    /// Makes the message from the code; the constructor calls it.
+    /// Builds the message from the code. The constructor calls it.
     virtual void BuildMessage();
-    /// The same text.
+    /// Returns the same text as what().
     [[nodiscard]] virtual const std::string& Message() const noexcept;
 
-    /// The Winsock error code.
+    /// Returns the Winsock error code.
     [[nodiscard]] int Code() const noexcept { return m_code; }
 
 private:

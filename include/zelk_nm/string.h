@@ -6,50 +6,49 @@
 
 #include <zelk_nm/export.h>
 
-/// @file
-/// The library's text.
+/// \file
+/// The class velmor::string.
 
-/// The parts of the interface that are not network operations.
+/// Values that the operations of TOLVA take and return.
 namespace velmor
 {
 
-/// The library's wide-character string. It follows std::wstring, whose small inline buffer holds up to 7 characters,
-/// and adds a cached narrow copy for platform interfaces that take narrow text.
+/// A wide-character string with those members of std::wstring that the library needs, and a narrow copy for interfaces
+/// that take narrow text.
 ///
-/// Narrow text is widened, and wide text narrowed, by the C run time's conversion of the current locale; a character
-/// that has no counterpart becomes '?' in the narrow view, and a narrow byte that is no character becomes U+FFFD.
+/// Conversions use the current locale of the C run time. A character that the locale does not have becomes '?' in
+/// narrow text; in the "C" locale, with which programs start, these are all characters above U+00FF. A narrow byte that
+/// is not a character becomes U+FFFD. To print text in any script, use c_str().
 ///
-/// A null pointer counts as empty text. Operations that allocate may throw std::bad_alloc; nothing else throws but
-/// erase.
-///
-/// Threads: const access, narrow_c_str() included, is safe from several threads; changes need the caller's lock.
+/// A null pointer counts as empty text. Members that allocate memory can throw std::bad_alloc. Constant objects can be
+/// read from several threads; that includes narrow_c_str().
 class ZELK_NM_API string
 {
 public:
-    /// No position; as a count: all there is.
+    /// As a result: not found. As a count: up to the end.
     static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
-    /// Empty.
+    /// Creates an empty string.
     string() noexcept;
-    /// A copy of text that a NUL ends.
+    /// Copies null-terminated text.
     string(const wchar_t* pszText);
-    /// A copy of `count` characters.
+    /// Copies `count` characters.
     string(const wchar_t* pText, std::size_t count);
-    /// Narrow text that a NUL ends, widened.
+    /// Converts null-terminated narrow text.
     string(const char* pszText);
-    /// A copy.
+    /// Copies a string.
     string(const std::wstring& sText);
-    /// A copy of the wide text; the narrow one is made anew when it is asked for.
+    /// Copies a string.
     string(const string& other);
-    /// Takes both texts; `other` is empty then.
+    /// Moves a string. `other` is empty afterwards.
     string(string&& other) noexcept;
-    /// Frees both texts.
+    /// Destroys the string, its narrow copy included.
     ~string();
 
-    /// @name Assignment
+    /// \name Assignment
     /// @{
 
-    /// Like the constructor from the same argument.
+    /// Replaces the text with that of the argument, as the constructors do.
     string& operator=(const wchar_t* pszText);
     string& operator=(const char* pszText);
     string& operator=(const std::wstring& sText);
@@ -57,19 +56,20 @@ public:
     string& operator=(string&& other) noexcept;
     /// @}
 
-    /// The text, ended by a NUL; valid until the next change.
+    /// Returns the null-terminated text. The pointer is valid until the next change.
     [[nodiscard]] const wchar_t* c_str() const noexcept { return m_sText.c_str(); }
-    /// The narrow copy, ended by a NUL; made on first use, valid until the next change.
+    /// Returns the null-terminated narrow copy, which the first call creates. The pointer is valid until the next
+    /// change.
     [[nodiscard]] const char* narrow_c_str() const;
-    /// Number of characters without the terminator.
+    /// Returns the number of characters, without the terminator.
     [[nodiscard]] std::size_t size() const noexcept { return m_sText.size(); }
-    /// Whether there is no character.
+    /// Tells whether the string has no characters.
     [[nodiscard]] bool empty() const noexcept { return m_sText.empty(); }
 
-    /// @name Appending
+    /// \name Appending
     /// @{
 
-    /// Adds at the end; narrow text is widened.
+    /// Appends the argument. Narrow text is converted.
     string& append(const wchar_t* pszText);
     string& append(const wchar_t* pText, std::size_t count);
     string& append(const string& other);
@@ -79,15 +79,15 @@ public:
     string& operator+=(wchar_t character) { return append(&character, 1); }
     /// @}
 
-    /// Position of the first match at or after `from`; npos when there is none.
+    /// Returns the position of the first such character at or after `from`, or npos.
     [[nodiscard]] std::size_t find(wchar_t character, std::size_t from = 0) const noexcept;
-    /// Likewise of a text.
+    /// Returns the position of the first such text at or after `from`, or npos.
     [[nodiscard]] std::size_t find(const string& text, std::size_t from = 0) const noexcept;
-    /// Position of the last match; npos when there is none.
+    /// Returns the position of the last such character, or npos.
     [[nodiscard]] std::size_t rfind(wchar_t character) const noexcept;
 
-    /// Removes `count` characters from `position` on, or as many as there are. A position beyond the end throws
-    /// std::out_of_range.
+    /// Removes up to `count` characters from `position` on.
+    /// \throws std::out_of_range if `position` is beyond the end
     string& erase(std::size_t position = 0, std::size_t count = npos);
 
 private:
@@ -97,17 +97,17 @@ private:
     mutable std::atomic<char*> m_pszNarrow;
 };
 
-/// Whether all characters are equal, case included.
+/// Tells whether two strings are equal. Case matters.
 ZELK_NM_API bool operator==(const string& left, const string& right) noexcept;
-/// Whether `left` comes first, by the numbers of the characters.
+/// Tells whether `left` sorts before `right` by the values of the characters.
 ZELK_NM_API bool operator<(const string& left, const string& right) noexcept;
-/// The opposite of equality.
+/// Tells whether two strings differ. Case matters.
 inline bool operator!=(const string& left, const string& right) noexcept
 {
     return !(left == right);
 }
 
-/// Both texts, one after the other.
+/// Returns both texts joined.
 inline string operator+(string left, const string& right)
 {
     left.append(right);
