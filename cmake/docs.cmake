@@ -11,7 +11,7 @@ endif()
 
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/docs)
 configure_file(docs/Doxyfile.in docs/Doxyfile @ONLY)
-file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/include/zelk_nm/*.h)
+file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/include/*/*.h)
 add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/docs/api/index.html
   # Pages that no longer have a source must not stay.
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${PROJECT_BINARY_DIR}/docs/api

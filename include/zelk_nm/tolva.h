@@ -725,8 +725,8 @@ public:
     /// \par Failure
     /// Nothing is changed if `sNicGuid` is empty, the gateway is invalid, the adapter has no interface index, or the
     /// routing table cannot be read. If a route cannot be deleted, the others are still deleted, and none is added. If
-    /// the new route cannot be added, the adapter has no default route. If the value cannot be written, the new route
-    /// stays.
+    /// the new route cannot be added, the adapter has no default route of that family. If the value cannot be written,
+    /// the new route stays.
     /// \par Before Vista
     /// - Give IPv4 gateways only. An IPv6 gateway is not refused: it costs the adapter its IPv4 default route.
     /// - Routes to the destination 0.0.0.0 count as default routes, whatever their mask. The metric is that of the last
