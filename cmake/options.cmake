@@ -19,7 +19,10 @@ set(warnings
   -Wall -Wextra -Wpedantic -Werror
   -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion -Wcast-align -Wcast-qual -Wformat=2
   -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Wimplicit-fallthrough
-  -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wunused -Wundef -Wredundant-decls -Wold-style-cast)
+  -Wunused -Wundef -Wredundant-decls -Wold-style-cast)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND warnings -Wduplicated-cond -Wduplicated-branches -Wlogical-op)
+endif()
 
 target_compile_options(zelk_nm_options INTERFACE
   # Only C++: the resource compiler gets a target's options too.
@@ -35,7 +38,12 @@ target_link_options(zelk_nm_options INTERFACE
 
 if(ZELK_NM_SANITIZE)
   # Enumerations come out of the platform's tables and may hold what newer systems have added: their range is no error.
-  set(sanitize -fsanitize=undefined -fno-sanitize=enum -fsanitize-undefined-trap-on-error)
+  set(sanitize -fsanitize=undefined -fno-sanitize=enum)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list(APPEND sanitize -fsanitize-undefined-trap-on-error)
+  else()
+    list(APPEND sanitize -fsanitize-trap=undefined)
+  endif()
   target_compile_options(zelk_nm_options INTERFACE $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Debug>>:${sanitize}>)
 endif()
 

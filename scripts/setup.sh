@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what a Debian machine lacks for building and testing, and makes the private Wine prefix.
+# setup.sh [check]: installs what a Debian machine lacks for building and testing, with "check" also for the gates beside
+# the tests, and makes the private Wine prefix.
 # With nothing to do it takes milliseconds and says nothing.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/wine-env.sh"
@@ -24,6 +25,17 @@ needed=(
     util-linux:/usr/bin/flock
     pkgconf:/usr/bin/pkg-config
 )
+if [ "${1:-}" = check ]; then
+    needed+=(
+        clang-16:/usr/bin/clang++-16
+        lld-16:/usr/bin/ld.lld-16
+        clang-tidy-16:/usr/bin/clang-tidy-16
+        clang-format-14:/usr/bin/clang-format-14
+        cppcheck:/usr/bin/cppcheck
+        git:/usr/bin/git
+        python3-minimal:/usr/bin/python3
+    )
+fi
 
 missing=()
 for entry in "${needed[@]}"; do

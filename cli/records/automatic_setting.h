@@ -11,16 +11,18 @@
 namespace zelkctl
 {
 
+// Not constexpr: the address of an imported function is known when the program is loaded.
+
 /// Something that is automatic for a family of an adapter unless the registry keeps a static list of it.
 struct AutomaticSetting
 {
     Field fields[2]; ///< of IPv4 and IPv6
     bool (*pQuery)(const TOLVA::NIC_INFO&, TOLVA::FAMILY_TYPE, bool&);
 };
-inline constexpr AutomaticSetting AUTOMATIC_GATEWAY = {
+inline const AutomaticSetting AUTOMATIC_GATEWAY = {
     {{"ipv4GatewayAutomatic", "IPv4 gateway automatic"}, {"ipv6GatewayAutomatic", "IPv6 gateway automatic"}},
     &TOLVA::IsGatewayAutomatic};
-inline constexpr AutomaticSetting AUTOMATIC_DNS = {
+inline const AutomaticSetting AUTOMATIC_DNS = {
     {{"ipv4DnsAutomatic", "IPv4 DNS automatic"}, {"ipv6DnsAutomatic", "IPv6 DNS automatic"}}, &TOLVA::IsDnsAutomatic};
 
 inline std::vector<Field> FieldsOf(const AutomaticSetting& setting)

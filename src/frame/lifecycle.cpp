@@ -50,10 +50,7 @@ TOLVA::~TOLVA()
     CallFrame::WithoutStart("TOLVA::~TOLVA").Verbose("Destructor");
 }
 
-TOLVA& TOLVA::operator=(const TOLVA&)
-{
-    return *this;
-}
+TOLVA& TOLVA::operator=(const TOLVA&) = default;
 
 AbstractNetworkAPI* TOLVA::NetworkApiFactory()
 {

@@ -121,7 +121,8 @@ catch (...)
 void TOLVA::GetResourceVersionStr(const velmor::string& sDllName, velmor::string& sVersion)
 {
     RunOperation("TOLVA::GetResourceVersionStr", [&](const CallFrame& frame) {
-        const velmor::string sName = sDllName; // the caller may have passed one string for both
+        // The caller may have passed one string for both. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+        const velmor::string sName = sDllName;
         return FindVersion(frame, sName, sVersion);
     });
 }

@@ -82,7 +82,7 @@ std::vector<velmor::string> CapturedCommand::Arguments(const SystemCommand& comm
         else if (pszWord == SystemCommand::NETMASK)
             arguments.push_back(sNetmask);
         else
-            arguments.push_back(pszWord);
+            arguments.emplace_back(pszWord);
     }
     arguments.insert(arguments.end(), {L">", Quoted(m_sOut), L"2>&1"});
     return arguments;

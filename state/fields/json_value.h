@@ -92,7 +92,6 @@ struct JsonValue<T>
     static Json Schema() { return SchemaOfText<T>(); }
 };
 
-
 template <>
 struct JsonValue<Lifetime>
 {

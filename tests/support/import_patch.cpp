@@ -18,11 +18,13 @@ HMODULE Program()
     return reinterpret_cast<HMODULE>(&__ImageBase);
 }
 
+// Bytes are copied because a linker may lay import tables out on four bytes, not eight.
+
 void Write(void** pSlot, void* pValue)
 {
     DWORD dwProtection = 0;
     ::VirtualProtect(pSlot, sizeof(*pSlot), PAGE_READWRITE, &dwProtection);
-    *pSlot = pValue;
+    std::memcpy(pSlot, &pValue, sizeof(pValue));
     ::VirtualProtect(pSlot, sizeof(*pSlot), dwProtection, &dwProtection);
 }
 
@@ -30,6 +32,14 @@ template <class T>
 T* At(HMODULE hModule, DWORD dwOffset)
 {
     return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(hModule) + dwOffset);
+}
+
+template <class T>
+T Read(const T* pSource)
+{
+    T value;
+    std::memcpy(&value, pSource, sizeof(value));
+    return value;
 }
 
 std::vector<void**> FindSlots(HMODULE hModule, const char* pszFunction)
@@ -41,12 +51,13 @@ std::vector<void**> FindSlots(HMODULE hModule, const char* pszFunction)
     for (const auto* p = At<IMAGE_IMPORT_DESCRIPTOR>(hModule, imports.VirtualAddress); p->FirstThunk != 0; ++p)
     {
         const auto* pName = At<IMAGE_THUNK_DATA>(hModule, p->OriginalFirstThunk);
-        for (auto** pSlot = At<void*>(hModule, p->FirstThunk); *pSlot != nullptr; ++pSlot, ++pName)
+        for (auto** pSlot = At<void*>(hModule, p->FirstThunk); Read(pSlot) != nullptr; ++pSlot, ++pName)
         {
-            if (IMAGE_SNAP_BY_ORDINAL(pName->u1.Ordinal))
+            const ULONGLONG import = Read(pName).u1.Ordinal;
+            if (IMAGE_SNAP_BY_ORDINAL(import))
                 continue;
-            const auto* pImport = At<IMAGE_IMPORT_BY_NAME>(hModule, static_cast<DWORD>(pName->u1.AddressOfData));
-            if (std::strcmp(reinterpret_cast<const char*>(pImport->Name), pszFunction) == 0)
+            const auto* pszName = At<char>(hModule, static_cast<DWORD>(import) + offsetof(IMAGE_IMPORT_BY_NAME, Name));
+            if (std::strcmp(pszName, pszFunction) == 0)
                 slots.push_back(pSlot);
         }
     }
@@ -63,7 +74,7 @@ ImportSlots::ImportSlots(HMODULE hModule, const char* pszFunction, void* pReplac
         ADD_FAILURE() << pszFunction << " is not imported, so it cannot be replaced";
         return;
     }
-    m_pOriginal = *m_slots.front();
+    m_pOriginal = Read(m_slots.front());
     for (void** pSlot : m_slots)
         Write(pSlot, pReplacement);
 }

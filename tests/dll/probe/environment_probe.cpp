@@ -35,10 +35,12 @@ int main(int argc, char** argv)
     // At load the factory's choice is masked in the trace, so it is asked for once more.
     TheTrace.SetTraceLevel(4);
     const std::unique_ptr<AbstractNetworkAPI> again(Factory()());
-    const bool bSame = again != nullptr && Chosen() != nullptr && typeid(*again) == typeid(*Chosen());
+    const AbstractNetworkAPI* const pAgain = again.get();
+    const AbstractNetworkAPI* const pChosen = Chosen();
+    const bool bSame = pAgain != nullptr && pChosen != nullptr && typeid(*pAgain) == typeid(*pChosen);
     std::fprintf(pAnswer, "%u %lu %s", environment.version.wProductType, GetWindowsEnvironment(),
-                 !bSame                                            ? "unclear"
-                 : dynamic_cast<PreVistaAPI*>(Chosen()) != nullptr ? "before Vista"
-                                                                   : "Vista");
+                 !bSame                                                 ? "unclear"
+                 : dynamic_cast<const PreVistaAPI*>(pChosen) != nullptr ? "before Vista"
+                                                                        : "Vista");
     return std::fclose(pAnswer);
 }
