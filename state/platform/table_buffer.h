@@ -1,8 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <new>
+#include <span>
 
 #include <winsock2.h>
 
@@ -40,6 +41,19 @@ public:
     [[nodiscard]] const Table* As() const noexcept
     {
         return reinterpret_cast<const Table*>(m_bytes.get());
+    }
+
+    [[nodiscard]] std::span<const std::byte> First(std::size_t size) const noexcept
+    {
+        return {m_bytes.get(), std::min(size, m_size)};
+    }
+
+    /// The rows of a table in the buffer, as many as it says or has room for.
+    template <class Row>
+    [[nodiscard]] std::span<const Row> Rows(const Row* first, std::size_t count) const noexcept
+    {
+        const auto room = m_bytes.get() + m_size - reinterpret_cast<const std::byte*>(first);
+        return {first, std::min(count, static_cast<std::size_t>(room) / sizeof(Row))};
     }
 
 private:

@@ -49,6 +49,11 @@ std::string ToUtf8(std::wstring_view text)
     return result;
 }
 
+std::string ToUtf8(std::u16string_view text)
+{
+    return ToUtf8(std::wstring(text.begin(), text.end()));
+}
+
 std::wstring FromUtf8(std::string_view text)
 {
     std::wstring result(text.size(), L'\0'); // a character never takes more units than bytes

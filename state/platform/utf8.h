@@ -8,6 +8,7 @@ namespace zelk
 
 /// The UTF-16 text as UTF-8; what is no UTF-16 becomes U+FFFD.
 std::string ToUtf8(std::wstring_view text);
+std::string ToUtf8(std::u16string_view text);
 
 /// The UTF-8 text as UTF-16; what is no UTF-8 becomes U+FFFD.
 std::wstring FromUtf8(std::string_view text);

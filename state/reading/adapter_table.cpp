@@ -156,7 +156,7 @@ void ForEachAddress(const Entry* first, Append&& append)
 
 void AddAddresses(const Record& record, bool vista, Adapter& adapter)
 {
-    for (const Family family : {Family::IPV4, Family::IPV6})
+    for (const Family family : FAMILIES)
     {
         adapter.Of(family).addresses.emplace();
         adapter.Of(family).dnsServers.emplace();
@@ -170,11 +170,11 @@ void AddAddresses(const Record& record, bool vista, Adapter& adapter)
 }
 
 /// The routes tell their metrics; this list is for systems whose route table cannot be read.
-void AddGateways(const Record& record, Adapter& adapter)
+void AddGateways(const Record& record, bool vista, Adapter& adapter)
 {
-    if (!Get(record, &Record::FirstGatewayAddress))
+    if (!vista || !Get(record, &Record::FirstGatewayAddress))
         return;
-    for (const Family family : {Family::IPV4, Family::IPV6})
+    for (const Family family : FAMILIES)
         adapter.Of(family).gateways.emplace();
     ForEachAddress(record.FirstGatewayAddress, [&](const IpAddress& address, const auto&) {
         adapter.Of(address.GetFamily()).gateways->push_back({address, std::nullopt});
@@ -187,18 +187,17 @@ std::optional<std::uint32_t> NotZero(std::optional<ULONG> number)
     return number.value_or(0) != 0 ? std::optional<std::uint32_t>(*number) : std::nullopt;
 }
 
-/// A family that is there has an index; from Vista on flags tell whether it is bound, where the system sets any.
+/// From Vista on flags tell whether a family is bound to the adapter; before, it has an index then.
 void AddFamilies(const Record& record, bool vista, Adapter& adapter)
 {
     const IF_INDEX ipv6Index = Get(record, &Record::Ipv6IfIndex).value_or(0);
     adapter.index = NotZero(record.IfIndex != 0 ? record.IfIndex : ipv6Index);
     adapter.ipv6Index = NotZero(ipv6Index);
-    const bool flagged = vista && (record.Ipv4Enabled != 0 || record.Ipv6Enabled != 0);
-    adapter.ipv4.enabled = flagged ? record.Ipv4Enabled != 0 : record.IfIndex != 0;
-    adapter.ipv6.enabled = flagged ? record.Ipv6Enabled != 0 : ipv6Index != 0;
+    adapter.ipv4.enabled = vista ? record.Ipv4Enabled != 0 : record.IfIndex != 0;
+    adapter.ipv6.enabled = vista ? record.Ipv6Enabled != 0 : ipv6Index != 0;
     adapter.ipv4.metric = NotZero(Get(record, &Record::Ipv4Metric));
     adapter.ipv6.metric = NotZero(Get(record, &Record::Ipv6Metric));
-    for (const Family family : {Family::IPV4, Family::IPV6})
+    for (const Family family : FAMILIES)
     {
         adapter.Of(family).mtu = adapter.mtu;
         adapter.Of(family).dnsSuffix = TextOf(record.DnsSuffix);
@@ -255,7 +254,7 @@ Adapter AdapterOf(const Record& record, bool vista)
     adapter.mtu = NotZero(record.Mtu);
     AddFamilies(record, vista, adapter);
     AddAddresses(record, vista, adapter);
-    AddGateways(record, adapter);
+    AddGateways(record, vista, adapter);
     AddDhcp(record, adapter);
     return adapter;
 }

@@ -70,9 +70,11 @@ LinkTable ReadOldTable(Reading& reading)
     LinkTable links;
     if (code != NO_ERROR && code != ERROR_NO_DATA)
         reading.Report(code, "GetIfTable", MISSING);
-    else if (code == NO_ERROR)
-        for (DWORD i = 0; i < buffer.As<MIB_IFTABLE>()->dwNumEntries; ++i)
-            links.emplace(buffer.As<MIB_IFTABLE>()->table[i].dwIndex, LinkOf(buffer.As<MIB_IFTABLE>()->table[i]));
+    if (code != NO_ERROR)
+        return links;
+    const auto* const table = buffer.As<MIB_IFTABLE>();
+    for (const MIB_IFROW& row : buffer.Rows(table->table, table->dwNumEntries))
+        links.emplace(row.dwIndex, LinkOf(row));
     return links;
 }
 

@@ -1,20 +1,80 @@
 #include <state/reading/read_machine.h>
 
+#include <algorithm>
 #include <utility>
 
+#include <state/platform/registry_keys.h>
+#include <state/reading/adapter_settings.h>
 #include <state/reading/adapter_table.h>
+#include <state/reading/class_key.h>
+#include <state/reading/conclusions.h>
+#include <state/reading/devices.h>
+#include <state/reading/environment.h>
+#include <state/reading/identity.h>
+#include <state/reading/interface_tables.h>
 #include <state/reading/link_table.h>
 #include <state/reading/reading.h>
+#include <state/reading/route_tables.h>
+#include <state/reading/stored_key.h>
 
 namespace zelk
 {
+namespace
+{
 
-Machine ReadMachine(const ReadOptions&)
+/// Everything that runs, and everything that is installed.
+void ReadAdapters(Reading& reading, const ReadOptions& options)
+{
+    const LinkTable links = ReadLinkTable(reading);
+    const bool tableRead = ReadAdapterTable(reading, links);
+    if (tableRead)
+        ReadInterfaceTables(reading);
+    if (tableRead && options.routes)
+        ReadRouteTables(reading);
+    const bool classRead = ReadClassKey(reading);
+    if (!tableRead && !classRead)
+        throw StateError(MakeProblem(reading.machine.problems.back().code, "ReadMachine",
+                                     "Neither the adapters that run nor those that are installed can be read."));
+    AddDevices(reading, ReadDevices(reading), tableRead);
+}
+
+void ReadPropertySheets(Reading& reading)
+{
+    const auto devices = ReadLanDevices(reading);
+    if (!devices)
+        return;
+    for (Adapter& adapter : reading.machine.adapters)
+        if (adapter.deviceInstance)
+            adapter.canChangeOptions = std::ranges::binary_search(*devices, ToLower(*adapter.deviceInstance));
+}
+
+MachineSettings SettingsOf(StoredKey& parameters)
+{
+    const auto autoconfiguration = parameters.Number(L"IPAutoconfigurationEnabled");
+    MachineSettings settings;
+    if (autoconfiguration.value)
+        settings.autoconfiguration = *autoconfiguration.value != 0;
+    else if (!autoconfiguration.readable && !parameters.IsMissing())
+        settings.autoconfiguration.reset();
+    return settings;
+}
+
+} // namespace
+
+Machine ReadMachine(const ReadOptions& options)
 {
     Reading reading(GetSystemVersion());
-    const LinkTable links = ReadLinkTable(reading);
-    if (!ReadAdapterTable(reading, links))
-        throw StateError(reading.machine.problems.back());
+    ReadEnvironment(reading);
+    ReadAdapters(reading, options);
+    StoredKey parameters(TCPIP_PARAMETERS, reading.machine.problems);
+    const MachineSettings settings = SettingsOf(parameters);
+    for (Adapter& adapter : reading.machine.adapters)
+        ReadAdapterSettings(adapter, settings, reading.IsVistaOrLater());
+    ReadPropertySheets(reading);
+    if (options.routes)
+        ReadPersistentRoutes(reading);
+    if (options.identity)
+        ReadIdentity(reading, parameters);
     return std::move(reading.machine);
 }
 

@@ -14,8 +14,8 @@ Adapter& Reading::Add(Adapter adapter)
         m_byGuid.emplace(*adapter.guid, place);
     if (adapter.index)
         m_byIndex[static_cast<std::size_t>(Family::IPV4)].emplace(*adapter.index, place);
-    if (adapter.ipv6Index)
-        m_byIndex[static_cast<std::size_t>(Family::IPV6)].emplace(*adapter.ipv6Index, place);
+    if (const auto index = adapter.ipv6Index ? adapter.ipv6Index : adapter.index)
+        m_byIndex[static_cast<std::size_t>(Family::IPV6)].emplace(*index, place);
     return machine.adapters.emplace_back(std::move(adapter));
 }
 

@@ -18,6 +18,14 @@ enum class Family : std::uint8_t
     IPV6
 };
 
+inline constexpr Family FAMILIES[] = {Family::IPV4, Family::IPV6};
+
+/// "IPv4" or "IPv6".
+constexpr const char* FamilyName(Family family) noexcept
+{
+    return family == Family::IPV4 ? "IPv4" : "IPv6";
+}
+
 /// Bits of an address of the family: 32 or 128.
 constexpr std::uint8_t BitsOf(Family family) noexcept
 {
