@@ -26,7 +26,8 @@ install(FILES ${package_files}/zelk_nm.pc DESTINATION lib/pkgconfig COMPONENT de
 install(DIRECTORY examples DESTINATION ${doc_folder} COMPONENT development)
 
 install(FILES README.md LICENSE DESTINATION ${doc_folder} COMPONENT documentation)
-install(DIRECTORY docs DESTINATION ${doc_folder} COMPONENT documentation OPTIONAL FILES_MATCHING PATTERN *.md)
+install(DIRECTORY docs DESTINATION ${doc_folder} COMPONENT documentation OPTIONAL
+  FILES_MATCHING PATTERN *.md PATTERN *.schema.json)
 # There once the API reference has been made.
 install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/api DESTINATION ${doc_folder}/docs COMPONENT documentation OPTIONAL)
 

@@ -24,6 +24,7 @@ needed=(
     iproute2:/sbin/ip
     util-linux:/usr/bin/flock
     pkgconf:/usr/bin/pkg-config
+    python3-jsonschema:/usr/lib/python3/dist-packages/jsonschema/__init__.py
 )
 if [ "${1:-}" = check ]; then
     needed+=(

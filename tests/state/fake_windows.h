@@ -1,0 +1,135 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include <iphlpapi.h>
+#include <netioapi.h>
+#include <windows.h>
+
+#include <cfgmgr32.h>
+#include <setupapi.h>
+
+#include <state/values/ip_prefix.h>
+#include <support/import_patch.h>
+#include <support/registry_scope.h>
+
+/// A unicast address in the tables.
+struct FakeAddress
+{
+    std::string prefix; ///< "192.0.2.10/24"
+    NL_PREFIX_ORIGIN prefixOrigin = IpPrefixOriginManual;
+    NL_SUFFIX_ORIGIN suffixOrigin = IpSuffixOriginManual;
+    ULONG lifetime = 0xFFFFFFFF;
+    NL_DAD_STATE dadState = IpDadStatePreferred;
+};
+
+/// An adapter as the tables of IP Helper show it.
+struct FakeAdapter
+{
+    ULONG index = 0;
+    std::string guid;
+    std::wstring name;
+    bool ipv4 = true;
+    bool ipv6 = true;
+    bool dhcp = false;
+    IFTYPE type = IF_TYPE_ETHERNET_CSMACD;
+    IF_OPER_STATUS status = IfOperStatusUp;
+    NET_IF_MEDIA_CONNECT_STATE media = MediaConnectStateConnected;
+    bool filter = false;
+    bool hardware = true;
+    std::vector<FakeAddress> addresses;
+    std::vector<std::string> dnsServers;
+    std::string dhcpServer;
+    ULONG length = sizeof(IP_ADAPTER_ADDRESSES); ///< what its record says of its size
+    ULONG unicastLength = sizeof(IP_ADAPTER_UNICAST_ADDRESS);
+};
+
+/// An installed device, as the device installer knows it.
+struct FakeDevice
+{
+    std::wstring instance;
+    std::wstring driver; ///< "0007", or empty
+    ULONG problem = 0;
+    CONFIGRET result = CR_SUCCESS;
+};
+
+struct FakeRoute
+{
+    std::string destination;
+    std::string nextHop;
+    ULONG index = 0;
+    ULONG metric = 0;
+    NL_ROUTE_PROTOCOL protocol = RouteProtocolNetMgmt;
+    NL_ROUTE_ORIGIN origin = NlroManual;
+};
+
+/// A Windows with the tables and devices that a test puts into it, in place of the machine's while it lives. It behaves
+/// as documented: sizes are asked for, tables are allocated and freed, functions of newer systems are missing on older
+/// ones. The registry is the real one of the test prefix. One at a time.
+class FakeWindows
+{
+public:
+    FakeWindows();
+    FakeWindows(const FakeWindows&) = delete;
+    FakeWindows& operator=(const FakeWindows&) = delete;
+    ~FakeWindows();
+
+    std::vector<FakeAdapter> adapters;
+    std::vector<FakeDevice> devices;
+    std::vector<FakeRoute> routes;
+    ULONG majorVersion = 10;
+    std::map<std::string, DWORD> failures; ///< functions that fail, by name, with their code
+    std::map<std::string, int> calls;      ///< how often functions were called
+    int growths = 0;                       ///< how often a table has grown when it is asked for again
+    int liveTables = 0;                    ///< allocated and not freed
+    std::wstring goneKey;                  ///< a key with this in its path is deleted while it is read
+    std::wstring deniedKey;                ///< a key with this in its path cannot be opened
+
+    /// Writes what an installed system has of an adapter: its class subkey, its connection, the keys of TCP/IP.
+    void Install(const FakeAdapter& adapter, const std::wstring& subkey);
+    void Set(const std::wstring& path, const std::wstring& name, const testing_support::RegistryData& data);
+    [[nodiscard]] int AllCalls() const;
+
+    // What the looked-up functions are led to.
+    DWORD Count(const std::string& function);
+    [[nodiscard]] FARPROC FunctionOf(const std::string& name) const;
+    template <class Table, class Row>
+    Table* Allocate(const std::vector<Row>& rows);
+
+private:
+    DWORD Adapters(ULONG flags, IP_ADAPTER_ADDRESSES* table, ULONG* size);
+    void Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record);
+    SOCKET_ADDRESS SocketAddress(const std::string& text);
+    template <class Record>
+    void Append(Record*& first, Record record);
+    void PatchTables();
+    void PatchDevices();
+    void PatchRegistry();
+
+    std::map<HKEY, std::wstring> m_keys; ///< paths of those that are open
+    std::deque<std::shared_ptr<void>> m_memory;
+    std::unique_ptr<testing_support::RegistryKeyScope> m_control, m_services;
+    testing_support::ImportPatches m_patches;
+};
+
+inline const std::wstring CONTROL = L"SYSTEM\\CurrentControlSet\\Control\\";
+inline const std::wstring NETWORK = L"\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\";
+inline const std::wstring SERVICES = L"SYSTEM\\CurrentControlSet\\services\\";
+
+std::wstring Ipv4Key(const FakeAdapter& adapter);
+std::wstring Ipv6Key(const FakeAdapter& adapter);
+
+/// An adapter with this index, its GUID made of it.
+FakeAdapter MakeAdapter(ULONG index, const std::wstring& name);
+
+/// A list of texts as the registry keeps it.
+testing_support::RegistryData ListData(const std::vector<std::wstring>& texts);
+
+SOCKADDR_INET SocketInet(const std::string& text);
