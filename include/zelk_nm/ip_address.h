@@ -12,16 +12,20 @@
 namespace velmor
 {
 
+/// The constants of velmor::ip_address, apart from it for the same reason as velmor::string_constants.
+struct ip_address_constants
+{
+    /// Family of an invalid address. It is neither AF_INET nor AF_INET6.
+    static constexpr unsigned short INVALID_FAMILY = 16;
+};
+
 /// An IPv4 or IPv6 address, or an invalid one, which results from input that is no address.
 ///
 /// Winsock parses and formats text; the library keeps it started while it is loaded. Constant objects can be read from
 /// several threads.
-class ZELK_NM_API ip_address
+class ZELK_NM_API ip_address : public ip_address_constants
 {
 public:
-    /// Family of an invalid address. It is neither AF_INET nor AF_INET6.
-    static constexpr unsigned short INVALID_FAMILY = 16;
-
     /// Returns the address as text, without port, brackets or scope.
     /// \throws NetworkError with code 10047 (WSAEAFNOSUPPORT) for an invalid address, or with Winsock's code if
     ///         formatting fails

@@ -13,6 +13,17 @@
 namespace velmor
 {
 
+/// The constants of velmor::string.
+///
+/// They are not members of the string itself, because compilers treat every static member of an imported class as
+/// imported, and the library does not export constants that are defined in its headers. A program that binds one to a
+/// reference would not link.
+struct string_constants
+{
+    /// As a result: not found. As a count: up to the end.
+    static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+};
+
 /// A wide-character string with those members of std::wstring that the library needs, and a narrow copy for interfaces
 /// that take narrow text.
 ///
@@ -22,12 +33,9 @@ namespace velmor
 ///
 /// A null pointer counts as empty text. Members that allocate memory can throw std::bad_alloc. Constant objects can be
 /// read from several threads; that includes narrow_c_str().
-class ZELK_NM_API string
+class ZELK_NM_API string : public string_constants
 {
 public:
-    /// As a result: not found. As a count: up to the end.
-    static constexpr std::size_t npos = static_cast<std::size_t>(-1);
-
     /// Creates an empty string.
     string() noexcept;
     /// Copies null-terminated text.

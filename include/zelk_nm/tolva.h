@@ -163,13 +163,17 @@ public:
         unsigned long ulMetric = 0;                  ///< Route metric.
     };
 
-    /// A link-layer (MAC) address of up to 8 bytes. Constant objects can be read from several threads.
-    class ZELK_NM_API HARDWARE_ADDRESS
+    /// The constants of HARDWARE_ADDRESS, apart from it for the same reason as velmor::string_constants.
+    struct HARDWARE_ADDRESS_CONSTANTS
     {
-    public:
         /// Greatest number of bytes in an address.
         static constexpr unsigned int MAX_BYTES = 8;
+    };
 
+    /// A link-layer (MAC) address of up to 8 bytes. Constant objects can be read from several threads.
+    class ZELK_NM_API HARDWARE_ADDRESS : public HARDWARE_ADDRESS_CONSTANTS
+    {
+    public:
         /// Creates an empty address, which has no bytes.
         HARDWARE_ADDRESS() noexcept;
         /// Creates an address from its bytes.

@@ -134,6 +134,14 @@ TEST(DllImage, ExportsTheFacadeAndItsTypesOnly)
                                               "_ZTVN6velmor10ip_addressE"}));
 }
 
+/// The comparisons take references, which no optimisation of this program folds away.
+TEST(DllImage, ConstantsBindToReferences)
+{
+    EXPECT_EQ(velmor::string::npos, velmor::string(L"abc").find(L'd'));
+    EXPECT_EQ(velmor::ip_address::INVALID_FAMILY, velmor::ip_address(velmor::string()).family());
+    EXPECT_EQ(TOLVA::HARDWARE_ADDRESS::MAX_BYTES, TOLVA::HARDWARE_ADDRESS(L"1-2-3-4-5-6-7-8").size());
+}
+
 TEST(DllImage, VersionIsThatOfItsResource)
 {
     wchar_t path[MAX_PATH];
