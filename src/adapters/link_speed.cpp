@@ -1,6 +1,7 @@
-#include <cstdio>
 #include <iterator>
+#include <string>
 
+#include <support/platform/number_text.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/call_frame.h>
@@ -51,9 +52,8 @@ velmor::string MeasuredSpeed(const TOLVA::NIC_INFO& NicInfo)
     double megabits = 0;
     if (!TOLVA::GetAdapterLinkSpeed(NicInfo, megabits))
         return L"Unknown";
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.1f Mbps", megabits);
-    return text;
+    const std::string sText = velmor::FixedText(megabits, 1) + " Mbps";
+    return velmor::string(sText.c_str());
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include <regex>
 
+#include <support/decimal_comma.h>
+
 #include "ipconfig_test.h"
 
 using namespace testing_support;
@@ -12,6 +14,9 @@ const std::wstring DRIVER_KEY = std::wstring(CLASS_KEY) + L"\\0007";
 class Settings : public IpconfigTest
 {
 protected:
+    /// The first change of the locale opens a handle that the run time keeps.
+    static void SetUpTestSuite() { const DecimalComma first; }
+
     /// A setting of the driver and what it shows for it.
     void SeedSetting(const std::wstring& sName, const std::wstring& sPlace, const std::wstring& sText)
     {
@@ -97,6 +102,7 @@ TEST_F(Settings, TextsAreLookedUpInTwoPlaces)
 
 TEST_F(Settings, MeasuredSpeed)
 {
+    const DecimalComma comma;
     const std::tuple<DWORD, std::wstring, double> rows[] = {
         {0, L"0.0 Mbps", 0}, {5490000, L"5.5 Mbps", 5.49}, {0xFFFFFFFF, L"4295.0 Mbps", 4294.967295}};
     double speed = -1;

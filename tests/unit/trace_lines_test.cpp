@@ -1,6 +1,7 @@
 #include <functional>
 #include <numeric>
 
+#include <support/decimal_comma.h>
 #include <support/files.h>
 #include <support/resources.h>
 #include <support/trace/call_frame.h>
@@ -59,6 +60,7 @@ TEST_F(TraceLines, EveryFormOfValue)
         "a0 a1 a2 a3 a4 a5 a6 a7 a8 a9 aa ab ac ad ae af b0 b1 b2 b3 b4 b5 b6 b7 b8 b9 ba bb bc bd be bf";
     const std::string sRow2 =
         "c0 c1 c2 c3 c4 c5 c6 c7 c8 c9 ca cb cc cd ce cf d0 d1 d2 d3 d4 d5 d6 d7 d8 d9 da db dc dd de df";
+    const DecimalComma comma;
     std::vector<Form> forms = {
         Value("'\xE6\x97\xA5'", L'\x65E5'), Value("'\xC3\xA9'", '\xE9'), Value("\"two words\"", L"two words"),
         Value("\"\"", L""), Value("\"\"", static_cast<const wchar_t*>(nullptr)), Value("\"caf\xC3\xA9\"", "caf\xE9"),

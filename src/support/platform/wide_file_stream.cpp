@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include <support/platform/number_text.h>
+
 namespace velmor
 {
 bool WideFileStream::Open(const wchar_t* pszPath, Mode mode) noexcept
@@ -72,9 +74,7 @@ WideFileStream& WideFileStream::operator<<(long long value)
 
 WideFileStream& WideFileStream::operator<<(double value)
 {
-    char digits[32];
-    std::snprintf(digits, sizeof(digits), "%g", value);
-    return *this << digits;
+    return *this << ShortText(value).c_str();
 }
 
 WideFileStream& WideFileStream::Hex(unsigned long long value, unsigned int minDigits)
