@@ -49,12 +49,9 @@ class AbstractNetworkAPI;
 ///
 /// \anchor threads
 /// \par Threads
-/// Operations can be called from several threads at the same time, with these exceptions, which allow one caller at a
-/// time:
-/// - ChangeAdapterOptions();
-/// - before Vista, the operations of the groups \ref routes, \ref addresses and \ref gateways that use the tables of
-///   routes and addresses, and ReturnToDhcp(): the process shares one copy of each table.
-/// .
+/// Operations can be called from several threads at the same time, with one exception: before Vista, the operations of
+/// the groups \ref routes, \ref addresses and \ref gateways that use the tables of routes and addresses, and
+/// ReturnToDhcp(), allow one caller at a time, because the process shares one copy of each table.
 /// Records and lists must not be shared between threads while one of them changes them. Two threads that change the
 /// same adapter do no harm to the library, but the outcome depends on their order.
 ///
@@ -501,7 +498,7 @@ public:
     ///         (DeviceProperties_RunDLL in DEVMGR.DLL), such as in a boot image: the operation then does nothing.
     ///
     /// \par Requires
-    /// Elevation, for the user to change settings. One caller at a time.
+    /// Elevation, for the user to change settings.
     /// \par Blocking
     /// Until the user closes the property sheet.
     static bool ChangeAdapterOptions(const NIC_INFO& NicInfo);

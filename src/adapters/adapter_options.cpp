@@ -2,6 +2,7 @@
 #include <vector>
 
 #include <adapters/wrap_devmgr_dll.h>
+#include <support/platform/first_use.h>
 #include <support/registry/registry.h>
 #include <support/trace/call_frame.h>
 #include <support/values/text.h>
@@ -49,8 +50,7 @@ bool TOLVA::ChangeAdapterOptions(const NIC_INFO& NicInfo)
     return RunOperation("TOLVA::ChangeAdapterOptions", [&](const CallFrame& frame) {
         if (NicInfo.sNicPci.empty())
             return frame.Fail("Bad NIC PCI ID");
-        static const Wrap_DEVMGR_DLL library;
-        library.ShowProperties(L"/DeviceId " + NicInfo.sNicPci);
+        velmor::FirstUse<Wrap_DEVMGR_DLL>().ShowProperties(L"/DeviceId " + NicInfo.sNicPci);
         return frame.Succeed();
     });
 }

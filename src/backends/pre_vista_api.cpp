@@ -4,6 +4,7 @@
 #include <backends/wrap_iphlpapi_dll.h>
 #include <backends/wrap_mib_ipaddrtable.h>
 #include <backends/wrap_mib_ipforwardtable.h>
+#include <support/platform/first_use.h>
 #include <support/platform/table_query.h>
 #include <support/trace/call_frame.h>
 
@@ -159,7 +160,7 @@ bool PreVistaAPI::AddIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_I
     frame.Verbose("dwIpAddr", dwIpAddr);
     frame.Verbose("dwSubnet", dwSubnet);
 
-    static const Wrap_IPHLPAPI_DLL library;
+    const auto& library = velmor::FirstUse<Wrap_IPHLPAPI_DLL>();
     const DWORD dwRc = library.SetAdapterIpv4Address(NicInfo.sNicGuid, dwIpAddr, dwSubnet);
     if (dwRc == ERROR_DUP_NAME)
         return frame.Fail("SetAdapterIpAddress failed - Duplicate IP address?");

@@ -1,5 +1,8 @@
 #include <initguid.h>
 
+#include <atomic>
+#include <thread>
+
 #include "backends_test.h"
 
 using namespace testing_support;
@@ -157,6 +160,32 @@ TEST_F(Device, PropertySheet)
               "[E] TOLVA::ChangeAdapterOptions : ... ending( Bad NIC PCI ID )\n",
               trace.Complaints());
     EXPECT_EQ("", Asked());
+}
+
+TEST_F(Device, ThePropertySheetIsLoadedOnceByTwoThreads)
+{
+    InNewProcess([&] {
+        missing = {"DEVMGR.DLL"};
+        std::atomic<int> loads = 0;
+        const velmor::UniqueToken secondIsThere(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
+        const auto load = PATCH_IMPORT(LoadLibraryW, [&](auto original, const wchar_t* pszName) {
+            if (++loads == 1)
+                ::WaitForSingleObject(secondIsThere.Get(), INFINITE);
+            ::SetEvent(secondIsThere.Get());
+            return original(pszName);
+        });
+        // It is there, too, when it waits for its turn.
+        const auto sleep = PATCH_IMPORT(Sleep, [&](auto original, DWORD dwTime) {
+            if (loads > 0 && dwTime > 0)
+                ::SetEvent(secondIsThere.Get());
+            original(dwTime);
+        });
+        {
+            const std::jthread first([&] { TOLVA::ChangeAdapterOptions(NicInfo); });
+            const std::jthread second([&] { TOLVA::ChangeAdapterOptions(NicInfo); });
+        }
+        EXPECT_EQ(1, loads);
+    });
 }
 
 /// With the back end that this system really has.
