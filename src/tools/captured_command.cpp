@@ -35,6 +35,22 @@ int RunInterpreter(const std::vector<velmor::string>& arguments)
 
 } // namespace
 
+velmor::string SystemCommand::Name() const
+{
+    if (pszName != nullptr)
+        return pszName;
+    velmor::string sName;
+    for (const wchar_t* pszWord : words)
+    {
+        if (pszWord == nullptr || pszWord == CONNECTION || pszWord == ADDRESS || pszWord == NETMASK)
+            break;
+        if (!sName.empty())
+            sName += L' ';
+        sName += pszWord;
+    }
+    return sName;
+}
+
 CapturedCommand::~CapturedCommand()
 {
     if (!m_sOut.empty())
@@ -54,8 +70,15 @@ bool CapturedCommand::Prepare(const TOLVA::NIC_INFO& NicInfo)
 
 bool CapturedCommand::Run(const SystemCommand& command, const velmor::string& sAddress, const velmor::string& sNetmask)
 {
+    // Before it runs: once it has, no lack of memory may hide how it ended.
+    const velmor::string sReturned = command.Name() + L" returned";
+    const velmor::string sFailed =
+        command.bNamedInFailure ? L"... ending( " + command.Name() + L" failed )" : velmor::string(L"... ending");
+    const char* const pszReturned = sReturned.narrow_c_str();
+    const char* const pszFailed = sFailed.narrow_c_str();
+
     const int iRc = RunInterpreter(Arguments(command, sAddress, sNetmask));
-    m_frame.Verbose(command.pszReturned, "iRc", iRc);
+    m_frame.Verbose(pszReturned, "iRc", iRc);
     if (iRc != 0)
         TraceOutput();
     DeleteOutput();
@@ -63,7 +86,7 @@ bool CapturedCommand::Run(const SystemCommand& command, const velmor::string& sA
         return m_frame.Succeed();
 
     m_frame.Information("sIpconfigName", m_sConnection);
-    m_frame.Say(command.failedLevel, command.pszFailed, "iRc", iRc);
+    m_frame.Say(command.failedLevel, pszFailed, "iRc", iRc);
     return false;
 }
 

@@ -1,5 +1,11 @@
 #pragma once
 
+// Tools: changes that are left to the system's own commands, netsh and ipconfig. The functions of IP Helper change only
+// what the stack uses at present, which is lost at the next start; netsh also writes the persistent settings. Those for
+// leases know IPv4 alone; ipconfig knows both families. The commands run through the command interpreter, which finds
+// them and redirects their output. What they print is in the system's language: their exit code alone is judged, and
+// their output only kept for the trace.
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -10,16 +16,20 @@
 /// One row of a driver's table: a system command and how its end is traced.
 struct SystemCommand
 {
-    const char* pszReturned; ///< with the exit code, at verbose level
-    const char* pszFailed;   ///< with an exit code other than 0, at `failedLevel`
-    TRACE_LEVEL failedLevel;
     /// The command and its arguments, up to the first null. The words below stand for values of the call.
     std::array<const wchar_t*, 11> words;
+    /// What the trace calls it; by default its words up to the first that stands for a value.
+    const wchar_t* pszName = nullptr;
+    /// An exit code other than 0 is traced at this level,
+    TRACE_LEVEL failedLevel = TRACE_ERROR;
+    /// with the command's name or without.
+    bool bNamedInFailure = false;
 
     [[nodiscard]] bool Uses(const wchar_t* pszWord) const noexcept
     {
         return std::find(words.begin(), words.end(), pszWord) != words.end();
     }
+    [[nodiscard]] velmor::string Name() const;
 
     static constexpr wchar_t CONNECTION[] = L"<connection>";
     static constexpr wchar_t ADDRESS[] = L"<address>";

@@ -5,26 +5,12 @@
 namespace
 {
 
-// A failed command ends at verbose level, unlike netsh's: at the first level it leaves no error line. That is meant.
-constexpr SystemCommand RENEW4 = {"ipconfig /renew returned",
-                                  "... ending( ipconfig /renew failed )",
-                                  TRACE_VERBOSE,
-                                  {L"ipconfig", L"/renew", SystemCommand::CONNECTION}};
-constexpr SystemCommand RENEW6 = {"ipconfig /renew6 returned",
-                                  "... ending( ipconfig /renew6 failed )",
-                                  TRACE_VERBOSE,
-                                  {L"ipconfig", L"/renew6", SystemCommand::CONNECTION}};
-constexpr SystemCommand RELEASE4 = {"ipconfig /release returned",
-                                    "... ending( ipconfig /release failed )",
-                                    TRACE_VERBOSE,
-                                    {L"ipconfig", L"/release", SystemCommand::CONNECTION}};
-constexpr SystemCommand RELEASE6 = {"ipconfig /release6 returned",
-                                    "... ending( ipconfig /release6 failed )",
-                                    TRACE_VERBOSE,
-                                    {L"ipconfig", L"/release6", SystemCommand::CONNECTION}};
-
-bool RunIpconfig(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const SystemCommand& ipconfig)
+bool RunIpconfig(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const wchar_t* pszSwitch)
 {
+    // A failure is no error line of this driver, unlike netsh's: the operation that asked for the change traces one.
+    const SystemCommand ipconfig = {.words = {L"ipconfig", pszSwitch, SystemCommand::CONNECTION},
+                                    .failedLevel = TRACE_VERBOSE,
+                                    .bNamedInFailure = true};
     return RunOperation(pszName, [&](const CallFrame& frame) {
         CapturedCommand command(frame);
         return command.Prepare(NicInfo) && command.Run(ipconfig);
@@ -35,20 +21,20 @@ bool RunIpconfig(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const Syst
 
 bool Wrap_ipconfig::RenewDhcp4(const TOLVA::NIC_INFO& NicInfo)
 {
-    return RunIpconfig("Wrap_ipconfig::RenewDhcp4", NicInfo, RENEW4);
+    return RunIpconfig("Wrap_ipconfig::RenewDhcp4", NicInfo, L"/renew");
 }
 
 bool Wrap_ipconfig::RenewDhcp6(const TOLVA::NIC_INFO& NicInfo)
 {
-    return RunIpconfig("Wrap_ipconfig::RenewDhcp6", NicInfo, RENEW6);
+    return RunIpconfig("Wrap_ipconfig::RenewDhcp6", NicInfo, L"/renew6");
 }
 
 bool Wrap_ipconfig::ReleaseDhcp4(const TOLVA::NIC_INFO& NicInfo)
 {
-    return RunIpconfig("Wrap_ipconfig::ReleaseDhcp4", NicInfo, RELEASE4);
+    return RunIpconfig("Wrap_ipconfig::ReleaseDhcp4", NicInfo, L"/release");
 }
 
 bool Wrap_ipconfig::ReleaseDhcp6(const TOLVA::NIC_INFO& NicInfo)
 {
-    return RunIpconfig("Wrap_ipconfig::ReleaseDhcp6", NicInfo, RELEASE6);
+    return RunIpconfig("Wrap_ipconfig::ReleaseDhcp6", NicInfo, L"/release6");
 }

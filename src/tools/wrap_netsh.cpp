@@ -21,38 +21,24 @@ struct CommandPair
     }
 };
 
-// Meant so: prefixes of IPv6 addresses are given to no command, and only the IPv6 forms name the persistent store.
+// The two families' commands differ: only IPv4's takes a mask, and what is set by it is kept; the IPv6 forms are given
+// no prefix length, and say that the change is to be kept.
+
 constexpr CommandPair ADD_ADDRESS = {
-    {"netsh interface ipv4 set address returned",
-     "... ending",
-     TRACE_ERROR,
-     {L"netsh", L"interface", L"ipv4", L"set", L"address", CONNECTION, L"static", ADDRESS, NETMASK}},
-    {"netsh interface ipv6 set address returned",
-     "... ending",
-     TRACE_ERROR,
-     {L"netsh", L"interface", L"ipv6", L"set", L"address", CONNECTION, ADDRESS, L"unicast", L"infinite", L"infinite",
-      L"persistent"}}};
+    {.words = {L"netsh", L"interface", L"ipv4", L"set", L"address", CONNECTION, L"static", ADDRESS, NETMASK}},
+    {.words = {L"netsh", L"interface", L"ipv6", L"set", L"address", CONNECTION, ADDRESS, L"unicast", L"infinite",
+               L"infinite", L"persistent"}}};
 
 constexpr CommandPair REMOVE_ADDRESS = {
-    {"netsh interface ipv4 delete address returned",
-     "... ending",
-     TRACE_ERROR,
-     {L"netsh", L"interface", L"ipv4", L"delete", L"address", CONNECTION, ADDRESS}},
-    {"netsh interface ipv6 delete address returned",
-     "... ending",
-     TRACE_ERROR,
-     {L"netsh", L"interface", L"ipv6", L"delete", L"address", CONNECTION, ADDRESS, L"persistent"}}};
+    {.words = {L"netsh", L"interface", L"ipv4", L"delete", L"address", CONNECTION, ADDRESS}},
+    {.words = {L"netsh", L"interface", L"ipv6", L"delete", L"address", CONNECTION, ADDRESS, L"persistent"}}};
 
-// The texts say "dnsserver" where the command says "dnsservers". Both are meant so.
+// In the trace the command is "dnsserver", as readers of the log know it; netsh's own word is "dnsservers".
 constexpr CommandPair SET_DNS_SERVER = {
-    {"netsh interface ipv4 set dnsserver returned",
-     "... ending",
-     TRACE_ERROR,
-     {L"netsh", L"interface", L"ipv4", L"set", L"dnsservers", CONNECTION, L"static", ADDRESS}},
-    {"netsh interface ipv6 set dnsserver returned",
-     "... ending",
-     TRACE_ERROR,
-     {L"netsh", L"interface", L"ipv6", L"set", L"dnsservers", CONNECTION, L"static", ADDRESS}}};
+    {.words = {L"netsh", L"interface", L"ipv4", L"set", L"dnsservers", CONNECTION, L"static", ADDRESS},
+     .pszName = L"netsh interface ipv4 set dnsserver"},
+    {.words = {L"netsh", L"interface", L"ipv6", L"set", L"dnsservers", CONNECTION, L"static", ADDRESS},
+     .pszName = L"netsh interface ipv6 set dnsserver"}};
 
 /// `pszVariable` names the address in the trace.
 bool RunNetsh(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const CommandPair& commands, const char* pszVariable,
