@@ -1,25 +1,21 @@
 #pragma once
 
 #include <backends/pre_vista_api.h>
-#include <support/platform/handles.h>
+#include <support/operation/loaded_function.h>
 
-/// The one function of IP Helper that has no declaration: it sets an adapter's IPv4 address on systems before Vista.
+/// SetAdapterIpAddress of IP Helper, which sets an adapter's IPv4 address on systems before Vista. Only import
+/// libraries know it: no header declares it, and later systems do not have it.
 class PreVistaAPI::Wrap_IPHLPAPI_DLL
 {
 public:
-    /// Loads the library and looks the function up. Where either is missing every later call answers 1.
     Wrap_IPHLPAPI_DLL();
-    ~Wrap_IPHLPAPI_DLL();
-    Wrap_IPHLPAPI_DLL(const Wrap_IPHLPAPI_DLL&) = delete;
-    Wrap_IPHLPAPI_DLL& operator=(const Wrap_IPHLPAPI_DLL&) = delete;
 
-    /// Address and mask in host byte order. Returns a Windows error code.
+    /// Address and mask in host byte order. Returns a Windows error code, 1 where the function is missing.
     DWORD SetAdapterIpv4Address(const velmor::string& sNicGuid, unsigned long dwIpAddr, unsigned long dwSubnet) const;
 
 private:
     using SetAdapterIpAddress = DWORD WINAPI(char* pszAdapter, BOOL bDhcp, ULONG ulAddress, ULONG ulMask,
                                              ULONG ulGateway);
 
-    velmor::UniqueModule m_hModule;
-    SetAdapterIpAddress* m_pSetAdapterIpAddress = nullptr;
+    LoadedFunction<SetAdapterIpAddress> m_setAdapterIpAddress;
 };
