@@ -46,19 +46,3 @@ void TOLVA::CompleteAdapter(NIC_INFO& NicInfo)
     if (!CanChangeAdapterOptions(NicInfo, bCanChangeOptions))
         frame.Warning("TOLVA::CanChangeAdapterOptions failed)");
 }
-
-bool TOLVA::GetAdapterIndex(const NIC_INFO& NicInfo, unsigned long& ulIndex)
-{
-    return RunOperation("TOLVA::GetAdapterIndex", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
-        frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
-
-        const velmor::string sDeviceName = L"\\DEVICE\\TCPIP_" + NicInfo.sNicGuid;
-        const DWORD dwRc = ::GetAdapterIndex(const_cast<wchar_t*>(sDeviceName.c_str()), &ulIndex);
-        if (dwRc != NO_ERROR)
-            return frame.FailAs("... ending(GetAdapterIndex failed)", "dwRc", dwRc);
-        frame.Verbose("ulAdapterIndex", ulIndex);
-        return frame.Succeed();
-    });
-}

@@ -1,4 +1,5 @@
 #include <adapters/wrap_ip_adapter_addresses.h>
+#include <support/operation/adapter_operation.h>
 #include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
@@ -11,12 +12,10 @@ template <class Ask>
 bool AskAddressTable(const char* pszName, const TOLVA::NIC_INFO& NicInfo, TOLVA::FAMILY_TYPE enFamily,
                      const char* pszFailure, Ask&& ask)
 {
-    return RunOperation(pszName, [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter(pszName, NicInfo, [&](const CallFrame& frame) {
         unsigned long ulIndex = 0;
-        if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-            return frame.Fail("TOLVA::GetAdapterIndex failed");
+        if (!FindIndex(frame, NicInfo, ulIndex))
+            return false;
         TOLVA::Wrap_IP_ADAPTER_ADDRESSES table(enFamily);
         if (!ask(table, ulIndex))
             return frame.Fail(pszFailure);

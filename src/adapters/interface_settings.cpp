@@ -1,4 +1,5 @@
-#include <support/operation/family.h>
+#include <support/operation/adapter_operation.h>
+#include <support/operation/interface_key.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/call_frame.h>
@@ -25,9 +26,7 @@ DWORD EffectiveNetbiosOptions(const velmor::Registry& registry, const velmor::st
 
 bool TOLVA::GetAdapterDomain(const NIC_INFO& NicInfo, velmor::string& sDomain)
 {
-    return RunOperation("TOLVA::GetAdapterDomain", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::GetAdapterDomain", NicInfo, [&](const CallFrame& frame) {
         const velmor::string sTcpip4Key = InterfaceKey(frame, "sTcpip4Key", TCPIP_INTERFACES, NicInfo);
         if (velmor::Registry_System().GetString(sTcpip4Key, L"Domain", sDomain))
             frame.Information("sDomain", sDomain);
@@ -39,9 +38,7 @@ bool TOLVA::GetAdapterDomain(const NIC_INFO& NicInfo, velmor::string& sDomain)
 
 bool TOLVA::GetAutoconfigStatus(const NIC_INFO& NicInfo, bool& bIsAutoConfig)
 {
-    return RunOperation("TOLVA::GetAutoconfigStatus", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::GetAutoconfigStatus", NicInfo, [&](const CallFrame& frame) {
         const velmor::string sTcpip4Key = InterfaceKey(frame, "sTcpip4Key", TCPIP_INTERFACES, NicInfo);
         DWORD dwAutoConfig = ENABLED;
         if (velmor::Registry_System().GetDword(sTcpip4Key, L"IPAutoconfigurationEnabled", dwAutoConfig))
@@ -54,9 +51,7 @@ bool TOLVA::GetAutoconfigStatus(const NIC_INFO& NicInfo, bool& bIsAutoConfig)
 
 bool TOLVA::GetNetBIOSOverTcpipStatus(const NIC_INFO& NicInfo, bool& bUseNetBIOSOverTcpip)
 {
-    return RunOperation("TOLVA::GetNetBIOSOverTcpipStatus", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::GetNetBIOSOverTcpipStatus", NicInfo, [&](const CallFrame& frame) {
         const velmor::string sNetBtKey = velmor::string(NETBT_INTERFACES) + L"\\Tcpip_" + NicInfo.sNicGuid;
         frame.Verbose("sNetBtKey", sNetBtKey);
         const DWORD dwNetbiosOptions = EffectiveNetbiosOptions(velmor::Registry_System(), sNetBtKey);

@@ -1,6 +1,7 @@
 #include <iterator>
 #include <string>
 
+#include <support/operation/adapter_operation.h>
 #include <support/platform/number_text.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
@@ -60,9 +61,7 @@ velmor::string MeasuredSpeed(const TOLVA::NIC_INFO& NicInfo)
 
 bool TOLVA::GetAdapterSpeed(const NIC_INFO& NicInfo, velmor::string& sAdapterSpeed)
 {
-    return RunOperation("TOLVA::GetAdapterSpeed", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::GetAdapterSpeed", NicInfo, [&](const CallFrame& frame) {
         if (NicInfo.sNicEnum.empty())
             return frame.Fail("Bad NIC Enum");
         frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
@@ -89,13 +88,11 @@ bool TOLVA::GetAdapterSpeed(const NIC_INFO& NicInfo, velmor::string& sAdapterSpe
 
 bool TOLVA::GetAdapterLinkSpeed(const NIC_INFO& NicInfo, double& dSpeed)
 {
-    return RunOperation("TOLVA::GetAdapterLinkSpeed", [&](const CallFrame& frame) {
+    return RunOnAdapter("TOLVA::GetAdapterLinkSpeed", NicInfo, [&](const CallFrame& frame) {
         constexpr double BITS_PER_MEGABIT = 1000000.0;
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
         unsigned long ulIndex = 0;
-        if (!GetAdapterIndex(NicInfo, ulIndex))
-            return frame.Fail("TOLVA::GetAdapterIndex failed");
+        if (!FindIndex(frame, NicInfo, ulIndex))
+            return false;
         MIB_IFROW ifRow = {};
         ifRow.dwIndex = ulIndex;
         const DWORD dwRc = ::GetIfEntry(&ifRow);

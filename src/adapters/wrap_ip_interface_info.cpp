@@ -37,33 +37,24 @@ bool ExtractGuid(const CallFrame& frame, velmor::string& sName)
 bool TOLVA::Wrap_IP_INTERFACE_INFO::LoadTable()
 {
     const CallFrame frame("TOLVA::Wrap_IP_INTERFACE_INFO::LoadTable");
-    m_pInterfaceInfo = nullptr;
-
     DWORD dwRc = NO_ERROR;
-    const bool bLoaded = velmor::AskThenCall(m_buffer, dwRc, [this](void* pTable, ULONG& ulSize) {
-        m_pInterfaceInfo = static_cast<IP_INTERFACE_INFO*>(pTable);
-        return ::GetInterfaceInfo(m_pInterfaceInfo, &ulSize);
-    });
-    const bool bWhole = velmor::HoldsEntries(m_buffer, &IP_INTERFACE_INFO::NumAdapters, &IP_INTERFACE_INFO::Adapter);
-    if (bLoaded && bWhole)
-        return frame.Succeed();
-
-    // A second answer "no data" leaves the zeroed table, which reads as empty. That is meant.
-    if (!bWhole || dwRc != ERROR_NO_DATA)
-        m_pInterfaceInfo = nullptr;
-    return FailToLoad(frame, bLoaded ? ERROR_INVALID_DATA : dwRc);
+    const auto Call = [](IP_INTERFACE_INFO* pTable, ULONG& ulSize) { return ::GetInterfaceInfo(pTable, &ulSize); };
+    // "No data" from the second call means that the last adapter has gone since the first: the zeroed table, which has
+    // no entries, then says what there is, and the next question is answered from it.
+    if (!m_table.Load(dwRc, Call, ERROR_NO_DATA))
+        return FailToLoad(frame, dwRc);
+    return frame.Succeed();
 }
 
 bool TOLVA::Wrap_IP_INTERFACE_INFO::GetAdapterList(std::vector<NIC_INFO>& NicList)
 {
     const CallFrame frame("TOLVA::Wrap_IP_INTERFACE_INFO::GetAdapterList");
-    if (m_pInterfaceInfo == nullptr && !LoadTable())
+    if (!m_table && !LoadTable())
         return frame.Fail("Failed to load adapter table");
 
     bool bFailed = false;
-    for (LONG i = 0; i < m_pInterfaceInfo->NumAdapters; ++i)
+    for (const IP_ADAPTER_INDEX_MAP& entry : m_table.Rows())
     {
-        const IP_ADAPTER_INDEX_MAP& entry = m_pInterfaceInfo->Adapter[i];
         NIC_INFO NicInfo;
         NicInfo.sNicName = velmor::string(entry.Name, ::wcsnlen(entry.Name, std::size(entry.Name)));
         frame.Verbose("NicInfo.sNicName", NicInfo.sNicName);

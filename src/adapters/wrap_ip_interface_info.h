@@ -9,10 +9,6 @@
 class TOLVA::Wrap_IP_INTERFACE_INFO
 {
 public:
-    Wrap_IP_INTERFACE_INFO() = default;
-    Wrap_IP_INTERFACE_INFO(const Wrap_IP_INTERFACE_INFO&) = delete;
-    Wrap_IP_INTERFACE_INFO& operator=(const Wrap_IP_INTERFACE_INFO&) = delete;
-
     /// Reads the table afresh.
     bool LoadTable();
 
@@ -21,6 +17,5 @@ public:
     bool GetAdapterList(std::vector<NIC_INFO>& NicList);
 
 private:
-    IP_INTERFACE_INFO* m_pInterfaceInfo = nullptr;
-    velmor::TableBuffer m_buffer;
+    velmor::CachedTable<IP_INTERFACE_INFO, &IP_INTERFACE_INFO::NumAdapters, &IP_INTERFACE_INFO::Adapter> m_table;
 };

@@ -4,6 +4,7 @@
 #include <backends/wrap_iphlpapi_dll.h>
 #include <backends/wrap_mib_ipaddrtable.h>
 #include <backends/wrap_mib_ipforwardtable.h>
+#include <support/operation/adapter_operation.h>
 #include <support/platform/first_use.h>
 #include <support/platform/table_query.h>
 #include <support/trace/call_frame.h>
@@ -83,8 +84,8 @@ const IP_ADDR_STRING* FindAddress(const CallFrame& frame, const IP_ADAPTER_INFO&
 bool PreVistaAPI::GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ROUTE_INFO>& Routes)
 {
     const CallFrame frame("PreVistaAPI::GetAdapterRoutes");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     static Wrap_MIB_IPFORWARDTABLE table;
     return table.GetAdapterRoutes(NicInfo, Routes) && frame.Succeed();
 }
@@ -92,8 +93,8 @@ bool PreVistaAPI::GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo, std::vector<T
 bool PreVistaAPI::AddAdapterRoute(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ROUTE_INFO& Route)
 {
     const CallFrame frame("PreVistaAPI::AddAdapterRoute");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     if (Route.Destination.is_ipv6() || Route.NextHop.is_ipv6())
         return frame.Fail("Can't set an IPv6 route");
 
@@ -108,8 +109,8 @@ bool PreVistaAPI::AddAdapterRoute(const TOLVA::NIC_INFO& NicInfo, const TOLVA::R
 bool PreVistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO& NicInfo, const velmor::ip_address& Gateway)
 {
     const CallFrame frame("PreVistaAPI::SetDefaultGateway");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     if (!Gateway.is_valid())
         return frame.Fail("Invalid gateway address");
 
@@ -120,8 +121,8 @@ bool PreVistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO& NicInfo, const velmor
     if (!table.DeleteDefaultRoute(NicInfo, bFound, forwardRow))
         return frame.Fail("Wrap_MIB_IPADDRTABLE::DeleteDefaultRoute failed");
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("TOLVA::getAdapterIndex failed");
+    if (!FindIndex(frame, NicInfo, ulIndex, "TOLVA::getAdapterIndex failed"))
+        return false;
 
     if (!bFound)
         forwardRow = NewRow(ulIndex);
@@ -134,8 +135,8 @@ bool PreVistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO& NicInfo, const velmor
 bool PreVistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ASSOC_IP_ADDR>& IpAddrs)
 {
     const CallFrame frame("PreVistaAPI::GetAdaptersIpAddrs");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     static Wrap_MIB_IPADDRTABLE table;
     const bool bRc = table.GetAdaptersIpAddrs(NicInfo, IpAddrs);
     frame.Verbose("bRc", bRc);
@@ -146,8 +147,8 @@ bool PreVistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector
 bool PreVistaAPI::AddIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr)
 {
     const CallFrame frame("PreVistaAPI::AddIpAddr");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     if (IpAddr.IpAddress.is_ipv6())
     {
         frame.Warning("AddIpAddr called with IPv6 address with O/S prior to Vista", "sIpAddr", IpAddr.IpAddress);
@@ -172,11 +173,11 @@ bool PreVistaAPI::AddIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_I
 bool PreVistaAPI::DeleteIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr)
 {
     const CallFrame frame("PreVistaAPI::DeleteIpAddr");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     unsigned long ulInterfaceIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulInterfaceIndex))
-        return frame.Fail("TOLVA::getAdapterIndex failed");
+    if (!FindIndex(frame, NicInfo, ulInterfaceIndex, "TOLVA::getAdapterIndex failed"))
+        return false;
     frame.Verbose("ulInterfaceIndex", ulInterfaceIndex);
 
     velmor::TableBuffer adapters;

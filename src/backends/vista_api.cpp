@@ -1,4 +1,5 @@
 #include <backends/vista_api.h>
+#include <support/operation/adapter_operation.h>
 
 #include <algorithm>
 #include <span>
@@ -95,14 +96,20 @@ DWORD Received(DWORD dwRc, Table*& pTable) noexcept
     return dwRc;
 }
 
+template <class Table>
+auto Rows(const Table& table) noexcept
+{
+    return std::span(table.Table, table.NumEntries);
+}
+
 /// Hands an address change to its driver.
 template <class Change>
 bool ChangeAddress(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr,
                    Change change)
 {
     const CallFrame frame(pszName);
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     if (!IpAddr.IpAddress.is_valid())
         return frame.Fail("Bad IpAddr");
     const bool bRc = change(NicInfo, IpAddr);
@@ -112,27 +119,10 @@ bool ChangeAddress(const char* pszName, const TOLVA::NIC_INFO& NicInfo, const TO
 
 } // namespace
 
-/// A table that the platform allocated, given back to it on every path.
-template <class Table>
-class VistaAPI::MibTable
+void VistaAPI::FreeTable::operator()(void* pTable) const noexcept
 {
-public:
-    explicit MibTable(const VistaAPI& api) noexcept : m_api(api) {}
-    MibTable(const MibTable&) = delete;
-    MibTable& operator=(const MibTable&) = delete;
-    ~MibTable()
-    {
-        if (m_pTable != nullptr)
-            m_api.FreeMibTable(m_pTable);
-    }
-
-    Table*& Receive() noexcept { return m_pTable; }
-    auto Rows() const noexcept { return std::span(m_pTable->Table, m_pTable->NumEntries); }
-
-private:
-    const VistaAPI& m_api;
-    Table* m_pTable = nullptr;
-};
+    pApi->FreeMibTable(pTable);
+}
 
 VistaAPI::VistaAPI() : m_hModule(::LoadLibraryW(L"IPHLPAPI.DLL"))
 {
@@ -189,25 +179,20 @@ DWORD VistaAPI::GetUnicastIpAddressTable(MIB_UNICASTIPADDRESS_TABLE*& pTable) co
         m_pGetUnicastIpAddressTable ? m_pGetUnicastIpAddressTable(AF_UNSPEC, &pTable) : ERROR_INVALID_FUNCTION, pTable);
 }
 
-unsigned long VistaAPI::GetTcp6Table(MIB_TCP6TABLE* pTable, unsigned long* pulSize, bool bSort)
-{
-    return m_pGetTcp6Table ? m_pGetTcp6Table(pTable, pulSize, bSort) : ERROR_INVALID_FUNCTION;
-}
-
 bool VistaAPI::GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ROUTE_INFO>& Routes)
 {
     const CallFrame frame("VistaAPI::GetAdapterRoutes");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("GetAdapterIndex failed");
-    MibTable<MIB_IPFORWARD_TABLE2> table(*this);
-    if (const DWORD dwRc = GetIpForwardTable2(AF_UNSPEC, table.Receive()); dwRc != NO_ERROR)
+    if (!FindIndex(frame, NicInfo, ulIndex, "GetAdapterIndex failed"))
+        return false;
+    MibTable<MIB_IPFORWARD_TABLE2> table(FreeTable{this});
+    if (const DWORD dwRc = GetIpForwardTable2(AF_UNSPEC, *table.Receive()); dwRc != NO_ERROR)
         return frame.Fail("VistaAPI::GetIpForwardTable2 failed", "dwRc", dwRc);
 
     const auto IsWanted = [ulIndex](const MIB_IPFORWARD_ROW2& row) { return row.InterfaceIndex == ulIndex; };
-    const auto rows = table.Rows();
+    const auto rows = Rows(*table.Get());
     // Counted first: of thousands of routes, growing the list by and by takes longer than making them.
     Routes.reserve(Routes.size() + static_cast<std::size_t>(std::count_if(rows.begin(), rows.end(), IsWanted)));
     for (const MIB_IPFORWARD_ROW2& row : rows)
@@ -222,8 +207,8 @@ bool VistaAPI::GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLV
 bool VistaAPI::AddAdapterRoute(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ROUTE_INFO& Route)
 {
     const CallFrame frame("VistaAPI::AddAdapterRoute");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     NET_LUID luid = {};
     if (const DWORD dwRc = ConvertInterfaceIndexToLuid(Route.ulIndex, luid); dwRc != NO_ERROR)
         return frame.Fail("VistaAPI::ConvertInterfaceIndexToLuid failed", "dwRc", dwRc);
@@ -246,16 +231,16 @@ bool VistaAPI::AddAdapterRoute(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ROUT
 bool VistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ASSOC_IP_ADDR>& IpAddrs)
 {
     const CallFrame frame("VistaAPI::GetAdaptersIpAddrs");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("TOLVA::GetAdapterIndex failed");
-    MibTable<MIB_UNICASTIPADDRESS_TABLE> table(*this);
-    if (const DWORD dwRc = GetUnicastIpAddressTable(table.Receive()); dwRc != NO_ERROR)
+    if (!FindIndex(frame, NicInfo, ulIndex))
+        return false;
+    MibTable<MIB_UNICASTIPADDRESS_TABLE> table(FreeTable{this});
+    if (const DWORD dwRc = GetUnicastIpAddressTable(*table.Receive()); dwRc != NO_ERROR)
         return frame.Fail("VistaAPI::GetUnicastIpAddressTable failed", "dwRc", dwRc);
 
-    for (const MIB_UNICASTIPADDRESS_ROW& row : table.Rows())
+    for (const MIB_UNICASTIPADDRESS_ROW& row : Rows(*table.Get()))
     {
         if (row.InterfaceIndex != ulIndex)
             continue;
@@ -273,13 +258,13 @@ bool VistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector<TO
 bool VistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO& NicInfo, const velmor::ip_address& Gateway)
 {
     const CallFrame frame("VistaAPI::SetDefaultGateway");
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
+    if (!HasGuid(frame, NicInfo))
+        return false;
     if (!Gateway.is_valid())
         return frame.Fail("Invalid gateway address");
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("TOLVA::GetAdapterIndex failed");
+    if (!FindIndex(frame, NicInfo, ulIndex))
+        return false;
 
     bool bFound = false;
     MIB_IPFORWARD_ROW2 forwardRow2 = {};
@@ -302,12 +287,12 @@ bool VistaAPI::SetDefaultGateway(const TOLVA::NIC_INFO& NicInfo, const velmor::i
 bool VistaAPI::DeleteDefaultRoutes(const CallFrame& frame, unsigned long ulIndex, ADDRESS_FAMILY family, bool& bFound,
                                    MIB_IPFORWARD_ROW2& first) const
 {
-    MibTable<MIB_IPFORWARD_TABLE2> table(*this);
-    if (const DWORD dwRc = GetIpForwardTable2(family, table.Receive()); dwRc != NO_ERROR)
+    MibTable<MIB_IPFORWARD_TABLE2> table(FreeTable{this});
+    if (const DWORD dwRc = GetIpForwardTable2(family, *table.Receive()); dwRc != NO_ERROR)
         return frame.Fail("VistaAPI::GetIpForwardTable2 failed", "dwRc", dwRc);
 
     bool bFailed = false;
-    for (const MIB_IPFORWARD_ROW2& row : table.Rows())
+    for (const MIB_IPFORWARD_ROW2& row : Rows(*table.Get()))
     {
         frame.Verbose("pIpForwardTable2->Table[i].DestinationPrefix.PrefixLength", row.DestinationPrefix.PrefixLength);
         frame.Verbose("sDestinationPrefix", TOLVA::Convert_SOCKADDR_INET(row.DestinationPrefix.Prefix));
@@ -348,4 +333,9 @@ bool VistaAPI::AddIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_A
 bool VistaAPI::DeleteIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSOC_IP_ADDR& IpAddr)
 {
     return ChangeAddress("VistaAPI::DeleteIpAddr", NicInfo, IpAddr, &Wrap_netsh::RemoveIpAddr);
+}
+
+unsigned long VistaAPI::GetTcp6Table(MIB_TCP6TABLE* pTable, unsigned long* pulSize, bool bSort)
+{
+    return m_pGetTcp6Table ? m_pGetTcp6Table(pTable, pulSize, bSort) : ERROR_INVALID_FUNCTION;
 }

@@ -23,8 +23,14 @@ public:
     unsigned long GetTcp6Table(MIB_TCP6TABLE* pTable, unsigned long* pulSize, bool bSort) override;
 
 private:
+    /// Tables that the platform has allocated go back to it.
+    struct FreeTable
+    {
+        const VistaAPI* pApi = nullptr;
+        void operator()(void* pTable) const noexcept;
+    };
     template <class Table>
-    class MibTable;
+    using MibTable = velmor::UniqueHandle<Table*, FreeTable>;
 
     // Each calls the platform's function of the same name, or answers 1 where there is none.
     DWORD ConvertInterfaceIndexToLuid(NET_IFINDEX index, NET_LUID& luid) const noexcept;

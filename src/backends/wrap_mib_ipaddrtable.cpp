@@ -1,7 +1,6 @@
 #include <backends/wrap_mib_ipaddrtable.h>
 
-#include <span>
-
+#include <support/operation/adapter_operation.h>
 #include <support/trace/call_frame.h>
 
 namespace
@@ -27,13 +26,11 @@ TOLVA::ASSOC_IP_ADDR AddressOf(const CallFrame& frame, const MIB_IPADDRROW& row)
 bool PreVistaAPI::Wrap_MIB_IPADDRTABLE::LoadTable()
 {
     const CallFrame frame("PreVistaAPI::Wrap_MIB_IPADDRTABLE::LoadTable");
-    m_pMibIpAddrTable = nullptr;
     DWORD dwRc = NO_ERROR;
-    if (!velmor::AskThenCall(m_buffer, dwRc, [](void* pTable, ULONG& ulSize) {
-            return ::GetIpAddrTable(static_cast<MIB_IPADDRTABLE*>(pTable), &ulSize, pTable != nullptr);
+    if (!m_table.Load(dwRc, [](MIB_IPADDRTABLE* pTable, ULONG& ulSize) {
+            return ::GetIpAddrTable(pTable, &ulSize, pTable != nullptr);
         }))
         return frame.Fail("GetIpAddrTable failed", "dwRc", dwRc);
-    m_pMibIpAddrTable = reinterpret_cast<MIB_IPADDRTABLE*>(m_buffer.data());
     return frame.Succeed();
 }
 
@@ -41,13 +38,13 @@ bool PreVistaAPI::Wrap_MIB_IPADDRTABLE::GetAdaptersIpAddrs(const TOLVA::NIC_INFO
                                                            std::vector<TOLVA::ASSOC_IP_ADDR>& IpAddrs)
 {
     const CallFrame frame("PreVistaAPI::Wrap_MIB_IPADDRTABLE::GetAdaptersIpAddrs");
-    if (m_pMibIpAddrTable == nullptr && !LoadTable())
+    if (!m_table && !LoadTable())
         return frame.Fail("Failed to load MIB IP Address table");
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("TOLVA::GetAdapterIndex failed");
+    if (!FindIndex(frame, NicInfo, ulIndex))
+        return false;
 
-    for (const MIB_IPADDRROW& row : std::span(m_pMibIpAddrTable->table, m_pMibIpAddrTable->dwNumEntries))
+    for (const MIB_IPADDRROW& row : m_table.Rows())
         if (row.dwIndex == ulIndex)
             IpAddrs.push_back(AddressOf(frame, row));
     return frame.Succeed();

@@ -9,15 +9,10 @@
 class PreVistaAPI::Wrap_MIB_IPADDRTABLE
 {
 public:
-    Wrap_MIB_IPADDRTABLE() = default;
-    Wrap_MIB_IPADDRTABLE(const Wrap_MIB_IPADDRTABLE&) = delete;
-    Wrap_MIB_IPADDRTABLE& operator=(const Wrap_MIB_IPADDRTABLE&) = delete;
-
     bool LoadTable();
     /// Appends the adapter's addresses.
     bool GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ASSOC_IP_ADDR>& IpAddrs);
 
 private:
-    MIB_IPADDRTABLE* m_pMibIpAddrTable = nullptr;
-    velmor::TableBuffer m_buffer;
+    velmor::CachedTable<MIB_IPADDRTABLE, &MIB_IPADDRTABLE::dwNumEntries, &MIB_IPADDRTABLE::table> m_table;
 };

@@ -1,16 +1,10 @@
 #include <backends/wrap_mib_ipforwardtable.h>
 
-#include <span>
-
+#include <support/operation/adapter_operation.h>
 #include <support/trace/call_frame.h>
 
 namespace
 {
-
-std::span<MIB_IPFORWARDROW> Rows(MIB_IPFORWARDTABLE& table) noexcept
-{
-    return {table.table, table.dwNumEntries};
-}
 
 TOLVA::ROUTE_INFO RouteOf(const MIB_IPFORWARDROW& row)
 {
@@ -28,13 +22,11 @@ TOLVA::ROUTE_INFO RouteOf(const MIB_IPFORWARDROW& row)
 bool PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::LoadTable()
 {
     const CallFrame frame("PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::LoadTable");
-    m_pMibIpForwardTable = nullptr;
     DWORD dwRc = NO_ERROR;
-    if (!velmor::AskThenCall(m_buffer, dwRc, [](void* pTable, ULONG& ulSize) {
-            return ::GetIpForwardTable(static_cast<MIB_IPFORWARDTABLE*>(pTable), &ulSize, pTable != nullptr);
+    if (!m_table.Load(dwRc, [](MIB_IPFORWARDTABLE* pTable, ULONG& ulSize) {
+            return ::GetIpForwardTable(pTable, &ulSize, pTable != nullptr);
         }))
         return frame.Fail("GetIpForwardTable failed", "dwRc", dwRc);
-    m_pMibIpForwardTable = reinterpret_cast<MIB_IPFORWARDTABLE*>(m_buffer.data());
     return frame.Succeed();
 }
 
@@ -42,13 +34,13 @@ bool PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::GetAdapterRoutes(const TOLVA::NIC_INF
                                                             std::vector<TOLVA::ROUTE_INFO>& Routes)
 {
     const CallFrame frame("PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::GetAdapterRoutes");
-    if (m_pMibIpForwardTable == nullptr && !LoadTable())
+    if (!m_table && !LoadTable())
         return frame.Fail("Failed to load MIB IP Forward table");
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("TOLVA::GetAdapterIndex failed");
+    if (!FindIndex(frame, NicInfo, ulIndex))
+        return false;
 
-    for (const MIB_IPFORWARDROW& row : Rows(*m_pMibIpForwardTable))
+    for (const MIB_IPFORWARDROW& row : m_table.Rows())
         if (row.dwForwardIfIndex == ulIndex)
             Routes.push_back(RouteOf(row));
     return frame.Succeed();
@@ -58,13 +50,13 @@ bool PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::DeleteDefaultRoute(const TOLVA::NIC_I
                                                               MIB_IPFORWARDROW& row)
 {
     const CallFrame frame("PreVistaAPI::Wrap_MIB_IPFORWARDTABLE::DeleteDefaultRoute");
-    if (m_pMibIpForwardTable == nullptr && !LoadTable())
+    if (!m_table && !LoadTable())
         return frame.Fail("Failed to load MIB IP Forward table");
     unsigned long ulIndex = 0;
-    if (!TOLVA::GetAdapterIndex(NicInfo, ulIndex))
-        return frame.Fail("TOLVA::GetAdapterIndex failed");
+    if (!FindIndex(frame, NicInfo, ulIndex))
+        return false;
 
-    for (MIB_IPFORWARDROW& candidate : Rows(*m_pMibIpForwardTable))
+    for (MIB_IPFORWARDROW& candidate : m_table.Rows())
     {
         // The destination alone decides: the mask is not looked at, unlike on later systems.
         if (candidate.dwForwardIfIndex != ulIndex || candidate.dwForwardDest != 0)

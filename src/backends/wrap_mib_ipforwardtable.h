@@ -9,10 +9,6 @@
 class PreVistaAPI::Wrap_MIB_IPFORWARDTABLE
 {
 public:
-    Wrap_MIB_IPFORWARDTABLE() = default;
-    Wrap_MIB_IPFORWARDTABLE(const Wrap_MIB_IPFORWARDTABLE&) = delete;
-    Wrap_MIB_IPFORWARDTABLE& operator=(const Wrap_MIB_IPFORWARDTABLE&) = delete;
-
     bool LoadTable();
     /// Appends the adapter's routes.
     bool GetAdapterRoutes(const TOLVA::NIC_INFO& NicInfo, std::vector<TOLVA::ROUTE_INFO>& Routes);
@@ -21,6 +17,5 @@ public:
     bool DeleteDefaultRoute(const TOLVA::NIC_INFO& NicInfo, bool& bFound, MIB_IPFORWARDROW& row);
 
 private:
-    MIB_IPFORWARDTABLE* m_pMibIpForwardTable = nullptr;
-    velmor::TableBuffer m_buffer;
+    velmor::CachedTable<MIB_IPFORWARDTABLE, &MIB_IPFORWARDTABLE::dwNumEntries, &MIB_IPFORWARDTABLE::table> m_table;
 };

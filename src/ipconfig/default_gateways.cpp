@@ -1,4 +1,6 @@
+#include <support/operation/adapter_operation.h>
 #include <support/operation/family.h>
+#include <support/operation/interface_key.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/call_frame.h>
@@ -8,14 +10,6 @@ namespace
 {
 
 constexpr const wchar_t* DEFAULT_GATEWAY = L"DefaultGateway";
-
-/// How the operations that take a family begin.
-bool CheckArguments(const CallFrame& frame, const TOLVA::NIC_INFO& NicInfo, TOLVA::FAMILY_TYPE enFamilyType)
-{
-    if (NicInfo.sNicGuid.empty())
-        return frame.Fail("Bad NIC GUID");
-    return CheckFamily(frame, enFamilyType);
-}
 
 bool ForgetGateways(const CallFrame& frame, const char* pszVariable, const velmor::string& sInterfaces,
                     const TOLVA::NIC_INFO& NicInfo)
@@ -32,12 +26,12 @@ bool ForgetGateways(const CallFrame& frame, const char* pszVariable, const velmo
 bool TOLVA::GetDefaultGatewayList(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType,
                                   std::vector<velmor::ip_address>& Gateways)
 {
-    return RunOperation("TOLVA::GetDefaultGatewayList", [&](const CallFrame& frame) {
-        if (!CheckArguments(frame, NicInfo, enFamilyType))
+    return RunOnAdapter("TOLVA::GetDefaultGatewayList", NicInfo, [&](const CallFrame& frame) {
+        if (!CheckFamily(frame, enFamilyType))
             return false;
         unsigned long ulIndex = 0;
-        if (!GetAdapterIndex(NicInfo, ulIndex))
-            return frame.Fail("TOLVA::GetAdapterIndex failed");
+        if (!FindIndex(frame, NicInfo, ulIndex))
+            return false;
         std::vector<ROUTE_INFO> Routes;
         if (!GetAdapterRoutes(NicInfo, Routes))
             return frame.Fail("GetAdapterRoutes failed");
@@ -68,8 +62,8 @@ bool TOLVA::SetDefaultGateway(const NIC_INFO& NicInfo, const velmor::ip_address&
 
 bool TOLVA::IsGatewayAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bIsAutomatic)
 {
-    return RunOperation("TOLVA::IsGatewayAutomatic", [&](const CallFrame& frame) {
-        if (!CheckArguments(frame, NicInfo, enFamilyType))
+    return RunOnAdapter("TOLVA::IsGatewayAutomatic", NicInfo, [&](const CallFrame& frame) {
+        if (!CheckFamily(frame, enFamilyType))
             return false;
         const velmor::Registry_System registry;
         bool bIpv4 = false;
@@ -97,8 +91,8 @@ bool TOLVA::IsGatewayAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType
 /// Routes stay as they are.
 bool TOLVA::ReturnGatewayToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 {
-    return RunOperation("TOLVA::ReturnGatewayToDhcp", [&](const CallFrame& frame) {
-        if (!CheckArguments(frame, NicInfo, enFamilyType))
+    return RunOnAdapter("TOLVA::ReturnGatewayToDhcp", NicInfo, [&](const CallFrame& frame) {
+        if (!CheckFamily(frame, enFamilyType))
             return false;
         // Meant so: the list of IPv4 is emptied for IPv6 alone too.
         if (!ForgetGateways(frame, "sTcpip4Key", TCPIP_INTERFACES, NicInfo))

@@ -1,5 +1,7 @@
 #include <ipconfig/remove_addresses.h>
+#include <support/operation/adapter_operation.h>
 #include <support/operation/family.h>
+#include <support/operation/interface_key.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/call_frame.h>
@@ -44,9 +46,7 @@ void RestartAdapter(const CallFrame& frame, const TOLVA::NIC_INFO& NicInfo)
 
 bool TOLVA::IsDhcpEnabled(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bDhcpEnabled)
 {
-    return RunOperation("TOLVA::IsDhcpEnabled", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::IsDhcpEnabled", NicInfo, [&](const CallFrame& frame) {
         frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
         if (!CheckFamily(frame, enFamilyType))
             return false;
@@ -80,9 +80,7 @@ bool TOLVA::IsDhcpEnabled(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, boo
 
 bool TOLVA::RenewDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 {
-    return RunOperation("TOLVA::RenewDhcp", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::RenewDhcp", NicInfo, [&](const CallFrame& frame) {
         return ChangeLeases(frame, NicInfo, enFamilyType,
                             {&Wrap_ipconfig::RenewDhcp4, "Wrap_ipconfig::RenewDhcp4 failed"},
                             {&Wrap_ipconfig::RenewDhcp6, "Wrap_ipconfig::RenewDhcp6 failed"});
@@ -103,9 +101,7 @@ bool TOLVA::ReleaseDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 
 bool TOLVA::ReturnToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 {
-    return RunOperation("TOLVA::ReturnToDhcp", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::ReturnToDhcp", NicInfo, [&](const CallFrame& frame) {
         if (!CheckFamily(frame, enFamilyType))
             return false;
         bool bDhcpEnabled = false;

@@ -1,4 +1,6 @@
+#include <support/operation/adapter_operation.h>
 #include <support/operation/family.h>
+#include <support/operation/interface_key.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/call_frame.h>
@@ -57,9 +59,7 @@ bool ForgetServers(const CallFrame& frame, const char* pszVariable, const velmor
 
 bool TOLVA::SetDnsServerList(const NIC_INFO& NicInfo, const std::vector<velmor::ip_address>& DnsServerList)
 {
-    return RunOperation("TOLVA::SetDnsServerList", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::SetDnsServerList", NicInfo, [&](const CallFrame& frame) {
         if (DnsServerList.empty())
         {
             frame.Ending(TRACE_WARNING, "No DNS server addresses");
@@ -84,9 +84,7 @@ bool TOLVA::SetDnsServerList(const NIC_INFO& NicInfo, const std::vector<velmor::
 
 bool TOLVA::IsDnsAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bIsAutomatic)
 {
-    return RunOperation("TOLVA::IsDnsAutomatic", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::IsDnsAutomatic", NicInfo, [&](const CallFrame& frame) {
         // Meant so: an unknown family is not refused here; nothing is automatic for it.
         const bool bIpv4 = IncludesIpv4(enFamilyType) && IsAutomatic(TCPIP_INTERFACES, NicInfo);
         const bool bIpv6 = IncludesIpv6(enFamilyType) && IsAutomatic(TCPIP6_INTERFACES, NicInfo);
@@ -98,9 +96,7 @@ bool TOLVA::IsDnsAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bo
 
 bool TOLVA::ReturnDnsToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 {
-    return RunOperation("TOLVA::ReturnDnsToDhcp", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::ReturnDnsToDhcp", NicInfo, [&](const CallFrame& frame) {
         // Meant so: worded differently from the other operations' refusal.
         if (FamilyText(enFamilyType) == nullptr)
             return frame.Fail("Unknown family type", "enFamilyType", enFamilyType);

@@ -1,4 +1,5 @@
 #include <ipconfig/remove_addresses.h>
+#include <support/operation/adapter_operation.h>
 #include <support/operation/family.h>
 #include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
@@ -61,9 +62,7 @@ bool AddAddresses(const CallFrame& frame, const AddressList& IpAddrs, Add&& add)
 
 bool TOLVA::SetAdaptersIpAddrs(const NIC_INFO& NicInfo, const std::vector<ASSOC_IP_ADDR>& IpAddrs)
 {
-    return RunOperation("TOLVA::SetAdaptersIpAddrs", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::SetAdaptersIpAddrs", NicInfo, [&](const CallFrame& frame) {
         FAMILY_TYPE enFamilyType = FAMILY_BOTH;
         if (!FindFamily(frame, IpAddrs, enFamilyType))
             return false;

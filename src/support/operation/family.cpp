@@ -19,16 +19,3 @@ bool CheckFamily(const CallFrame& frame, TOLVA::FAMILY_TYPE enFamilyType) noexce
     frame.Verbose(pszFamily);
     return true;
 }
-
-velmor::string InterfaceKey(const velmor::string& sInterfaces, const TOLVA::NIC_INFO& NicInfo)
-{
-    return sInterfaces + L"\\" + NicInfo.sNicGuid;
-}
-
-velmor::string InterfaceKey(const CallFrame& frame, const char* pszVariable, const velmor::string& sInterfaces,
-                            const TOLVA::NIC_INFO& NicInfo)
-{
-    velmor::string sKey = InterfaceKey(sInterfaces, NicInfo);
-    frame.Verbose(pszVariable, sKey);
-    return sKey;
-}

@@ -33,10 +33,3 @@ constexpr bool AnswerFor(TOLVA::FAMILY_TYPE enFamilyType, bool bIpv4, bool bIpv6
         return bIpv6;
     return bIpv4 && bIpv6;
 }
-
-/// The adapter's own key below TCPIP_INTERFACES or TCPIP6_INTERFACES.
-velmor::string InterfaceKey(const velmor::string& sInterfaces, const TOLVA::NIC_INFO& NicInfo);
-
-/// The same, traced as `pszVariable`.
-velmor::string InterfaceKey(const CallFrame& frame, const char* pszVariable, const velmor::string& sInterfaces,
-                            const TOLVA::NIC_INFO& NicInfo);

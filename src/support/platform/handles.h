@@ -10,17 +10,23 @@
 namespace velmor
 {
 
-/// Owns one platform handle: the releaser is called with it exactly once, unless it is the kind's value for "none".
+/// Owns one platform handle: the releaser is called with it exactly once, unless it is the kind's value for "none". A
+/// releaser may carry what it needs for that.
 template <class Handle, class Releaser, std::intptr_t None = 0>
 class UniqueHandle
 {
 public:
     UniqueHandle() noexcept = default;
     explicit UniqueHandle(Handle handle) noexcept : m_handle(handle) {}
-    UniqueHandle(UniqueHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, NoHandle())) {}
+    explicit UniqueHandle(Releaser releaser) noexcept : m_releaser(releaser) {}
+    UniqueHandle(UniqueHandle&& other) noexcept
+        : m_handle(std::exchange(other.m_handle, NoHandle())), m_releaser(other.m_releaser)
+    {
+    }
     UniqueHandle& operator=(UniqueHandle&& other) noexcept
     {
         std::swap(m_handle, other.m_handle);
+        std::swap(m_releaser, other.m_releaser);
         return *this;
     }
     ~UniqueHandle() { Reset(); }
@@ -41,13 +47,14 @@ public:
     void Reset() noexcept
     {
         if (*this)
-            Releaser()(Release());
+            m_releaser(Release());
     }
 
 private:
     static Handle NoHandle() noexcept { return reinterpret_cast<Handle>(None); }
 
     Handle m_handle = NoHandle();
+    [[no_unique_address]] Releaser m_releaser;
 };
 
 struct CloseKernelHandle

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+#include <type_traits>
 #include <vector>
 
 #include <winsock2.h>
@@ -56,5 +58,49 @@ bool CallThenGrowOnce(TableBuffer& buffer, DWORD& dwRc, Call&& call)
     }
     return dwRc == NO_ERROR;
 }
+
+/// A table of the first rule in a buffer of its own: it stays as it was read until it is read again. It begins with the
+/// number of its entries.
+template <class Table, auto pCount, auto pEntries>
+class CachedTable
+{
+public:
+    CachedTable() = default;
+    CachedTable(const CachedTable&) = delete;
+    CachedTable& operator=(const CachedTable&) = delete;
+
+    /// `call` takes the table, or null, and its size in bytes. A second call that answers `dwEmpty` fails too, but the
+    /// zeroed buffer is then the table. A table that its size cannot hold fails with ERROR_INVALID_DATA.
+    template <class Call>
+    bool Load(DWORD& dwRc, Call&& call, DWORD dwEmpty = NO_ERROR)
+    {
+        m_pTable = nullptr;
+        const bool bLoaded = AskThenCall(m_buffer, dwRc, [&](void* pTable, ULONG& ulSize) {
+            m_pTable = static_cast<Table*>(pTable);
+            return call(m_pTable, ulSize);
+        });
+        const bool bWhole = HoldsEntries(m_buffer, pCount, pEntries);
+        if (!bWhole || (!bLoaded && dwRc != dwEmpty))
+            m_pTable = nullptr;
+        if (bLoaded && !bWhole)
+            dwRc = ERROR_INVALID_DATA;
+        return bLoaded && bWhole;
+    }
+
+    explicit operator bool() const noexcept { return m_pTable != nullptr; }
+    /// None without a table.
+    [[nodiscard]] auto Rows() const noexcept
+    {
+        using Entry = std::remove_reference_t<decltype(*(m_pTable->*pEntries))>;
+        if (m_pTable == nullptr)
+            return std::span<Entry>();
+        const auto count = m_pTable->*pCount;
+        return std::span<Entry>(m_pTable->*pEntries, count > 0 ? static_cast<std::size_t>(count) : 0);
+    }
+
+private:
+    Table* m_pTable = nullptr;
+    TableBuffer m_buffer;
+};
 
 } // namespace velmor
