@@ -1,11 +1,10 @@
-#include <algorithm>
-#include <cwchar>
-#include <vector>
+#include <optional>
 
+#include <adapters/subkey_search.h>
+#include <support/operation/adapter_operation.h>
 #include <support/registry/registry.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/call_frame.h>
-#include <support/values/text.h>
 #include <zelk_nm/tolva.h>
 
 namespace
@@ -15,20 +14,6 @@ namespace
 velmor::string ConnectionKey(const velmor::string& sNicGuid)
 {
     return NETWORK_CONNECTIONS + L"\\" + sNicGuid + L"\\Connection";
-}
-
-/// The first subkey of the network class whose instance is the adapter's; a pointer past the end when there is none.
-template <class Iterator>
-Iterator FindClassSubkey(const CallFrame& frame, const velmor::Registry& registry, const velmor::string& sNicGuid,
-                         Iterator begin, Iterator end)
-{
-    return std::find_if(begin, end, [&](const velmor::string& sSubKey) {
-        velmor::string sNetCfgInstanceId;
-        if (!registry.GetString(NETWORK_CLASS + L"\\" + sSubKey, L"NetCfgInstanceId", sNetCfgInstanceId))
-            return false;
-        frame.Verbose("Found NetCfgInstanceId", "sNetCfgInstanceId", sNetCfgInstanceId);
-        return velmor::EqualIgnoringCase(sNetCfgInstanceId, sNicGuid);
-    });
 }
 
 } // namespace
@@ -42,15 +27,19 @@ bool TOLVA::GetAdapterEnumAndDesc(NIC_INFO& NicInfo)
         frame.Verbose("NicInfo.sNicGuid", NicInfo.sNicGuid);
 
         const velmor::Registry_System registry;
-        std::vector<velmor::string> subkeys;
-        if (!registry.EnumerateKeys(L"SYSTEM\\" + NETWORK_CLASS, subkeys))
-            return frame.FailAs("... ending( velmor::Registry_System::EnumerateKeys failed) ");
+        std::optional<velmor::string> sSubkey;
+        if (!FindSubkey(frame, registry,
+                        {.sKey = NETWORK_CLASS,
+                         .pszValue = L"NetCfgInstanceId",
+                         .pszFound = "Found NetCfgInstanceId",
+                         .pszVariable = "sNetCfgInstanceId"},
+                        NicInfo.sNicGuid, sSubkey))
+            return false;
 
-        const auto found = FindClassSubkey(frame, registry, NicInfo.sNicGuid, subkeys.begin(), subkeys.end());
-        const bool bFoundEnum = found != subkeys.end();
+        const bool bFoundEnum = sSubkey.has_value();
         if (bFoundEnum)
         {
-            NicInfo.sNicEnum = *found;
+            NicInfo.sNicEnum = *sSubkey;
             frame.Verbose("Found correct enum", "NicInfo.sNicEnum", NicInfo.sNicEnum);
             const velmor::string sKey = NETWORK_CLASS + L"\\" + NicInfo.sNicEnum;
             if (registry.GetString(sKey, L"DriverDesc", NicInfo.sNicDesc))
@@ -85,9 +74,7 @@ bool TOLVA::GetAdapterPCI(NIC_INFO& NicInfo)
 
 bool TOLVA::GetAdapterIpconfigName(const NIC_INFO& NicInfo, velmor::string& sIpconfigName)
 {
-    return RunOperation("TOLVA::GetAdapterIpconfigName", [&](const CallFrame& frame) {
-        if (NicInfo.sNicGuid.empty())
-            return frame.Fail("Bad NIC GUID");
+    return RunOnAdapter("TOLVA::GetAdapterIpconfigName", NicInfo, [&](const CallFrame& frame) {
         const velmor::Registry_System registry;
         if (!registry.GetString(ConnectionKey(NicInfo.sNicGuid), L"Name", sIpconfigName))
             return frame.Fail("Get 'Name' failed");

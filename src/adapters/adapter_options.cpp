@@ -1,20 +1,11 @@
-#include <algorithm>
-#include <vector>
+#include <optional>
 
+#include <adapters/device_class.h>
+#include <adapters/subkey_search.h>
 #include <adapters/wrap_devmgr_dll.h>
 #include <support/platform/first_use.h>
-#include <support/registry/registry.h>
 #include <support/trace/call_frame.h>
-#include <support/values/text.h>
 #include <zelk_nm/tolva.h>
-
-namespace
-{
-
-constexpr const wchar_t* LAN_DEVICE_CLASS =
-    L"CurrentControlSet\\Control\\DeviceClasses\\{AD498944-762F-11D0-8DCB-00C04FC3358C}";
-
-} // namespace
 
 bool TOLVA::CanChangeAdapterOptions(const NIC_INFO& NicInfo, bool& bCanChangeOptions)
 {
@@ -24,20 +15,16 @@ bool TOLVA::CanChangeAdapterOptions(const NIC_INFO& NicInfo, bool& bCanChangeOpt
             return frame.Fail("Bad NIC PCI"); // not "PCI ID", as the other device operations say
 
         const velmor::Registry_System registry;
-        const velmor::string sClassKey(LAN_DEVICE_CLASS);
-        std::vector<velmor::string> subkeys;
-        if (!registry.EnumerateKeys(L"SYSTEM\\" + sClassKey, subkeys))
-            return frame.FailAs("... ending( velmor::Registry_System::EnumerateKeys failed) ");
-
-        bCanChangeOptions = std::any_of(subkeys.begin(), subkeys.end(), [&](const velmor::string& sName) {
-            const velmor::string sSubKey = sClassKey + L"\\" + sName;
-            frame.Verbose("sSubKey", sSubKey);
-            velmor::string sDeviceInstance;
-            if (!registry.GetString(sSubKey, L"DeviceInstance", sDeviceInstance))
-                return false;
-            frame.Verbose("Found DeviceInstance", "sDeviceInstance", sDeviceInstance);
-            return velmor::EqualIgnoringCase(sDeviceInstance, NicInfo.sNicPci);
-        });
+        std::optional<velmor::string> sSubkey;
+        if (!FindSubkey(frame, registry,
+                        {.sKey = LAN_DEVICE_CLASS,
+                         .pszValue = L"DeviceInstance",
+                         .pszFound = "Found DeviceInstance",
+                         .pszVariable = "sDeviceInstance",
+                         .pszSubkeyPath = "sSubKey"},
+                        NicInfo.sNicPci, sSubkey))
+            return false;
+        bCanChangeOptions = sSubkey.has_value();
         if (bCanChangeOptions)
             frame.Verbose("Found PCI -> GUID match");
         frame.Information("bCanChangeOptions", bCanChangeOptions);

@@ -6,9 +6,6 @@
 #include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 
-constexpr GUID NDIS_LAN_CLASS = {0xAD498944, 0x762F, 0x11D0, {0x8D, 0xCB, 0x00, 0xC0, 0x4F, 0xC3, 0x35, 0x8C}};
-const GUID TOLVA::NIC_DEVICECLASS_GUID = NDIS_LAN_CLASS;
-
 TOLVA::SockDrawer::SockDrawer() noexcept
 {
     // A failure shows in the Winsock calls that then fail.
