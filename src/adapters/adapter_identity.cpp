@@ -18,7 +18,7 @@ velmor::string ConnectionKey(const velmor::string& sNicGuid)
 
 } // namespace
 
-/// Ends with the flag alone, without an "... ending" line. That is meant.
+/// The flag is the last line that the log has of it; there is no "... ending".
 bool TOLVA::GetAdapterEnumAndDesc(NIC_INFO& NicInfo)
 {
     return RunOperation("TOLVA::GetAdapterEnumAndDesc", [&](const CallFrame& frame) {

@@ -22,8 +22,8 @@ bool TOLVA::GetAdapterList(std::vector<NIC_INFO>& NicList)
     });
 }
 
-/// One element of the list. A step that fails ends the completion of this element, but for the friendly name. The texts
-/// with their lone closing parentheses are meant so.
+/// One element of the list. A step that fails ends the completion of this element, but for the friendly name, on which
+/// no later step depends. The texts have their lone closing parentheses in every log that was ever written.
 void TOLVA::CompleteAdapter(NIC_INFO& NicInfo)
 {
     const CallFrame frame = CallFrame::WithoutStart(LIST_NAME);

@@ -25,7 +25,8 @@ bool ChangeState(const char* pszName, const TOLVA::NIC_INFO& NicInfo, unsigned l
             return frame.Fail("Bad NIC PCI ID");
         frame.Verbose("NicInfo.sNicPci", NicInfo.sNicPci);
 
-        // The instance path as the enumerator: the set then holds just this device.
+        // With DIGCF_DEVICEINTERFACE the enumerator may be a device's instance path: the set then holds just this
+        // device.
         const UniqueDeviceSet devices(::SetupDiGetClassDevsW(&TOLVA::NIC_DEVICECLASS_GUID, NicInfo.sNicPci.c_str(),
                                                              nullptr, DIGCF_DEVICEINTERFACE));
         if (!devices)
@@ -56,6 +57,7 @@ bool TOLVA::AdapterStateChange(unsigned long ulNewState, unsigned long ulMemberI
         if (!::SetupDiEnumDeviceInfo(hDevInfo, ulMemberIndex, &device))
             return frame.Fail("SetupDiEnumDeviceInfo failed", "dwLastError", ::GetLastError());
 
+        // In all hardware profiles, so that it holds with whichever the machine starts next.
         SP_PROPCHANGE_PARAMS change = {};
         change.ClassInstallHeader.cbSize = sizeof(change.ClassInstallHeader);
         change.ClassInstallHeader.InstallFunction = DIF_PROPERTYCHANGE;

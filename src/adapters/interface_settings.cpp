@@ -12,7 +12,8 @@ constexpr const wchar_t* NETBT_INTERFACES = L"CurrentControlSet\\services\\NetBT
 /// What the settings of automatic addressing and NetBIOS mean by "enabled"; missing values count as this one.
 constexpr DWORD ENABLED = 1;
 
-/// The adapter's own choice, or where it leaves it to DHCP, that of DHCP.
+/// The adapter's own choice, or where it leaves it to DHCP, that of DHCP. Both values are 0 for the server's choice, 1
+/// for enabled and 2 for disabled.
 DWORD EffectiveNetbiosOptions(const velmor::Registry& registry, const velmor::string& sNetBtKey)
 {
     constexpr DWORD LEFT_TO_DHCP = 0;

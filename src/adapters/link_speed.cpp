@@ -11,8 +11,8 @@
 namespace
 {
 
-/// The names under which drivers keep their speed and duplex setting; the first that a driver has decides. That one
-/// stands twice is meant.
+/// The names under which drivers keep their speed and duplex setting; the first that a driver has decides. One stands
+/// twice: the second never decides, but the log has thirty attempts for a driver without a setting.
 constexpr const char* LinkSpeedNames[] = {
     "ConnectionType", "SpeedDuplex",  "*SpeedDuplex",       "MediaType",         "DuplexMode",
     "LinkSelection",  "LineSpeed",    "RequestedMediaType", "DataRate",          "media",

@@ -11,10 +11,12 @@
 namespace
 {
 
+// Less than a single record takes on the newest systems, 448 bytes: there the first call only tells the size.
 constexpr ULONG FIRST_SIZE = 440;
 constexpr ULONG TABLE_FLAGS = GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST;
 
-/// A field of a table entry, or zero where the system's records end before it: older systems have shorter ones.
+/// A field of a table entry, or zero where the system's records end before it: each release has added fields at their
+/// end (DHCP's came with Vista) and says the length in the record.
 template <class T>
 T Field(const IP_ADAPTER_ADDRESSES& entry, T IP_ADAPTER_ADDRESSES::*pField) noexcept
 {

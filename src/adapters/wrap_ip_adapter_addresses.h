@@ -1,5 +1,10 @@
 #pragma once
 
+// Adapters: which there are, what they are like, and the device behind each. Three sources are joined by the adapter's
+// GUID: GetInterfaceInfo says which adapters IPv4 is bound to, and so which the library lists; the registry knows the
+// driver and the connection; GetAdaptersAddresses has the rest. The platform's number of an adapter, the interface
+// index, changes while the machine runs, so it is looked up for every question and never kept.
+
 #include <vector>
 
 #include <support/platform/table_query.h>

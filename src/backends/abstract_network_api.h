@@ -1,5 +1,12 @@
 #pragma once
 
+// Back ends: routes and unicast addresses, for which Vista replaced the tables of IP Helper by new ones for both
+// families. Each generation of Windows has one class here, chosen once when the library is loaded. The new functions
+// are looked up at run time, because a DLL that imports them does not load on older systems.
+//
+// On Vista and later addresses are read and routes changed by functions, but addresses are set by netsh: see tools.
+// Before Vista they are set by SetAdapterIpAddress, which IP Helper exports without a word of documentation.
+
 #include <vector>
 
 #include <zelk_nm/tolva.h>

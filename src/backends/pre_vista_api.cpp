@@ -12,7 +12,7 @@
 namespace
 {
 
-constexpr DWORD NO_METRIC = 0xFFFFFFFF;
+constexpr DWORD NO_METRIC = 0xFFFFFFFF; // MIB_IPROUTE_METRIC_UNUSED
 
 /// A row that everything but the addresses, the interface and the first metric is set in.
 MIB_IPFORWARDROW NewRow(unsigned long ulIndex)
@@ -43,7 +43,8 @@ bool CreateRoute(const CallFrame& frame, MIB_IPFORWARDROW& forwardRow)
     return frame.Succeed();
 }
 
-/// The adapters of the machine, each with its addresses.
+/// The adapters of the machine, each with its addresses. The table of addresses alone does not have the context by
+/// which an address is deleted.
 bool LoadAdapters(const CallFrame& frame, velmor::TableBuffer& buffer)
 {
     buffer.assign(sizeof(IP_ADAPTER_INFO), 0);
@@ -140,7 +141,8 @@ bool PreVistaAPI::GetAdaptersIpAddrs(const TOLVA::NIC_INFO& NicInfo, std::vector
     static Wrap_MIB_IPADDRTABLE table;
     const bool bRc = table.GetAdaptersIpAddrs(NicInfo, IpAddrs);
     frame.Verbose("bRc", bRc);
-    // Meant so: unlike for routes, a table that cannot be read is no failure here.
+    // The contract of TOLVA::GetAdaptersIpAddrs: before Vista a table that cannot be read counts as one without
+    // addresses, so that addresses can be set all the same. Routes have no such contract.
     return frame.Succeed();
 }
 
@@ -190,6 +192,7 @@ bool PreVistaAPI::DeleteIpAddr(const TOLVA::NIC_INFO& NicInfo, const TOLVA::ASSO
 
     frame.Verbose("Found matching IPv4 address", "ulNteContext", pFound->Context);
     const DWORD dwRc = ::DeleteIPAddress(pFound->Context);
+    // The two codes are those of an address that is gone already; the contract takes both for success.
     if (dwRc == NO_ERROR)
         frame.Verbose("Deleted");
     else if (dwRc != ERROR_GEN_FAILURE && dwRc != ERROR_NOT_FOUND)

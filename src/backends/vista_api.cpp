@@ -48,7 +48,7 @@ void MarkAsManaged(MIB_IPFORWARD_ROW2& row)
 
 MIB_IPFORWARD_ROW2 RowOf(const TOLVA::ROUTE_INFO& Route, const NET_LUID& luid)
 {
-    // All that is not set stays zero: not initialised by the platform, by contract.
+    // Not made by InitializeIpForwardEntry, which presets flags that are to be off here: what is not set stays zero.
     MIB_IPFORWARD_ROW2 row = {};
     row.InterfaceLuid = luid;
     row.InterfaceIndex = Route.ulIndex;

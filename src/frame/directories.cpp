@@ -27,7 +27,7 @@ try
     velmor::string sOwnDir;
     if (!GetOwnDir(sOwnDir))
         return false;
-    // Key and default differ from those of the trace file's directory. That is meant: the two logs can be kept apart.
+    // The trace file's directory has another key, "Logfiles", and another default, so that the logs can be kept apart.
     sDir = velmor::ReadProfileText(L"File Locations", L"Log Files", L"X:\\Program Files\\Velmor\\ZELK\\Logfiles",
                                    sOwnDir + L"\\zlk.ini");
     return true;
@@ -47,10 +47,12 @@ bool TOLVA::GetTempFilename(velmor::string& sFilename)
             return frame.Fail("GetTempPath() failed", "dwLastError", ::GetLastError());
         frame.Verbose("wszTempPath", wszTempPath);
 
-        // Where this fails, so does the next call, and tells why.
+        // GetTempPath does not look whether the directory is there. Where it cannot be made the next call fails and
+        // tells why.
         if (!::PathIsDirectoryW(wszTempPath))
             ::CreateDirectoryW(wszTempPath, nullptr);
 
+        // It uses three letters of the prefix, and with the number 0 it makes the file, so that the name stays ours.
         wchar_t wszTempFilename[PATH_SIZE];
         if (::GetTempFileNameW(wszTempPath, L"TOLVA", 0, wszTempFilename) == 0)
             return frame.Fail("GetTempFileName() failed", "dwLastError", ::GetLastError());

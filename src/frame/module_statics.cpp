@@ -1,3 +1,6 @@
+// Frame: the library as a module: what happens while it is loaded and unloaded, the choice of a back end, and those
+// operations that belong to no adapter.
+//
 // All namespace-scope objects of the library that have constructors, in the order in which loading builds them;
 // unloading destroys them in reverse. Nothing else in the library may add one: the order here is the only one there is.
 

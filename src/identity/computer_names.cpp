@@ -1,3 +1,6 @@
+// Identity: the machine's own names. They are read from the running system, and written where it takes them from at its
+// next start: names below the TCP/IP parameters of the registry, the workgroup in the security authority's policy.
+
 #include <algorithm>
 #include <string>
 
@@ -28,6 +31,7 @@ bool ReadName(const NameQuery& query, velmor::string& sName)
             if (dwLastError != ERROR_MORE_DATA)
                 return frame.Fail(query.pszFailure, "dwLastError", dwLastError);
         }
+        // An empty name, as a machine without a domain has, may need no buffer at all.
         dwSize = std::max<DWORD>(dwSize, 1);
         std::wstring sBuffer(dwSize, L'\0');
         if (!::GetComputerNameExW(query.format, sBuffer.data(), &dwSize))
@@ -38,6 +42,8 @@ bool ReadName(const NameQuery& query, velmor::string& sName)
     });
 }
 
+/// Each name has two values, both of which the system reads at its start: the one in use, which DHCP may change, and
+/// its non-volatile copy ("NV").
 bool WriteParameter(const wchar_t* pszValue, const velmor::string& sName)
 {
     return velmor::Registry_System().SetString(TCPIP_PARAMETERS, pszValue, sName);

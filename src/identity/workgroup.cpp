@@ -61,6 +61,7 @@ LSA_UNICODE_STRING PolicyText(const velmor::string& sText) noexcept
 bool TOLVA::GetWorkgroupName(velmor::string& sWorkgroupName)
 {
     return RunOperation("TOLVA::GetWorkgroupName", [&](const CallFrame& frame) {
+        // The flat name is the workgroup's on a standalone machine and the domain's short name on a member.
         UniqueRoleInformation information;
         const DWORD dwRc =
             ::DsRoleGetPrimaryDomainInformation(nullptr, DsRolePrimaryDomainInfoBasic, information.Receive());
@@ -91,6 +92,7 @@ bool TOLVA::SetWorkgroupName(const velmor::string& sWorkgroupName)
         if (ulRc != NO_ERROR)
             return frame.Fail("LsaOpenPolicy failed", "ulRc", ulRc);
 
+        // Without a domain's SID, which stays null, the name is that of a workgroup.
         POLICY_PRIMARY_DOMAIN_INFO domain = {};
         domain.Name = PolicyText(sWorkgroupName);
         ulRc =
@@ -98,6 +100,7 @@ bool TOLVA::SetWorkgroupName(const velmor::string& sWorkgroupName)
         const bool bSet = ulRc == NO_ERROR;
         if (!bSet)
             frame.Error("LsaSetInformationPolicy failed", "ulRc", ulRc);
+        // Closed here and not by its owner, because a failure of it is to be told.
         ulRc = ::LsaNtStatusToWinError(::LsaClose(policy.Release()));
         if (ulRc != NO_ERROR)
             return frame.Fail("LsaClose failed", "ulRc", ulRc);

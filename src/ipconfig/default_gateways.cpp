@@ -22,7 +22,7 @@ bool ForgetGateways(const CallFrame& frame, const char* pszVariable, const velmo
 
 } // namespace
 
-/// Meant so: the family is checked but filters nothing.
+/// The family is checked but filters nothing: callers are promised the gateways of both.
 bool TOLVA::GetDefaultGatewayList(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType,
                                   std::vector<velmor::ip_address>& Gateways)
 {
@@ -76,8 +76,8 @@ bool TOLVA::IsGatewayAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType
         }
         if (IncludesIpv6(enFamilyType))
         {
-            // Meant so: read as single text, while it is written as a list; a gateway set by this library reads as
-            // automatic.
+            // As a single text, though SetDefaultGateway writes a list: callers are promised that an IPv6 gateway which
+            // it has written counts as none.
             const velmor::string sKey = InterfaceKey(TCPIP6_INTERFACES, NicInfo);
             velmor::string sGateway;
             bIpv6 = !registry.GetString(sKey, DEFAULT_GATEWAY, sGateway) || sGateway.empty();
@@ -94,7 +94,7 @@ bool TOLVA::ReturnGatewayToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyTyp
     return RunOnAdapter("TOLVA::ReturnGatewayToDhcp", NicInfo, [&](const CallFrame& frame) {
         if (!CheckFamily(frame, enFamilyType))
             return false;
-        // Meant so: the list of IPv4 is emptied for IPv6 alone too.
+        // For IPv6 alone too: callers are promised that no static IPv4 gateway is left behind.
         if (!ForgetGateways(frame, "sTcpip4Key", TCPIP_INTERFACES, NicInfo))
             return false;
         if (IncludesIpv6(enFamilyType) && !ForgetGateways(frame, "sTcpip6Key", TCPIP6_INTERFACES, NicInfo))

@@ -31,7 +31,9 @@ bool ChangeLeases(const CallFrame& frame, const TOLVA::NIC_INFO& NicInfo, TOLVA:
     return frame.Succeed();
 }
 
-/// A device that cannot be stopped or started does not end the operation; its failure is traced by name alone.
+/// The DHCP client looks at "EnableDHCP" when its adapter starts, so the device is restarted. The pause lets it be gone
+/// before it is started again. A device that cannot be stopped or started does not end the operation; its failure is
+/// traced by name alone.
 void RestartAdapter(const CallFrame& frame, const TOLVA::NIC_INFO& NicInfo)
 {
     constexpr DWORD PAUSE_MS = 500;
@@ -68,7 +70,7 @@ bool TOLVA::IsDhcpEnabled(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, boo
             const velmor::string sTcpip6Key = InterfaceKey(frame, "sTcpip6Key", TCPIP6_INTERFACES, NicInfo);
             if (!registry.GetDword(sTcpip6Key, L"Dhcpv6State", dwValue))
                 return frame.Fail("Get 'Dhcpv6State' failed");
-            // Meant so: any state but 0 is on here, while IPv4 is on with exactly 1.
+            // A state and not, as for IPv4, a switch: only 0 means that DHCP does nothing.
             bDhcp6Enabled = dwValue != 0;
             frame.Verbose("bDhcp6Enabled", bDhcp6Enabled);
         }
@@ -90,7 +92,8 @@ bool TOLVA::RenewDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 bool TOLVA::ReleaseDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 {
     return RunOperation("TOLVA::ReleaseDhcp", [&](const CallFrame& frame) {
-        // Meant so: the only operation that asks for the device name, and not for the GUID.
+        // The contract of this operation alone: a record that GetAdapterList has not filled may renew, not release. An
+        // empty GUID shows when the connection's name is looked up.
         if (NicInfo.sNicName.empty())
             return frame.Fail("Bad NIC name");
         return ChangeLeases(frame, NicInfo, enFamilyType,
@@ -116,7 +119,7 @@ bool TOLVA::ReturnToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
         std::vector<ASSOC_IP_ADDR> CurrentIpAddrs;
         if (!GetAdaptersIpAddrs(NicInfo, CurrentIpAddrs))
             return frame.Fail("TOLVA::GetAdaptersIpAddrs failed");
-        // Meant so: unlike where addresses are set, one that stays is no reason to stop; DHCP replaces it.
+        // Where addresses are set, one that stays ends the operation. Here it does not: DHCP replaces it.
         if (!RemoveAddresses(frame, enFamilyType, CurrentIpAddrs, TraceRemoved::All,
                              [&](const ASSOC_IP_ADDR& IpAddr) { return DeleteIpAddr(NicInfo, IpAddr); }))
             frame.Ending(TRACE_VERBOSE, "One or more current IP addresses could not be removed");

@@ -14,7 +14,8 @@ constexpr const wchar_t* NAME_SERVER = L"NameServer";
 
 using IsOfFamily = bool (velmor::ip_address::*)() const;
 
-/// The texts of the addresses of one family, joined by commas.
+/// The texts of the addresses of one family, joined by commas: of the two separators that the system takes in
+/// "NameServer" the one that it writes itself.
 velmor::string Join(const std::vector<velmor::ip_address>& addresses, IsOfFamily pIsOfFamily)
 {
     velmor::string sList;
@@ -51,7 +52,7 @@ bool ForgetServers(const CallFrame& frame, const char* pszVariable, const velmor
 {
     const velmor::string sKey = InterfaceKey(frame, pszVariable, sInterfaces, NicInfo);
     if (!velmor::Registry_System().SetString(sKey, NAME_SERVER, L""))
-        return frame.FailAs("... ending( Set 'NameServer' failed  )"); // the two blanks are meant
+        return frame.FailAs("... ending( Set 'NameServer' failed  )"); // two blanks, as the log has it
     return true;
 }
 
@@ -85,7 +86,7 @@ bool TOLVA::SetDnsServerList(const NIC_INFO& NicInfo, const std::vector<velmor::
 bool TOLVA::IsDnsAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bool& bIsAutomatic)
 {
     return RunOnAdapter("TOLVA::IsDnsAutomatic", NicInfo, [&](const CallFrame& frame) {
-        // Meant so: an unknown family is not refused here; nothing is automatic for it.
+        // Callers are promised an answer for a value that is no family, too: nothing is automatic for it.
         const bool bIpv4 = IncludesIpv4(enFamilyType) && IsAutomatic(TCPIP_INTERFACES, NicInfo);
         const bool bIpv6 = IncludesIpv6(enFamilyType) && IsAutomatic(TCPIP6_INTERFACES, NicInfo);
         bIsAutomatic = AnswerFor(enFamilyType, bIpv4, bIpv6);
@@ -97,7 +98,7 @@ bool TOLVA::IsDnsAutomatic(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType, bo
 bool TOLVA::ReturnDnsToDhcp(const NIC_INFO& NicInfo, FAMILY_TYPE enFamilyType)
 {
     return RunOnAdapter("TOLVA::ReturnDnsToDhcp", NicInfo, [&](const CallFrame& frame) {
-        // Meant so: worded differently from the other operations' refusal.
+        // Not CheckFamily: the log has other words for this operation's refusal, and no line for a family that is fine.
         if (FamilyText(enFamilyType) == nullptr)
             return frame.Fail("Unknown family type", "enFamilyType", enFamilyType);
         if (IncludesIpv4(enFamilyType) && !ForgetServers(frame, "sTcpip4Key", TCPIP_INTERFACES, NicInfo))

@@ -1,5 +1,10 @@
 #pragma once
 
+// IP configuration: addresses, leases, gateways and DNS servers, changed as a whole. Windows keeps them twice: in use
+// by the stack, and in the registry for the next start. An operation here changes one, the other or both, as its
+// documentation says; nothing is rolled back when a later step fails, since undoing could fail as well and would leave
+// the machine in a third state.
+
 #include <vector>
 
 #include <support/operation/family.h>

@@ -71,7 +71,7 @@ bool TOLVA::SetAdaptersIpAddrs(const NIC_INFO& NicInfo, const std::vector<ASSOC_
         std::vector<ASSOC_IP_ADDR> CurrentIpAddrs;
         if (!GetAdaptersIpAddrs(NicInfo, CurrentIpAddrs))
             return frame.Fail("TOLVA::GetAdaptersIpAddrs failed");
-        // Meant so: a removed IPv4 address is not traced, a removed IPv6 address is.
+        // The log's contract: this operation tells of removed IPv6 addresses alone, ReturnToDhcp of both families'.
         if (!RemoveAddresses(frame, enFamilyType, CurrentIpAddrs, TraceRemoved::Ipv6Only,
                              [&](const ASSOC_IP_ADDR& IpAddr) { return DeleteIpAddr(NicInfo, IpAddr); }))
         {

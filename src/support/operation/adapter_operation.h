@@ -1,5 +1,8 @@
 #pragma once
 
+// Operation: what operations on adapters have in common, on top of the call frame: what they refuse, the families that
+// they take, the registry keys that they share, and functions that are loaded at first use.
+
 #include <support/trace/call_frame.h>
 #include <zelk_nm/tolva.h>
 

@@ -1,5 +1,13 @@
 #pragma once
 
+// Platform: what stands between the library and Windows alone, without a word of networking: owners of handles,
+// functions that only some systems have, files, and what keeps the compiler's run time small and loadable on 5.2.
+//
+// Sizes are asked for by three rules, because the platform has three: a path is cut short without a word of the size
+// that it needs, so the buffer grows step by step (module_path.h); most tables tell their size when asked without a
+// buffer, and the second answer is final (AskThenCall in table_query.h); those of whole adapters say that a buffer is
+// too small by another code, and are called with one from the start (CallThenGrowOnce).
+
 #include <cstdint>
 #include <utility>
 

@@ -13,10 +13,10 @@ namespace velmor
 
 using TableBuffer = std::vector<unsigned char>;
 
-/// The rule of the tables that tell their size first: asks without a buffer, then calls once with exactly the size
-/// told. An answer to the first question other than "too small", success included, is the final one and fills nothing.
-/// `call` takes the buffer, or null, and the size in bytes, and returns the platform's code. True when the table is
-/// there.
+/// The rule of GetInterfaceInfo, GetIpAddrTable and GetIpForwardTable, which tell their size first: asks without a
+/// buffer, then calls once with exactly the size told. An answer to the first question other than "too small", success
+/// included, is the final one and fills nothing. `call` takes the buffer, or null, and the size in bytes, and returns
+/// the platform's code. True when the table is there.
 template <class Call>
 bool AskThenCall(TableBuffer& buffer, DWORD& dwRc, Call&& call)
 {
@@ -44,7 +44,8 @@ bool HoldsEntries(const TableBuffer& buffer, Count Table::*pCount, Entry (Table:
     return count <= 0 || static_cast<std::size_t>(count) <= (buffer.size() - EndOf(pTable->*pEntries)) / sizeof(Entry);
 }
 
-/// The rule of the tables that are tried with a small buffer first: calls with the buffer as it is and, if it was too
+/// The rule of GetAdaptersAddresses and GetAdaptersInfo, which report a small buffer with another code and are tried
+/// with one first: calls with the buffer as it is and, if it was too
 /// small, once more with the size told.
 template <class Call>
 bool CallThenGrowOnce(TableBuffer& buffer, DWORD& dwRc, Call&& call)

@@ -1,5 +1,13 @@
 #pragma once
 
+// Registry: settings are kept in the running system's SYSTEM and SOFTWARE hives, and what the library knows of the
+// Windows it runs on (environment.h) is read there too.
+//
+// An offline hive is a file of another, not running, installation. The host product, which repairs machines from a
+// boot image, mounts such hives under fixed names of HKEY_LOCAL_MACHINE. The library never reads them. But a mounted
+// hive's file is held open, and the host relies on the library to let go of it: whatever operation uses the registry
+// next unloads the hive as it ends.
+
 #include <vector>
 
 #include <winsock2.h>

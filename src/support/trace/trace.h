@@ -1,5 +1,9 @@
 #pragma once
 
+// Trace: the only place where the library says why something failed. The log is read by people and by scripts that
+// search for its texts, so every text, variable name and level in the library is a contract, misspellings included;
+// new code may add lines of its own but changes none. CallFrame is how an operation writes them; CTrace is the file.
+
 #include <atomic>
 #include <cstdint>
 #include <string>
