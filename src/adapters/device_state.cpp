@@ -85,7 +85,7 @@ bool TOLVA::SetHardwareAddress(const NIC_INFO& NicInfo, const HARDWARE_ADDRESS& 
 
         if (!velmor::Registry_System().SetString(sEnumKey, L"NetworkAddress", sHwAddr))
             return frame.Fail("Set 'NetworkAddress' failed");
-        // The driver reads the value when its device starts.
+        // "NetworkAddress" is the keyword that NDIS gives to every driver, which reads it when its device starts.
         if (!DisableAdapter(NicInfo))
             return frame.Fail("DisableAdapter failed");
         if (!EnableAdapter(NicInfo))

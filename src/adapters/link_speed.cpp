@@ -22,6 +22,10 @@ constexpr const char* LinkSpeedNames[] = {
     "XCVR_SELECT",    "FullDuplex",   "LineMode",           "FullDuplexEnable",  "DuplexCapabilities_A"};
 static_assert(std::size(LinkSpeedNames) == 30);
 
+// A driver's advanced properties are values of its class key, one a property. What the system's property sheet shows
+// for a value stands in the "Enum" key of the property's parameters, which come with the driver's INF file. Names that
+// begin with an asterisk are the standardised ones; older drivers have names of their own.
+
 /// The driver's parameter and its present value; null when it has none of the names.
 const char* FindSetting(const CallFrame& frame, const velmor::Registry& registry, const velmor::string& sSubKey,
                         velmor::string& sCurrentSetting)
@@ -98,6 +102,7 @@ bool TOLVA::GetAdapterLinkSpeed(const NIC_INFO& NicInfo, double& dSpeed)
         const DWORD dwRc = ::GetIfEntry(&ifRow);
         if (dwRc != NO_ERROR)
             return frame.Fail("GetIfEntry failed", "dwRc", dwRc);
+        // 32 bits of bits a second: a faster link reads as all of them set.
         frame.Verbose("ifRow.dwSpeed", ifRow.dwSpeed);
         dSpeed = ifRow.dwSpeed / BITS_PER_MEGABIT;
         return frame.Succeed();

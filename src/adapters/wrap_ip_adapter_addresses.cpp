@@ -30,6 +30,8 @@ struct TypeText
     IFTYPE type;
     const wchar_t* pszText;
 };
+// The numbers are IANA's. Wireless adapters (IF_TYPE_IEEE80211) count among the others: systems before Vista report
+// them as Ethernet.
 constexpr TypeText TYPE_TEXTS[] = {{IF_TYPE_ETHERNET_CSMACD, L"ETHERNET"},
                                    {IF_TYPE_ISO88025_TOKENRING, L"TOKENRING"},
                                    {IF_TYPE_FDDI, L"FDDI"},

@@ -56,6 +56,7 @@ bool TOLVA::Wrap_IP_INTERFACE_INFO::GetAdapterList(std::vector<NIC_INFO>& NicLis
     for (const IP_ADAPTER_INDEX_MAP& entry : m_table.Rows())
     {
         NIC_INFO NicInfo;
+        // A name that fills its field may have no terminator.
         NicInfo.sNicName = velmor::string(entry.Name, ::wcsnlen(entry.Name, std::size(entry.Name)));
         frame.Verbose("NicInfo.sNicName", NicInfo.sNicName);
         NicInfo.sNicGuid = NicInfo.sNicName;

@@ -64,6 +64,7 @@ const IP_ADAPTER_INFO* FindAdapter(const velmor::TableBuffer& buffer, unsigned l
     return pAdapter;
 }
 
+/// Addresses are texts in this table, whose context DeleteIPAddress wants.
 const IP_ADDR_STRING* FindAddress(const CallFrame& frame, const IP_ADAPTER_INFO& adapter,
                                   const velmor::ip_address& address)
 {

@@ -50,6 +50,7 @@ MIB_IPFORWARD_ROW2 RowOf(const TOLVA::ROUTE_INFO& Route, const NET_LUID& luid)
 {
     // Not made by InitializeIpForwardEntry, which presets flags that are to be off here: what is not set stays zero.
     MIB_IPFORWARD_ROW2 row = {};
+    // Where both name the interface, the LUID decides; the index is for readers of the row.
     row.InterfaceLuid = luid;
     row.InterfaceIndex = Route.ulIndex;
     row.DestinationPrefix.Prefix = TOLVA::Convert_SOCKADDR_INET(Route.Destination);

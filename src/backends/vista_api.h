@@ -23,7 +23,7 @@ public:
     unsigned long GetTcp6Table(MIB_TCP6TABLE* pTable, unsigned long* pulSize, bool bSort) override;
 
 private:
-    /// Tables that the platform has allocated go back to it.
+    /// Tables that the platform has allocated go back to it: their memory is of no heap that the library knows.
     struct FreeTable
     {
         const VistaAPI* pApi = nullptr;

@@ -8,6 +8,8 @@
 namespace
 {
 
+// Numbers are in host byte order, as callers compute with them; sockets have them in network byte order.
+
 constexpr unsigned long NO_IPV4_ADDRESS = 0xFFFFFFFF;
 constexpr unsigned char LONGEST_PREFIX = 32;
 

@@ -8,7 +8,7 @@
 
 TOLVA::SockDrawer::SockDrawer() noexcept
 {
-    // A failure shows in the Winsock calls that then fail.
+    // Texts of addresses are parsed and formatted by Winsock. A failure shows in the calls that then fail.
     constexpr WORD VERSION_2_0 = 2;
     WSADATA data;
     ::WSAStartup(VERSION_2_0, &data);

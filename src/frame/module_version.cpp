@@ -61,6 +61,7 @@ bool ReadFileVersion(const CallFrame& frame, const std::vector<BYTE>& resource, 
     char subBlock[64];
     std::snprintf(subBlock, std::size(subBlock), "\\StringFileInfo\\%4.4X%4.4X\\FileVersion", pTranslation->wLanguage,
                   pTranslation->wCodePage);
+    // Of a text the size is told in characters; the terminator need not be among them.
     const wchar_t* pszVersion = nullptr;
     UINT characters = 0;
     if (!QueryVersionValue(frame, resource, velmor::string(subBlock).c_str(), 0, pszVersion, characters))

@@ -33,7 +33,8 @@ struct EnvironmentCodes
     unsigned long ulMiniNT; ///< 0: this version has no such environment
 };
 
-// In the row of 6.1 the workstation has the greater number, unlike in every other. That is meant.
+// The numbers are fixed outside the library: in the row of 6.1 the workstation has the greater one, unlike in every
+// other.
 constexpr EnvironmentCodes ENVIRONMENT_CODES[] = {
     {{5, 0}, 2, 3, 0},  {{5, 1}, 4, 4, 0},    {{5, 2}, 4, 5, 16},   {{6, 0}, 6, 7, 17},
     {{6, 1}, 9, 8, 18}, {{6, 2}, 10, 11, 19}, {{6, 3}, 12, 13, 20}, {{6, 4}, 14, 15, 0},

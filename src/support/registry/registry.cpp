@@ -14,7 +14,7 @@ namespace
 constexpr const wchar_t* OFFLINE_SYSTEM_KEY = L"{D0B3D3F4-05F2-4671-80D5-B569ABD77343}\\";
 constexpr const wchar_t* OFFLINE_SOFTWARE_KEY = L"{72000DEF-16EA-418f-99F7-40C42BBC5C22}\\";
 
-// The lower-case directory is meant: this log's path differs from the others' in it.
+// As the host product has it, with the maker in lower case, unlike in the paths of the other logs.
 constexpr const wchar_t* UNLOAD_LOG = L"X:\\Program Files\\velmor\\ZELK\\Logfiles\\registry.log";
 
 constexpr DWORD TOKEN_ACCESS = TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY;
@@ -179,7 +179,7 @@ bool Registry::Enable_Privilege(const wchar_t* pszPrivilege, TOKEN_PRIVILEGES& p
     wanted.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
     if (!::LookupPrivilegeValueW(nullptr, pszPrivilege, &wanted.Privileges[0].Luid))
     {
-        // Reported but no failure: the unload itself tells whether the privilege was needed. That is meant.
+        // Reported but no failure: the unload itself tells whether the privilege was needed.
         LogLine(log, L"LookupPrivilegeValue() failed ", ::GetLastError());
         return true;
     }

@@ -103,7 +103,8 @@ CTrace::CTrace(const velmor::string& sFileName, const velmor::string& sLevelKey,
       m_sFileName(sFileName),
       m_sLevelKey(sLevelKey)
 {
-    // The environment is not known yet, so the log directory is always sought beside the executable. That is meant.
+    // The environment is settled last, so the log directory is always sought beside the executable, even where the
+    // settings file (ReadTraceLevel) lies on drive Z:.
     velmor::string sLogDir;
     CTrace::GetLogDirectory(sLogDir);
     m_sLogPath = sLogDir + L"\\" + m_sFileName;
