@@ -13,6 +13,7 @@
 #include <state/platform/socket_address.h>
 #include <state/platform/table_buffer.h>
 #include <state/platform/utf8.h>
+#include <state/reading/mask_table.h>
 
 namespace zelk
 {
@@ -107,19 +108,20 @@ std::optional<DadState> DadStateOf(NL_DAD_STATE state)
     }
 }
 
-/// The adapter's prefix that fits the address best: of records that end before the address's own prefix length.
+/// The adapter's prefix that fits the address best, for records that end before the address's own prefix length. Every
+/// address also stands in the list as a prefix of its own, which counts only where nothing else fits.
 std::optional<std::uint8_t> LongestPrefix(const Record& record, const IpAddress& address)
 {
+    const ULONG whole = BitsOf(address.GetFamily());
     std::optional<std::uint8_t> longest;
     for (const auto* p = GetPointer(record, &Record::FirstPrefix); p != nullptr; p = p->Next)
     {
         const auto start = FromSocketAddress(p->Address);
-        const bool host =
-            p->PrefixLength == BitsOf(address.GetFamily()); // the address itself, as every address has one
-        if (!start || host || p->PrefixLength > BitsOf(start->GetFamily()) || p->PrefixLength < longest.value_or(0))
+        if (!start || p->PrefixLength > whole)
             continue;
         const auto length = static_cast<std::uint8_t>(p->PrefixLength);
-        if (IpPrefix{*start, length}.Contains(address))
+        const bool better = !longest || *longest == whole || (length > *longest && length != whole);
+        if (better && IpPrefix{*start, length}.Contains(address))
             longest = length;
     }
     return longest;
@@ -273,6 +275,14 @@ DWORD FillTable(TableBuffer& buffer, bool vista)
     return code == ERROR_INVALID_PARAMETER || code == ERROR_INVALID_FLAGS ? Ask(VISTA_FLAGS) : code;
 }
 
+/// Where addresses have no prefix lengths of their own.
+void TakePrefixLengths(Adapter& adapter, const MaskTable& masks)
+{
+    for (Address& address : *adapter.ipv4.addresses)
+        if (const auto mask = masks.find(std::pair(adapter.index.value_or(0), address.address)); mask != masks.end())
+            address.prefixLength = mask->second;
+}
+
 } // namespace
 
 bool ReadAdapterTable(Reading& reading, const LinkTable& links)
@@ -287,10 +297,12 @@ bool ReadAdapterTable(Reading& reading, const LinkTable& links)
         reading.Report(code, "GetAdaptersAddresses", "The addresses and the states of the adapters are not known.");
         return false;
     }
+    const MaskTable masks = vista ? MaskTable() : ReadMaskTable(reading);
     for (const Record* p = buffer.As<Record>(); p != nullptr; p = p->Next)
     {
         Adapter adapter = AdapterOf(*p, vista);
         AddLink(*p, links, adapter);
+        TakePrefixLengths(adapter, masks);
         const auto link = links.find(adapter.index.value_or(0));
         if (link == links.end() || !link->second.filter)
             reading.Add(std::move(adapter));

@@ -95,8 +95,8 @@ run_in() {
     return $rc
 }
 failed=0
-run_in "$name" "$@" --gtest_filter='Lan.*:Tables.*:ZelkctlFinds.*' || failed=1
-run_in "$name" "$older" --gtest_filter='Tables.*' || failed=1
+run_in "$name" "$@" --gtest_filter='Lan.*:Tables.*:Machine.*:ZelkctlFinds.*' || failed=1
+run_in "$name" "$older" --gtest_filter='Tables.*:Machine.*' || failed=1
 run_in "$name" "$@" --gtest_filter='*Changes.*' || failed=1 # the last there: the links are no longer as made
 run_in "$name-bare" "$@" --gtest_filter='LoopbackOnly.*' || failed=1
 exit $failed

@@ -350,6 +350,21 @@ DWORD FakeWindows::Adapters(ULONG flags, IP_ADAPTER_ADDRESSES* table, ULONG* siz
 
 void FakeWindows::PatchTables()
 {
+    ADD_PATCH(m_patches, GetIpAddrTable, [this](MIB_IPADDRTABLE* table, ULONG* size, BOOL) -> DWORD {
+        const auto needed = static_cast<ULONG>(sizeof(*table) + adapters.size() * sizeof(MIB_IPADDRROW));
+        if (const DWORD code = Count("GetIpAddrTable"); code != NO_ERROR || *size < needed)
+            return code != NO_ERROR ? code : (*size = needed, ERROR_INSUFFICIENT_BUFFER);
+        table->dwNumEntries = 0;
+        for (const FakeAdapter& adapter : adapters) // of each the first address
+        {
+            const auto prefix = zelk::IpPrefix::Parse(adapter.addresses.at(0).prefix).value();
+            MIB_IPADDRROW& row = table->table[table->dwNumEntries++];
+            row.dwIndex = adapter.index;
+            row.dwAddr = SocketInet(prefix.address.ToText()).Ipv4.sin_addr.s_addr;
+            row.dwMask = htonl(~0U << (32 - prefix.length));
+        }
+        return NO_ERROR;
+    });
     ADD_PATCH(m_patches, GetProcAddress,
               [this](auto, HMODULE, const char* name) -> FARPROC { return FunctionOf(name); });
     ADD_PATCH(m_patches, GetAdaptersAddresses,

@@ -336,7 +336,8 @@ TEST(Reading, BeforeVistaUsesWhatThereIs)
     EXPECT_EQ("", TextsOf(machine.problems));
     const Adapter& adapter = Named(machine, "static");
     const Address& address = adapter.ipv4.addresses->at(0);
-    EXPECT_EQ(24, address.prefixLength) << "of the longest prefix that fits";
+    EXPECT_EQ(24, address.prefixLength) << "from the older table";
+    EXPECT_EQ(64, adapter.ipv6.addresses->at(0).prefixLength) << "of the longest prefix that fits";
     EXPECT_EQ(AddressOrigin::MANUAL, address.origin);
     EXPECT_FALSE(address.dadState);
     EXPECT_FALSE(adapter.ipv4.metric);
