@@ -96,19 +96,24 @@ private:
     bool m_bOpen;
 };
 
-CTrace::CTrace(const velmor::string& sFileName, const velmor::string& sLevelKey, unsigned int ulLevelMask)
-    : m_ulLevelMask(ulLevelMask),
-      m_hMutex(::CreateMutexW(nullptr, FALSE, sFileName.c_str())),
-      m_ulEnvironment(0),
-      m_sFileName(sFileName),
-      m_sLevelKey(sLevelKey)
+CTrace::CTrace(const wchar_t* pszFileName, const wchar_t* pszLevelKey, unsigned int ulLevelMask) noexcept
+    : m_ulLevelMask(ulLevelMask), m_hMutex(::CreateMutexW(nullptr, FALSE, pszFileName)), m_ulEnvironment(0)
 {
-    // The environment is settled last, so the log directory is always sought beside the executable, even where the
-    // settings file (ReadTraceLevel) lies on drive Z:.
-    velmor::string sLogDir;
-    CTrace::GetLogDirectory(sLogDir);
-    m_sLogPath = sLogDir + L"\\" + m_sFileName;
-    RotateLog();
+    try
+    {
+        m_sFileName = pszFileName;
+        m_sLevelKey = pszLevelKey;
+        // The environment is settled last, so the log directory is always sought beside the executable, even where the
+        // settings file (ReadTraceLevel) lies on drive Z:.
+        velmor::string sLogDir;
+        CTrace::GetLogDirectory(sLogDir);
+        m_sLogPath = sLogDir + L"\\" + m_sFileName;
+        RotateLog();
+    }
+    catch (...)
+    {
+        // Without its path no file opens, and the lines are lost.
+    }
     m_ulEnvironment = GetWindowsEnvironment();
 }
 

@@ -33,7 +33,8 @@ class CTrace
 {
 public:
     /// Opens the mutex, settles the log directory and moves the file of the previous load to its ".old" name.
-    CTrace(const velmor::string& sFileName, const velmor::string& sLevelKey, unsigned int ulLevelMask);
+    /// Without memory for that the log stays silent.
+    CTrace(const wchar_t* pszFileName, const wchar_t* pszLevelKey, unsigned int ulLevelMask) noexcept;
     CTrace(const CTrace&) = delete;
     CTrace& operator=(const CTrace&) = delete;
 
