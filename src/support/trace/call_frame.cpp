@@ -1,6 +1,6 @@
 #include <support/trace/call_frame.h>
 
-#include <zelk_nm/network_error.h>
+#include <support/values/address_text.h>
 
 namespace
 {
@@ -81,11 +81,8 @@ bool CallFrame::FailUnforeseen() const noexcept
 }
 
 velmor::string TextOf(const velmor::ip_address& address)
-try
 {
-    return address;
-}
-catch (const velmor::NetworkError&)
-{
-    return L"<invalid>";
+    velmor::string sText;
+    int code = NO_ERROR;
+    return velmor::FormatAddress(address, sText, code) ? sText : velmor::string(L"<invalid>");
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string_view>
 
+#include <support/values/address_text.h>
 #include <zelk_nm/network_error.h>
 
 namespace velmor
@@ -108,21 +109,34 @@ bool ip_address::operator==(const ip_address& other) const noexcept
     return std::memcmp(&m_address.Ipv6.sin6_addr, &other.m_address.Ipv6.sin6_addr, sizeof(IN6_ADDR)) == 0;
 }
 
-ip_address::operator velmor::string() const
+bool FormatAddress(const ip_address& address, velmor::string& sText, int& code)
 {
-    if (!is_valid())
-        throw NetworkError(WSAEAFNOSUPPORT);
+    code = WSAEAFNOSUPPORT;
+    if (!address.is_valid())
+        return false;
 
-    SOCKADDR_INET bare = ForFormatting(m_address);
+    SOCKADDR_INET bare = ForFormatting(address.sockaddr());
     char text[66] = {};
     DWORD length = sizeof(text);
-    const DWORD size = is_ipv4() ? sizeof(SOCKADDR_IN) : sizeof(SOCKADDR_IN6);
+    const DWORD size = address.is_ipv4() ? sizeof(SOCKADDR_IN) : sizeof(SOCKADDR_IN6);
     if (::WSAAddressToStringA(reinterpret_cast<SOCKADDR*>(&bare), size, nullptr, text, &length) != 0)
-        throw NetworkError(::WSAGetLastError());
-
+    {
+        code = ::WSAGetLastError();
+        return false;
+    }
     // The length counts the terminator, where the platform keeps its word; the buffer is zeroed where it does not.
     const std::string_view whole(text, ::strnlen(text, sizeof(text)));
-    return velmor::string(std::string(WithoutPortAndBrackets(whole)).c_str());
+    sText = std::string(WithoutPortAndBrackets(whole)).c_str();
+    return true;
+}
+
+ip_address::operator velmor::string() const
+{
+    velmor::string sText;
+    int code = NO_ERROR;
+    if (!FormatAddress(*this, sText, code))
+        throw NetworkError(code);
+    return sText;
 }
 
 } // namespace velmor
