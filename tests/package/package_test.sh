@@ -93,7 +93,7 @@ build_library() { # FOLDER
         ninja zelk_nm
     else
         ninja $objects/src/{frame/module_version,support/values/string,tools/captured_command}.cpp.obj \
-            CMakeFiles/zelk_nm.dir/src/{frame/zelk_nm.rc.res,support/platform/{exception_state,small_runtime}.cpp.obj}
+            CMakeFiles/zelk_nm.dir/src/{frame/zelk_nm.rc.res,support/platform/{exception_state,exit_functions,small_runtime}.cpp.obj}
         cp -rn "$BUILD_DIR/$objects" CMakeFiles
         mkdir -p bin lib
         eval "$(ninja -t commands -s bin/ZELK_NM.DLL)"
