@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <span>
 
 #include <gtest/gtest.h>
 
@@ -46,6 +48,20 @@ unsigned int CountHandles()
         reinterpret_cast<const HandleEntry*>(reinterpret_cast<const BYTE*>(entries.data()) + sizeof(void*));
     return static_cast<unsigned int>(std::count_if(
         pFirst, pFirst + ulCount, [](const HandleEntry& entry) { return entry.ulProcess == ::GetCurrentProcessId(); }));
+}
+
+std::size_t CountHeapBlocks()
+{
+    std::size_t blocks = 0;
+    HANDLE heaps[64];
+    const DWORD dwCount = std::min<DWORD>(::GetProcessHeaps(std::size(heaps), heaps), std::size(heaps));
+    for (HANDLE hHeap : std::span(heaps, dwCount))
+    {
+        PROCESS_HEAP_ENTRY entry = {};
+        while (::HeapWalk(hHeap, &entry))
+            blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+    }
+    return blocks;
 }
 
 /// Keeps the watch's own bookkeeping and other threads out of the count.

@@ -12,6 +12,9 @@ namespace testing_support
 /// of its own that stays.
 unsigned int CountHandles();
 
+/// Number of blocks that are taken in all heaps of this process.
+std::size_t CountHeapBlocks();
+
 /// Counts what the program takes from the C heap on the constructing thread, and can make it fail. One at a time; what
 /// the test itself allocates between arming and reading counts too.
 class AllocationWatch
