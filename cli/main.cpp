@@ -1,24 +1,19 @@
-#include <algorithm>
 #include <exception>
 #include <memory>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-
+#include <state/machine/problem.h>
 #include <zelk_nm/tolva.h>
 
 #include <shlwapi.h>
 
-#include "answer/output.h"
-#include "parser/command.h"
-#include "records/adapter_record.h"
-#include "system/arguments.h"
+#include "answer/render.h"
+#include "parser/command_line.h"
 #include "system/console.h"
-#include "system/exit_code.h"
-#include "system/text.h"
+#include "system/program_arguments.h"
+#include "system/system_error.h"
 #include "trace/trace_location.h"
 #include "verbs/adapter_commands.h"
 #include "verbs/address_commands.h"
@@ -28,16 +23,53 @@
 #include "verbs/doctor_commands.h"
 #include "verbs/gateway_commands.h"
 #include "verbs/identity_commands.h"
+#include "verbs/machine_commands.h"
 #include "verbs/route_commands.h"
 #include "verbs/settings_commands.h"
 #include "verbs/tcp6_commands.h"
 #include "verbs/trace_commands.h"
-#include "verbs/version.h"
 
 namespace
 {
 
 using namespace zelkctl;
+
+void AddCommands(Command tool)
+{
+    AddMachineCommands(tool);
+    AddAdapterCommands(tool);
+    AddAddressCommands(tool);
+    AddDhcpCommands(tool);
+    AddGatewayCommands(tool);
+    AddDnsCommands(tool);
+    AddRouteCommands(tool);
+    AddSettingsCommands(tool);
+    AddIdentityCommands(tool);
+    AddTcp6Commands(tool);
+    AddDoctorCommand(tool);
+    AddTraceCommands(tool);
+    AddCompletionCommands(tool);
+}
+
+/// The tool's own options, and what it does without a command.
+void AddToolItself(CLI::App& parser, Command tool, Request& request)
+{
+    parser.allow_windows_style_options(false); // a name may begin with "/"
+    parser.require_subcommand(0, 1);
+    tool.AddRemark("Examples:\n  zelkctl adapter list\n  zelkctl help adapter list");
+    tool.AddRemark("Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such adapter or several,\n"
+                   "  4 requires elevation, 10 --check found differences");
+    const auto fields = AdapterListFields();
+    tool.AddFormOptions(fields);
+    tool.AddColumnOptions(fields);
+    const auto version = tool.AddFlag("-V,--version", "Show the version of the library");
+    parser.callback([&parser, &request, version] {
+        if (!parser.get_subcommands().empty())
+            return;
+        request.sCommand = version() ? "version" : "adapter list";
+        request.answer = version() ? VersionAnswer : [] { return ListAdapters({}, false); };
+    });
+}
 
 /// The library takes its trace level from trace.ini when an object of it is made, and then empties the trace, in which
 /// another zelkctl may be reading. So that is done only where somebody has set a level.
@@ -48,90 +80,37 @@ std::unique_ptr<TOLVA> HonourTraceSettings()
     return std::make_unique<TOLVA>();
 }
 
-void Describe(CLI::App& app, std::unique_ptr<TOLVA>& pSettings, Output& output)
+Answer AnswerTo(const CLI::App& parser, const Request& request)
 {
-    app.allow_windows_style_options(false); // a name may begin with "/"
-    app.set_version_flag("--version", VersionText, "Show the version of the library");
-    app.require_subcommand(0, 1);
-    SetExample(app, "adapter list");
-    AddRemark(app, "Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such or ambiguous adapter,\n"
-                   "  4 needs elevation, 10 --check found differences");
-    AddFormFlags(app, output, SummaryFields());
-    AddReadBackFlag(app, output);
-    AddAdapterCommands(app, output);
-    AddAddressCommands(app, output);
-    AddDhcpCommands(app, output);
-    AddGatewayCommands(app, output);
-    AddDnsCommands(app, output);
-    AddRouteCommands(app, output);
-    AddSettingsCommands(app, output);
-    AddIdentityCommands(app, output);
-    AddTcp6Commands(app, output);
-    AddDoctorCommand(app, output);
-    const CLI::App& trace = AddTraceCommands(app, output);
-    AddCompletionCommands(app, output);
-    // Runs before the command does. What looks at the trace must not empty it.
-    app.parse_complete_callback([&] {
-        if (!app.got_subcommand(&trace))
-            pSettings = HonourTraceSettings();
-    });
-    app.callback([&] {
-        if (!app.get_subcommands().empty())
-            return;
-        output.SetCommand("adapter list");
-        ShowAdapterList(output);
-    });
+    // What looks at the trace must not empty it.
+    const auto pSettings = parser.got_subcommand(TRACE_NOUN) ? nullptr : HonourTraceSettings();
+    return request.answer();
 }
 
-/// A wrong verb is a missing one to the parser, which then does not name it. It repeats what the user gave as it is.
-std::string ReasonOf(const CLI::App& app, const CLI::ParseError& end)
+Failure FailureOf(const std::exception& error)
 {
-    std::string sReason = end.what();
-    const auto unexpected = app.remaining(true);
-    if (end.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError) && !unexpected.empty())
-        sReason += ", not \"" + unexpected.front() + '"';
-    return Printable(sReason);
+    if (const auto* pFailure = dynamic_cast<const Failure*>(&error))
+        return *pFailure;
+    if (const auto* pError = dynamic_cast<const zelk::StateError*>(&error))
+        return Failure({.sReason = pError->GetProblem().text + ' ' + pError->GetProblem().step + ": " +
+                                   SystemText(pError->GetProblem().code)});
+    return Failure({.sReason = error.what()});
 }
 
-/// Help and version are ends of the parser too, those that are no failure.
-void EndParsing(const CLI::App& app, const CLI::ParseError& end, Output& output)
+/// Answers the command line, and tells why where that fails.
+ExitCode Run(CLI::App& parser, const std::vector<std::string>& arguments, Request& request)
+try
 {
-    std::ostringstream data;
-    std::ostringstream notes;
-    if (app.exit(end, data, notes) == 0)
-        return Output::Data(data.str());
-    output.Fail(Failure({.code = EXIT_USAGE, .sReason = ReasonOf(app, end), .sHint = "--help tells how to use it."}));
+    ReadCommandLine(parser, arguments, request);
+    const Answer answer = AnswerTo(parser, request);
+    Renderer(request.form, request.sCommand).Render(answer);
+    return answer.code;
 }
-
-void Parse(CLI::App& app, std::vector<std::string> arguments, Output& output)
+catch (const std::exception& error)
 {
-    std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the back
-    try
-    {
-        app.parse(std::move(arguments));
-    }
-    catch (const CLI::ParseError& end)
-    {
-        EndParsing(app, end, output);
-    }
-}
-
-ExitCode Run(Output& output)
-{
-    std::unique_ptr<TOLVA> pSettings; // for as long as commands run
-    auto arguments = Arguments();
-    // Before they are read: a wrong use is to be told in this form too.
-    output.SetJson(std::ranges::find(arguments, "--json") != arguments.end());
-    CLI::App app("Shows and changes the network adapters of this machine; without arguments it runs \"adapter list\".",
-                 "zelkctl");
-    Describe(app, pSettings, output);
-    if (!arguments.empty() && arguments.front() == COMPLETE_VERB)
-    {
-        AnswerCompletion(app, arguments);
-        return EXIT_DONE;
-    }
-    Parse(app, std::move(arguments), output);
-    return output.GetExitCode();
+    const Failure failure = FailureOf(error);
+    Renderer(request.form, request.sCommand).Render(failure);
+    return failure.What().code;
 }
 
 } // namespace
@@ -140,20 +119,20 @@ int main()
 try
 {
     const Utf8Streams streams;
-    Output output;
-    try
+    const auto arguments = ProgramArguments();
+    Request request;
+    CLI::App parser(
+        "Shows and changes the network configuration of this machine. Without a command it lists the adapters.",
+        "zelkctl");
+    const Command tool(parser, request);
+    AddToolItself(parser, tool, request);
+    AddCommands(tool);
+    if (!arguments.empty() && arguments.front() == COMPLETE_VERB)
     {
-        return Run(output);
+        AnswerCompletion(parser, arguments);
+        return EXIT_DONE;
     }
-    catch (const Failure& failure)
-    {
-        output.Fail(failure);
-    }
-    catch (const std::exception& error)
-    {
-        output.Fail(Failure({.sReason = error.what()}));
-    }
-    return output.GetExitCode();
+    return Run(parser, arguments, request);
 }
 catch (...)
 {

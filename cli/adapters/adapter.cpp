@@ -1,68 +1,36 @@
 #include "adapters/adapter.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 
-#include <iphlpapi.h>
+#include <state/reading/read_machine.h>
 
-#include "adapters/installed_adapters.h"
-#include "adapters/library_call.h"
+#include "answer/cell_text.h"
+#include "answer/failure.h"
 #include "answer/table.h"
-#include "system/failure.h"
 #include "system/number.h"
-#include "system/text.h"
-#include "trace/trace_reader.h"
+#include "system/utf8.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-/// The library answers "failed" also for a machine without a single adapter.
-bool IsNoAdapterEnabled()
-{
-    ULONG ulSize = 0;
-    return ::GetInterfaceInfo(nullptr, &ulSize) == ERROR_NO_DATA;
-}
-
-std::vector<TOLVA::NIC_INFO> ListRecords()
-{
-    std::vector<TOLVA::NIC_INFO> records;
-    const TraceReader trace;
-    if (!TOLVA::GetAdapterList(records) && !IsNoAdapterEnabled())
-        throw OperationFailed("GetAdapterList", nullptr, trace);
-    return records;
-}
-
-Adapter Identify(const TOLVA::NIC_INFO& info)
-{
-    Adapter adapter{info, std::nullopt, {}};
-    unsigned long ulIndex = 0;
-    if (TOLVA::GetAdapterIndex(info, ulIndex))
-        adapter.index = ulIndex;
-    if (!TOLVA::GetAdapterIpconfigName(info, adapter.sIpconfigName))
-        adapter.sIpconfigName = L"";
-    return adapter;
-}
-
 // Whether the adapter has what the user wrote as its identity of one kind.
-
-bool HasName(const Adapter& adapter, std::string_view wanted)
+bool HasName(const zelk::Adapter& adapter, std::string_view wanted)
 {
-    const velmor::string sWanted = FromUtf8(wanted);
-    return !sWanted.empty() && (EqualIgnoringCase(adapter.info.sNicFriendlyName, sWanted) ||
-                                EqualIgnoringCase(adapter.sIpconfigName, sWanted));
+    return std::ranges::any_of(
+        std::initializer_list<const std::optional<std::string>*>{&adapter.connectionName, &adapter.friendlyName},
+        [&](const auto* pName) { return *pName && !wanted.empty() && EqualIgnoringCase(**pName, wanted); });
 }
 
-bool HasGuid(const Adapter& adapter, std::string_view wanted)
+bool HasGuid(const zelk::Adapter& adapter, std::string_view wanted)
 {
-    const velmor::string sWanted = FromUtf8(wanted);
-    const velmor::string& sGuid = adapter.info.sNicGuid;
-    return EqualIgnoringCase(sGuid, sWanted) || EqualIgnoringCase(sGuid, velmor::string(L"{") + sWanted + L"}");
+    const auto guid = zelk::Guid::Parse(wanted);
+    return guid && adapter.guid == guid;
 }
 
-bool HasIndex(const Adapter& adapter, std::string_view wanted)
+bool HasIndex(const zelk::Adapter& adapter, std::string_view wanted)
 {
     if (wanted.starts_with('#'))
         wanted.remove_prefix(1);
@@ -70,105 +38,112 @@ bool HasIndex(const Adapter& adapter, std::string_view wanted)
     return index && adapter.index == index;
 }
 
-/// The digits of a hardware address in upper case; empty for any other text.
-std::string HexDigits(std::string_view text)
+bool HasMac(const zelk::Adapter& adapter, std::string_view wanted)
 {
-    constexpr std::size_t FEWEST_DIGITS = 12;
-    std::string digits;
-    for (const char character : text)
-    {
-        if (std::isxdigit(static_cast<unsigned char>(character)) != 0)
-            digits += static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
-        else if (character != '-' && character != ':')
-            return {};
-    }
-    return digits.size() >= FEWEST_DIGITS ? digits : std::string();
-}
-
-bool HasMac(const Adapter& adapter, std::string_view wanted)
-{
-    const std::string sDigits = HexDigits(wanted);
-    return !sDigits.empty() && sDigits == HexDigits(ToUtf8(HardwareAddressOf(adapter.info)));
+    const auto address = zelk::HardwareAddress::Parse(wanted);
+    return address && adapter.hardwareAddress == address;
 }
 
 struct Identity
 {
     std::string_view prefix;
-    bool (*pHas)(const Adapter&, std::string_view);
+    bool (*pHas)(const zelk::Adapter&, std::string_view);
 };
 constexpr Identity IDENTITIES[] = {{"name:", HasName}, {"guid:", HasGuid}, {"index:", HasIndex}, {"mac:", HasMac}};
 
-bool IsWanted(const Adapter& adapter, std::string_view wanted)
+bool IsWanted(const zelk::Adapter& adapter, std::string_view wanted)
 {
     for (const Identity& identity : IDENTITIES)
-        if (EqualIgnoringCase(FromUtf8(wanted.substr(0, identity.prefix.size())), FromUtf8(identity.prefix)))
+        if (EqualIgnoringCase(wanted.substr(0, identity.prefix.size()), identity.prefix))
             return identity.pHas(adapter, wanted.substr(identity.prefix.size()));
     return std::ranges::any_of(IDENTITIES, [&](const Identity& identity) { return identity.pHas(adapter, wanted); });
 }
 
-std::vector<Adapter> Candidates(std::vector<Adapter> adapters, std::string_view wanted)
+std::vector<const zelk::Adapter*> Candidates(const zelk::Machine& machine, std::string_view wanted)
 {
-    std::erase_if(adapters, [&](const Adapter& adapter) { return !IsWanted(adapter, wanted); });
-    return adapters;
+    std::vector<const zelk::Adapter*> candidates;
+    for (const zelk::Adapter& adapter : machine.adapters)
+        if (IsWanted(adapter, wanted))
+            candidates.push_back(&adapter);
+    if (candidates.size() > 1)
+        std::erase_if(candidates, [](const zelk::Adapter* pAdapter) { return pAdapter->hidden; });
+    return candidates;
 }
 
-std::string Enumerate(const std::vector<Adapter>& adapters)
+/// A line for each, by which they can be told apart.
+std::string Enumerate(const std::vector<const zelk::Adapter*>& adapters)
 {
     Table table;
-    for (const Adapter& adapter : adapters)
-        table.Add({adapter.index ? std::to_string(*adapter.index) : "-", Printable(ToUtf8(adapter.info.sNicGuid)),
-                   Printable(ToUtf8(adapter.Name()))});
+    for (const zelk::Adapter* pAdapter : adapters)
+        table.Add({{pAdapter->index ? std::to_string(*pAdapter->index) : "-"},
+                   {pAdapter->guid ? pAdapter->guid->ToText() : "-"},
+                   {Printable(zelk::NameOf(*pAdapter))}});
     std::string text = table.Text();
     text.pop_back(); // the line's end comes with the message
     return text;
 }
 
+template <class Value>
+velmor::string TextOrEmpty(const std::optional<Value>& value)
+{
+    if (!value)
+        return {};
+    if constexpr (std::is_same_v<Value, std::string>)
+        return FromUtf8(*value);
+    else
+        return FromUtf8(value->ToText());
+}
+
 } // namespace
 
-std::string CalledName(const Adapter& adapter)
+std::string Quoted(const zelk::Adapter& adapter)
 {
-    const velmor::string& sName = adapter.Name();
-    return ToUtf8(sName.empty() ? adapter.info.sNicGuid : sName);
+    return Quoted(zelk::NameOf(adapter));
 }
 
-std::string Quoted(const Adapter& adapter)
+const zelk::Adapter& FindAdapter(const zelk::Machine& machine, const std::string& sWanted)
 {
-    return Quoted(CalledName(adapter));
-}
-
-std::vector<Adapter> ListAdapters()
-{
-    std::vector<Adapter> adapters;
-    for (const TOLVA::NIC_INFO& info : ListRecords())
-        adapters.push_back(Identify(info));
-    return adapters;
-}
-
-velmor::string HardwareAddressOf(const TOLVA::NIC_INFO& info)
-{
-    // The record has it only when everything else about the device was found out too; the adapter itself can be asked
-    // always.
-    TOLVA::HARDWARE_ADDRESS address;
-    if (!info.sNicHwAddr.empty() || !TOLVA::GetHardwareAddress(info, address))
-        return info.sNicHwAddr;
-    return address;
-}
-
-Adapter FindAdapter(const std::string& sWanted, Among among)
-{
-    auto candidates = Candidates(ListAdapters(), sWanted);
-    if (candidates.empty() && among == Among::INSTALLED)
-        candidates = Candidates(ListInstalledAdapters(), sWanted);
+    const auto candidates = Candidates(machine, sWanted);
     const std::string sQuoted = Quoted(sWanted);
     if (candidates.empty())
         throw Failure({.code = EXIT_NO_SUCH_ADAPTER,
                        .sReason = "there is no adapter " + sQuoted,
-                       .sHint = "\"zelkctl adapter list\" shows all that are enabled."});
+                       .sHint = "Run \"zelkctl adapter list --all\" to see all adapters."});
     if (candidates.size() > 1)
         throw Failure({.code = EXIT_NO_SUCH_ADAPTER,
-                       .sReason = sQuoted + " stands for several adapters:\n" + Enumerate(candidates),
-                       .sHint = "Say which by \"guid:{...}\", \"index:N\", \"mac:XX-...\" or \"name:...\"."});
-    return candidates.front();
+                       .sReason = sQuoted + " matches several adapters:\n" + Enumerate(candidates),
+                       .sHint = "Choose one with \"guid:{...}\", \"index:N\", \"mac:XX-...\" or \"name:...\"."});
+    return *candidates.front();
+}
+
+const zelk::Adapter* SameAdapter(const zelk::Machine& machine, const zelk::Adapter& adapter)
+{
+    const auto found = std::ranges::find(machine.adapters, adapter.guid, &zelk::Adapter::guid);
+    return found != machine.adapters.end() ? &*found : nullptr;
+}
+
+TOLVA::NIC_INFO NicInfoOf(const zelk::Adapter& adapter)
+{
+    TOLVA::NIC_INFO info;
+    info.sNicDesc = TextOrEmpty(adapter.description);
+    info.sNicFriendlyName = TextOrEmpty(adapter.friendlyName);
+    info.sNicEnum = TextOrEmpty(adapter.classKey);
+    info.sNicGuid = TextOrEmpty(adapter.guid);
+    info.sNicName = TextOrEmpty(zelk::DeviceNameOf(adapter));
+    info.sNicPci = TextOrEmpty(adapter.deviceInstance);
+    info.sNicHwAddr = TextOrEmpty(adapter.hardwareAddress);
+    return info;
+}
+
+std::vector<std::string> AdapterNames()
+{
+    std::vector<std::string> names;
+    for (const zelk::Adapter& adapter : zelk::ReadMachine({.identity = false, .routes = false}).adapters)
+        if (!adapter.hidden)
+            names.push_back(zelk::NameOf(adapter));
+    std::ranges::sort(names);
+    names.erase(std::ranges::unique(names).begin(), names.end());
+    return names;
 }
 
 } // namespace zelkctl

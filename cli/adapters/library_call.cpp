@@ -4,30 +4,37 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/adapter.h"
+#include "answer/cell_text.h"
 #include "system/elevation.h"
-#include "system/text.h"
+#include "system/utf8.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-/// What is most often behind a failure, and what can be done about it; empty when nothing is known.
-std::string HintFor(const Adapter* pAdapter, const TraceReader& trace, bool bNeedsIpv6)
+/// What can be done about the failure of an operation on this adapter; empty when nothing is known.
+std::string HintAbout(const zelk::Adapter& adapter, bool bNeedsIpv6)
+{
+    if (adapter.status == zelk::AdapterStatus::DISABLED)
+        return "The adapter is disabled; \"zelkctl adapter enable " + zelk::NameOf(adapter) + "\" enables it.";
+    if (!adapter.index)
+        return "The adapter is not running; \"zelkctl adapter list --all\" shows the status of all adapters.";
+    return bNeedsIpv6 && adapter.ipv6.enabled == false ? "IPv6 is disabled for this adapter." : "";
+}
+
+std::string HintFor(const zelk::Adapter* pAdapter, const TraceReader& trace, bool bNeedsIpv6)
 {
     if (!trace.HasDirectory())
-        return "Make the directory " + ToUtf8(std::wstring_view(trace.Directory())) +
-               ", and the library writes there why an operation fails.";
+        return "Create the directory " + ToUtf8(trace.Directory()) +
+               "; the library writes there why an operation fails.";
     if (trace.Problems().empty())
-        return "\"zelkctl trace level\" tells how much is traced; from level 1 on it is why an operation fails.";
-    unsigned long ulIndex = 0;
-    if (pAdapter != nullptr && !TOLVA::GetAdapterIndex(pAdapter->info, ulIndex))
-        return "The adapter is no longer there, or is disabled; \"zelkctl adapter list\" shows those that are there.";
-    TOLVA::FAMILY_TYPE enFamily = TOLVA::FAMILY_BOTH;
-    if (bNeedsIpv6 && pAdapter != nullptr && TOLVA::AddressFamilySupported(pAdapter->info, enFamily) &&
-        enFamily == TOLVA::FAMILY_IPV4)
-        return "IPv6 is off for this adapter.";
-    return IsElevated() ? "" : "Without elevation much is refused; run it from an elevated prompt.";
+        return "\"zelkctl trace level\" shows how much is traced; reasons of failures are traced from level 1 on.";
+    const std::string sHint = pAdapter != nullptr ? HintAbout(*pAdapter, bNeedsIpv6) : "";
+    if (!sHint.empty() || IsElevated())
+        return sHint;
+    return "Many operations require elevation; run zelkctl from an elevated prompt.";
 }
 
 /// What an operation survived is followed by a line of its own: the cause of its end stands after the last such line.
@@ -51,22 +58,21 @@ std::string Explanation(const TraceReader& trace)
         const TraceLine& cause = LastCause(problems);
         const std::string& sOutput = cause.sCommandOutput;
         return Reason(cause.sMessage) + " (traced by " + cause.sOperation + ')' +
-               (sOutput.empty() ? "" : "; the command said: " + Printable(sOutput));
+               (sOutput.empty() ? "" : "; the command printed: " + Printable(sOutput));
     }
-    const std::string sDirectory = ToUtf8(std::wstring_view(trace.Directory()));
+    const std::string sDirectory = ToUtf8(trace.Directory());
     if (!trace.HasDirectory())
-        return "no trace was written: the directory " + sDirectory + " is missing";
-    return "no reason was traced in the directory " + sDirectory;
+        return "the reason is not known because the directory " + sDirectory + " for the trace is missing";
+    return "the library traced no reason in the directory " + sDirectory;
 }
 
-Failure OperationFailed(std::string_view operation, const Adapter* pAdapter, const TraceReader& trace, bool bNeedsIpv6)
+Failure OperationFailed(std::string_view operation, const zelk::Adapter* pAdapter, const TraceReader& trace,
+                        bool bNeedsIpv6)
 {
-    // The reason first: the hint asks the library, which traces that too.
-    Failure::Details details{.sReason = Explanation(trace), .sOperation = std::string(operation)};
-    if (pAdapter != nullptr)
-        details.sAdapter = Quoted(*pAdapter);
-    details.sHint = HintFor(pAdapter, trace, bNeedsIpv6);
-    return Failure(std::move(details));
+    return Failure({.sReason = Explanation(trace),
+                    .sOperation = std::string(operation),
+                    .sAdapter = pAdapter != nullptr ? zelk::NameOf(*pAdapter) : "",
+                    .sHint = HintFor(pAdapter, trace, bNeedsIpv6)});
 }
 
 } // namespace zelkctl

@@ -4,16 +4,18 @@
 #include <chrono>
 #include <iostream>
 #include <thread>
+#include <utility>
 
-#include <winsock2.h>
+#include <state/reading/read_machine.h>
 
-#include <versionhelpers.h>
-
+#include "adapters/adapter.h"
 #include "adapters/library_call.h"
 #include "answer/table.h"
+#include "answer/value_text.h"
+#include "records/answer_schema.h"
+#include "system/console.h"
 #include "system/elevation.h"
-#include "system/own_process.h"
-#include "system/waiting.h"
+#include "system/progress.h"
 
 namespace zelkctl
 {
@@ -37,9 +39,10 @@ struct Reading
 
 std::vector<Reading> ReadBefore(const Change& change)
 {
+    CurrentMachine machine;
     std::vector<Reading> readings;
     for (const Aspect& aspect : change.aspects)
-        readings.push_back({&aspect, aspect.read(), {}});
+        readings.push_back({&aspect, aspect.read(machine), {}});
     return readings;
 }
 
@@ -54,7 +57,7 @@ Json ItemsOf(const std::vector<Reading>& readings, bool bDone)
     for (const Reading& reading : readings)
     {
         Json item;
-        item["item"] = reading.pAspect->field.pszKey;
+        item["item"] = reading.pAspect->sKey;
         item["before"] = reading.before;
         item["wanted"] = reading.pAspect->wanted;
         if (bDone)
@@ -67,25 +70,22 @@ Json ItemsOf(const std::vector<Reading>& readings, bool bDone)
 }
 
 /// What the change would do.
-void ShowDifferences(const std::vector<Reading>& readings, Output& output)
+Answer DifferencesOf(const std::vector<Reading>& readings)
 {
     Table table;
-    table.Add({"", "Item", "Before", "After"});
+    table.Add({{""}, {"Item"}, {"Before"}, {"After"}});
     bool bDiffers = false;
     for (const Reading& reading : readings)
     {
-        const Colour colour = reading.Differs() ? Colour::WATCH : Colour::PLAIN;
-        table.Add({reading.Differs() ? "*" : "=", reading.pAspect->field.pszLabel, TextOf(reading.before),
-                   WantedText(*reading.pAspect)},
-                  colour);
+        const Aspect& aspect = *reading.pAspect;
+        table.Add({{reading.Differs() ? "*" : "="}, {aspect.sLabel}, {TextOf(reading.before)}, {WantedText(aspect)}},
+                  reading.Differs() ? Colour::WATCH : Colour::PLAIN);
         bDiffers |= reading.Differs();
     }
     Json result;
     result["differs"] = bDiffers;
     result["items"] = ItemsOf(readings, false);
-    output.Answer(result, table.Text());
-    if (bDiffers)
-        output.SetExitCode(EXIT_DIFFERENCES);
+    return {.value = std::move(result), .text = table.Text(), .code = bDiffers ? EXIT_DIFFERENCES : EXIT_DONE};
 }
 
 Failure FailureOf(const Change& change, ExitCode code, std::string sReason, std::string sHint)
@@ -93,73 +93,52 @@ Failure FailureOf(const Change& change, ExitCode code, std::string sReason, std:
     return Failure({.code = code,
                     .sReason = std::move(sReason),
                     .sOperation = code == EXIT_OPERATION_FAILED ? change.sOperation : "",
-                    .sAdapter = change.adapter ? Quoted(*change.adapter) : "",
+                    .sAdapter = change.adapter ? zelk::NameOf(*change.adapter) : "",
                     .sHint = std::move(sHint)});
 }
 
 void RequireElevation(const Change& change)
 {
     if (change.bNeedsElevation && !IsElevated())
-        throw FailureOf(change, EXIT_NEEDS_ELEVATION, "this needs elevation; nothing was changed",
-                        "Run it from an elevated prompt, or look first with --check.");
+        throw FailureOf(change, EXIT_NEEDS_ELEVATION, "this requires elevation; nothing was changed",
+                        "Run it from an elevated prompt, or preview it with --check.");
 }
 
-void RequireConsent(const Change& change, const ChangeOptions& options)
+void RequireConfirmation(const Change& change, const ChangeOptions& options)
 {
-    if (change.reach != Reach::SESSION || options.bConsent)
+    if (change.reach != Reach::SESSION || options.bConfirmed)
         return;
-    const std::string sAdapter = change.adapter ? " through adapter " + Quoted(*change.adapter) : "";
+    const std::string sWarning = std::string("this can disconnect sessions") +
+                                 (change.adapter ? " through adapter " + Quoted(*change.adapter) : "");
     if (!IsTerminal(stdin) || !IsTerminal(stderr))
-        throw FailureOf(change, EXIT_USAGE,
-                        "this can cut off a session" + sAdapter + ", and nobody can be asked; nothing was changed",
-                        "Say --yes when it may.");
-    std::cerr << "This can cut off a session" << sAdapter << ". Go on? [y/N] " << std::flush;
-    std::string sAnswer;
-    std::getline(std::cin, sAnswer);
-    if (sAnswer != "y" && sAnswer != "Y" && sAnswer != "yes")
+        throw FailureOf(change, EXIT_USAGE, sWarning + "; nothing was changed", "Pass --yes to confirm.");
+    std::cerr << "Warning: " << sWarning << ". Continue? [y/N] " << std::flush;
+    std::string sReply;
+    std::getline(std::cin, sReply);
+    if (sReply != "y" && sReply != "Y" && sReply != "yes")
         throw Failure({.sReason = "not confirmed; nothing was changed"}); // no operation has run that could have failed
 }
 
-bool RunShowing(const std::string& sDoing, const std::function<bool()>& operation)
+bool RunWithProgress(const Change& change)
 {
-    const Waiting waiting(sDoing);
-    return operation();
-}
-
-/// Before Vista the library reads addresses and routes once per process: only another one sees what has become of them.
-bool IsReadOncePerProcess()
-{
-    return !::IsWindowsVistaOrGreater();
+    const ProgressDisplay progress(change.sDoing);
+    return change.operation();
 }
 
 void ReadNow(std::vector<Reading>& readings)
 {
-    if (!IsReadOncePerProcess())
-    {
-        for (Reading& reading : readings)
-            reading.now = reading.pAspect->read();
-        return;
-    }
-    const Json answer = Json::parse(RunOnceMore(L"--read-back"), nullptr, false);
-    const Json items = answer.is_object() ? answer.value("result", Json::array()) : Json::array();
-    for (std::size_t i = 0; i < readings.size(); ++i)
-        readings[i].now = i < items.size() ? items[i] : Json();
+    CurrentMachine machine;
+    for (Reading& reading : readings)
+        reading.now = reading.pAspect->read(machine);
 }
 
-/// What the process that was started for it answers.
-Json ValuesOf(const std::vector<Reading>& readings)
+/// A device takes a moment to come back, an address to be assigned: reads until everything is as wanted, or for so
+/// long.
+bool ReachesWanted(std::vector<Reading>& readings)
 {
-    Json values = Json::array();
-    for (const Reading& reading : readings)
-        values.push_back(reading.before);
-    return values;
-}
-
-/// A device takes a moment to come back, an address to be taken: reads until everything is reached, or for so long.
-bool ReadBack(std::vector<Reading>& readings)
-{
-    using namespace std::chrono_literals;
-    const auto end = std::chrono::steady_clock::now() + 10s;
+    constexpr auto PATIENCE = std::chrono::seconds(10);
+    constexpr auto INTERVAL = std::chrono::milliseconds(250);
+    const auto end = std::chrono::steady_clock::now() + PATIENCE;
     for (;;)
     {
         ReadNow(readings);
@@ -167,7 +146,7 @@ bool ReadBack(std::vector<Reading>& readings)
             std::ranges::all_of(readings, [](const Reading& reading) { return reading.IsReached(reading.now); });
         if (bReached || std::chrono::steady_clock::now() >= end)
             return bReached;
-        std::this_thread::sleep_for(250ms);
+        std::this_thread::sleep_for(INTERVAL);
     }
 }
 
@@ -177,53 +156,94 @@ std::string Missing(const std::vector<Reading>& readings)
     std::string text;
     for (const Reading& reading : readings)
         if (!reading.IsReached(reading.now))
-            text += std::string(text.empty() ? "" : "; ") + reading.pAspect->field.pszLabel + ": " +
-                    TextOf(reading.now) +
+            text += std::string(text.empty() ? "" : "; ") + reading.pAspect->sLabel + ": " + TextOf(reading.now) +
                     (reading.pAspect->wanted.is_null() ? "" : " instead of " + TextOf(reading.pAspect->wanted));
     return text;
 }
 
 void Verify(const Change& change, std::vector<Reading>& readings)
 {
-    const Waiting waiting("Reading back");
-    if (!ReadBack(readings))
+    const ProgressDisplay progress("Verifying");
+    if (!ReachesWanted(readings))
         throw FailureOf(change, EXIT_OPERATION_FAILED,
-                        "the library reported success, but the machine does not show the change: " + Missing(readings),
-                        "--no-verify does without this check.");
+                        "the library reported success, but the change cannot be verified: " + Missing(readings),
+                        "Use --no-verify to skip this check.");
+}
+
+std::vector<std::string> NotesOf(const Change& change, const std::string& sSurvived)
+{
+    std::vector<std::string> notes = {change.sDone};
+    if (change.reach == Reach::NEXT_START)
+        notes.emplace_back("This takes effect when the system starts next time.");
+    if (!sSurvived.empty())
+        notes.push_back("The library reported a problem on the way: " + sSurvived);
+    return notes;
 }
 
 } // namespace
 
-void Perform(const Change& change, const ChangeOptions& options, Output& output)
+const zelk::Machine& CurrentMachine::Get()
+{
+    if (!m_machine)
+        m_machine = zelk::ReadMachine();
+    return *m_machine;
+}
+
+Answer Perform(const Change& change, const ChangeOptions& options)
 {
     std::vector<Reading> readings = ReadBefore(change);
-    if (options.bReadBack)
-        return output.Answer(ValuesOf(readings), "");
     if (options.bCheck)
-        return ShowDifferences(readings, output);
+        return DifferencesOf(readings);
     RequireElevation(change);
-    RequireConsent(change, options);
+    RequireConfirmation(change, options);
 
     const TraceReader trace;
-    if (!RunShowing(change.sDoing, change.operation))
+    if (!RunWithProgress(change))
         throw OperationFailed(change.sOperation, change.adapter ? &*change.adapter : nullptr, trace, change.bNeedsIpv6);
     const std::string sSurvived = trace.Problems().empty() ? "" : Explanation(trace);
     const bool bVerify = options.bVerify && change.reach != Reach::NEXT_START;
     if (bVerify)
         Verify(change, readings);
 
-    Output::Note(change.sDone);
-    if (change.reach == Reach::NEXT_START)
-        Output::Note("It takes effect at the system's next start.");
-    if (!sSurvived.empty())
-        Output::Note("The library went on after this: " + sSurvived);
     Json result;
     result["done"] = true;
     result["verified"] = bVerify;
     result["atNextStart"] = change.reach == Reach::NEXT_START;
     result["wentOnAfter"] = sSurvived.empty() ? Json() : Json(sSurvived);
     result["items"] = ItemsOf(readings, bVerify);
-    output.Answer(result, "");
+    return {.value = std::move(result), .text = "", .notes = NotesOf(change, sSurvived)};
+}
+
+Json ChangeSchema()
+{
+    const Json any = Json::object();
+    const Json boolean = zelk::SchemaOfType("boolean");
+    const auto Items = [&](const char* pszLast, bool bRequired) {
+        Json item = ObjectOf({{"item", zelk::SchemaOfType("string")}, {"before", any}, {"wanted", any}});
+        item["properties"][pszLast] = any;
+        if (bRequired)
+            item["required"].push_back(pszLast);
+        return Json{{"type", "array"}, {"items", std::move(item)}};
+    };
+    return AnyOf({ObjectOf({{"differs", boolean}, {"items", Items("differs", true)}}),
+                  ObjectOf({{"done", boolean},
+                            {"verified", boolean},
+                            {"atNextStart", boolean},
+                            {"wentOnAfter", zelk::OrNull(zelk::SchemaOfType("string"))},
+                            {"items", Items("now", false)}})});
+}
+
+Aspect AdapterAspect(const zelk::Adapter& adapter, const std::string& sKey, const std::string& sLabel,
+                     std::function<Json(const zelk::Adapter&)> read, Json wanted)
+{
+    return {.sKey = sKey,
+            .sLabel = sLabel,
+            .read =
+                [adapter, read = std::move(read)](CurrentMachine& machine) {
+                    const zelk::Adapter* pNow = SameAdapter(machine.Get(), adapter);
+                    return pNow != nullptr ? read(*pNow) : Json();
+                },
+            .wanted = std::move(wanted)};
 }
 
 } // namespace zelkctl

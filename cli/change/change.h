@@ -5,21 +5,33 @@
 #include <string>
 #include <vector>
 
-#include "adapters/adapter.h"
-#include "answer/output.h"
+#include <state/machine/machine.h>
+
+#include "answer/answer.h"
 
 namespace zelkctl
 {
 
+/// The machine as it is now, read when it is first asked for.
+class CurrentMachine
+{
+public:
+    [[nodiscard]] const zelk::Machine& Get();
+
+private:
+    std::optional<zelk::Machine> m_machine;
+};
+
 /// One thing that a change alters.
 struct Aspect
 {
-    Field field;
-    /// How it stands now; null when that cannot be read.
-    std::function<Json()> read;
+    std::string sKey;
+    std::string sLabel;
+    /// How it stands; null when that cannot be read.
+    std::function<Json(CurrentMachine&)> read;
     /// How it will stand; null when that is not known beforehand.
     Json wanted;
-    /// Whether what was read is what was wanted. Without it they have to be equal.
+    /// Whether what was read is what was wanted. Without it the two have to be equal.
     std::function<bool(const Json& now)> isReached = {};
 };
 
@@ -34,10 +46,10 @@ enum class Reach
 /// Something to be changed, planned but not done.
 struct Change
 {
-    std::string sOperation;              ///< of the library, or what the tool itself does
-    std::optional<Adapter> adapter = {}; ///< that it is about
-    std::string sDoing;                  ///< while it runs, such as "Renewing the lease"
-    std::string sDone;                   ///< after it, a sentence
+    std::string sOperation;                    ///< of the library, or what the tool itself does
+    std::optional<zelk::Adapter> adapter = {}; ///< that it is about
+    std::string sDoing;                        ///< while it runs, such as "Renewing the lease"
+    std::string sDone;                         ///< after it, a sentence
     std::vector<Aspect> aspects = {};
     std::function<bool()> operation;
     Reach reach = Reach::SETTINGS;
@@ -48,15 +60,20 @@ struct Change
 /// What the user decides about every change.
 struct ChangeOptions
 {
-    bool bCheck = false;   ///< show, change nothing
-    bool bVerify = true;   ///< read back
-    bool bConsent = false; ///< nobody need be asked
-    /// The tool's own: answer with how the aspects stand now, and do nothing else.
-    bool bReadBack = false;
+    bool bCheck = false;     ///< show, change nothing
+    bool bVerify = true;     ///< read the machine afterwards
+    bool bConfirmed = false; ///< nobody need be asked
 };
 
-/// Does the change: checks what has to be known before anything is changed, does it while showing that it runs, and
-/// reads back, so that the end without a failure means that the machine shows it. Throws Failure.
-void Perform(const Change& change, const ChangeOptions& options, Output& output);
+/// Does the change: checks what has to be known before anything is changed, does it while showing progress, and
+/// verifies that the machine shows it. Throws Failure.
+Answer Perform(const Change& change, const ChangeOptions& options);
+
+/// JSON Schemas of the two answers that it gives, together.
+Json ChangeSchema();
+
+/// An aspect of the change's adapter; null when the adapter has gone.
+Aspect AdapterAspect(const zelk::Adapter& adapter, const std::string& sKey, const std::string& sLabel,
+                     std::function<Json(const zelk::Adapter&)> read, Json wanted);
 
 } // namespace zelkctl

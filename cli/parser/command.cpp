@@ -1,204 +1,224 @@
 #include "parser/command.h"
 
+#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include <CLI/CLI.hpp>
+
+#include "answer/cell_text.h"
+#include "parser/suggestion.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-CLI::Option& AddFlagOption(CLI::App& verb, const std::string& sName, const std::string& sDescription)
+CLI::Option& AddFlagOption(CLI::App& parser, const std::string& sName, const std::string& sDescription)
 {
-    return *verb.add_flag(sName)->description(sDescription)->disable_flag_override();
+    return *parser.add_flag(sName)->description(sDescription)->disable_flag_override();
 }
 
-CLI::Option& AddPlainArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                              const std::string& sForm)
+CLI::Option& AddTextOption(CLI::App& parser, const ParameterHelp& help)
 {
-    return *verb.add_option(sName, sDescription)->option_text(sForm);
+    return *parser.add_option(help.sName, help.sDescription)->option_text(help.sForm);
 }
 
-Text AnswerOf(const CLI::Option& option)
+CLI::Option& AddListOption(CLI::App& parser, const ParameterHelp& help)
+{
+    return *AddTextOption(parser, help)
+                .option_text(help.sForm + " ...")
+                ->expected(1, CLI::detail::expected_max_vector_size)
+                ->allow_extra_args();
+}
+
+GivenText TextOf(const CLI::Option& option)
 {
     return [&option] { return option.count() > 0 ? option.as<std::string>() : std::string(); };
 }
 
-bool IsReadBack(const CLI::App& verb)
+GivenTexts TextsOf(const CLI::Option& option)
 {
-    const CLI::App* pTool = &verb;
-    while (pTool->get_parent() != nullptr)
-        pTool = pTool->get_parent();
-    return pTool->count(READ_BACK) > 0;
+    return
+        [&option] { return option.count() > 0 ? option.as<std::vector<std::string>>() : std::vector<std::string>(); };
+}
+
+GivenFlag FlagOf(const CLI::Option& option)
+{
+    return [&option] { return option.count() > 0; };
+}
+
+std::vector<std::string> KeysOf(const std::vector<Field>& fields)
+{
+    std::vector<std::string> keys;
+    for (const Field& field : fields)
+        keys.push_back(field.sKey);
+    return keys;
+}
+
+/// The words, separated by commas, in indented lines of a terminal's width.
+std::string Lines(const std::vector<std::string>& words)
+{
+    constexpr std::size_t LONGEST = 78;
+    std::string text;
+    std::size_t length = LONGEST;
+    for (const std::string& sWord : words)
+    {
+        const bool bFits = length + sWord.size() + 2 <= LONGEST;
+        text += bFits ? " " : "\n  ";
+        length = (bFits ? length + 1 : 2) + sWord.size() + 1;
+        text += sWord + ',';
+    }
+    text.pop_back();
+    return text;
+}
+
+/// What is wrong with a word that has to be one of the values; empty when nothing is.
+std::string ObjectionTo(const std::string& sWord, const char* pszKind, const std::vector<std::string>& values)
+{
+    if (std::ranges::find(values, sWord) != values.end())
+        return "";
+    const std::string sClosest = ClosestTo(sWord, values);
+    return Quoted(sWord) + " is not a " + pszKind +
+           (sClosest.empty() ? ": choose from " + Enumeration(values) : "; did you mean " + Quoted(sClosest) + '?');
+}
+
+/// Each of the words, which commas separate, is one of the values. Completion finds the values in the description.
+CLI::Validator AllOf(const char* pszKind, const std::vector<std::string>& values)
+{
+    const auto Check = [=](const std::string& sText) {
+        for (const std::string& sWord : CLI::detail::split(sText, ','))
+            if (const std::string sObjection = ObjectionTo(sWord, pszKind, values); !sObjection.empty())
+                return sObjection;
+        return std::string();
+    };
+    return {Check, '{' + CLI::detail::join(values, ",") + '}'};
 }
 
 /// "adapter list", without the tool's own name.
-std::string CommandWords(const CLI::App& app)
+std::string CommandWords(const CLI::App& parser)
 {
-    const CLI::App* pParent = app.get_parent();
+    const CLI::App* pParent = parser.get_parent();
     if (pParent == nullptr)
         return "";
     const std::string sBefore = CommandWords(*pParent);
-    return sBefore + (sBefore.empty() ? "" : " ") + app.get_name();
+    return sBefore + (sBefore.empty() ? "" : " ") + parser.get_name();
 }
 
 } // namespace
 
-void SetExample(CLI::App& app, const std::string& sExample)
+Command Command::AddNoun(const CommandHelp& help)
 {
-    app.footer("Example:\n  zelkctl " + sExample);
-}
-
-void AddRemark(CLI::App& app, const std::string& sRemark)
-{
-    app.footer(app.get_footer() + "\n\n" + sRemark);
-}
-
-CLI::App& AddNoun(CLI::App& app, const VerbTexts& texts)
-{
-    CLI::App& noun = AddVerb(app, texts);
-    noun.require_subcommand(1);
+    Command noun = AddVerb(help);
+    noun.m_pParser->require_subcommand(1);
     return noun;
 }
 
-CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts)
+Command Command::AddVerb(const CommandHelp& help)
 {
-    CLI::App& verb = *noun.add_subcommand(texts.sName, texts.sDescription);
-    SetExample(verb, texts.sExample);
-    return verb;
+    CLI::App& parser = *m_pParser->add_subcommand(help.sName, help.sDescription);
+    parser.footer("Example:\n  zelkctl " + help.sExample);
+    // Known before the rest is read: a wrong use is told of this command.
+    parser.preparse_callback(
+        [pRequest = m_pRequest, &parser](std::size_t) { pRequest->sCommand = CommandWords(parser); });
+    return {parser, *m_pRequest};
 }
 
-void Run(CLI::App& verb, std::function<void()> action)
+void Command::AddRemark(const std::string& sRemark)
 {
-    verb.callback(std::move(action));
+    m_pParser->footer(m_pParser->get_footer() + "\n\n" + sRemark);
 }
 
-void AddReadBackFlag(CLI::App& app, Output& output)
+GivenText Command::AddArgument(const ParameterHelp& help)
 {
-    AddFlagOption(app, READ_BACK, "").group("")->each([&output](const std::string&) { output.SetJson(true); });
+    return TextOf(*AddTextOption(*m_pParser, help).required());
 }
 
-void AddJsonFlag(CLI::App& command, Output& output)
+GivenText Command::AddOptionalArgument(const ParameterHelp& help, const std::vector<std::string>& values)
 {
-    command.preparse_callback([&](std::size_t) { output.SetCommand(CommandWords(command)); });
-    command
-        .add_flag_callback(
-            "--json", [&output] { output.SetJson(true); }, "Write JSON instead of text")
-        ->disable_flag_override();
-}
-
-void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields)
-{
-    AddJsonFlag(command, output);
-    AddGetOption(command, output, fields);
-}
-
-void AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields)
-{
-    std::vector<std::string> keys;
-    for (const Field& field : fields)
-        keys.emplace_back(field.pszKey);
-    AddRemark(command, "Fields:\n  " + CLI::detail::join(keys, ", "));
-    command
-        .add_option_function<std::string>(
-            "--get", [&output](const std::string& sKey) { output.SetGet(sKey); },
-            "Write the bare values of this field, without JSON")
-        ->option_text("FIELD")
-        ->check(CLI::IsMember(keys));
-}
-
-Text AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm)
-{
-    return AnswerOf(*AddPlainArgument(verb, sName, sDescription, sForm).required());
-}
-
-Text AddOptionalArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                         const std::string& sForm, const std::vector<std::string>& values)
-{
-    CLI::Option& argument = AddPlainArgument(verb, sName, sDescription, sForm);
+    CLI::Option& argument = AddTextOption(*m_pParser, help);
     if (!values.empty())
-        argument.check(CLI::IsMember(values));
-    return AnswerOf(argument);
+        argument.check(AllOf("value", values));
+    return TextOf(argument);
 }
 
-Texts AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm)
+GivenTexts Command::AddArguments(const ParameterHelp& help)
 {
-    const CLI::Option& arguments = *AddPlainArgument(verb, sName, sDescription, sForm + " ...")
-                                        .required()
-                                        ->expected(1, CLI::detail::expected_max_vector_size)
-                                        ->allow_extra_args();
-    return [&arguments] { return arguments.as<std::vector<std::string>>(); };
+    return TextsOf(*AddListOption(*m_pParser, help).required());
 }
 
-Text AddOption(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm)
+GivenTexts Command::AddOptionalArguments(const ParameterHelp& help)
 {
-    return AnswerOf(AddPlainArgument(verb, sName, sDescription, sForm));
+    return TextsOf(AddListOption(*m_pParser, help));
 }
 
-Flag AddFlag(CLI::App& verb, const std::string& sName, const std::string& sDescription)
+GivenText Command::AddOption(const ParameterHelp& help)
 {
-    const CLI::Option& flag = AddFlagOption(verb, sName, sDescription);
-    return [&flag] { return flag.count() > 0; };
+    return TextOf(AddTextOption(*m_pParser, help));
 }
 
-std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among)
+GivenFlag Command::AddFlag(const std::string& sName, const std::string& sDescription)
 {
-    const Text wanted = AddArgument(verb, ADAPTER_ARGUMENT,
-                                    "Its name, GUID, index or hardware address; \"name:lan0\", \"guid:\", \"index:\" "
-                                    "and \"mac:\" say which",
-                                    "NAME|{GUID}|#INDEX|MAC");
-    return [wanted, among] { return FindAdapter(wanted(), among); };
+    return FlagOf(AddFlagOption(*m_pParser, sName, sDescription));
 }
 
-std::function<TOLVA::FAMILY_TYPE()> AddFamilyFlags(CLI::App& verb)
+std::pair<GivenFlag, GivenFlag> Command::AddAlternatives(const ParameterHelp& one, const ParameterHelp& other)
 {
-    CLI::Option& ipv4 = AddFlagOption(verb, "--ipv4", "IPv4 alone instead of both families");
-    CLI::Option& ipv6 = AddFlagOption(verb, "--ipv6", "IPv6 alone instead of both families");
-    ipv4.excludes(&ipv6);
-    return [&] {
-        return ipv4.count() > 0 ? TOLVA::FAMILY_IPV4 : ipv6.count() > 0 ? TOLVA::FAMILY_IPV6 : TOLVA::FAMILY_BOTH;
-    };
+    CLI::Option& first = AddFlagOption(*m_pParser, one.sName, one.sDescription);
+    CLI::Option& second = AddFlagOption(*m_pParser, other.sName, other.sDescription);
+    first.excludes(&second);
+    return {FlagOf(first), FlagOf(second)};
 }
 
-CLI::App& AddRecordVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::vector<Field> fields,
-                        std::function<Json(const Adapter&)> read)
+GivenFlag Command::AddHiddenFlag(const std::string& sName)
 {
-    CLI::App& verb = AddVerb(noun, texts);
-    AddFormFlags(verb, output, fields);
-    verb.callback([&output, adapter = AddAdapterArgument(verb), fields = std::move(fields), read = std::move(read)] {
-        output.Record(fields, read(adapter()));
+    return FlagOf(*AddFlagOption(*m_pParser, sName, "").group(""));
+}
+
+void Command::AddJsonFlag()
+{
+    AddFlagOption(*m_pParser, "--json", "Print JSON instead of text").each([pRequest = m_pRequest](const std::string&) {
+        pRequest->form.bJson = true;
     });
-    return verb;
 }
 
-CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::span<const Field> fields,
-                      std::string sNone, std::function<Json(const Adapter&)> read)
+void Command::AddGetOption(const std::vector<Field>& fields)
 {
-    CLI::App& verb = AddVerb(noun, texts);
-    AddFormFlags(verb, output, fields);
-    verb.callback([&output, adapter = AddAdapterArgument(verb), fields, sNone = std::move(sNone),
-                   read = std::move(read)] { output.List(fields, read(adapter()), sNone); });
-    return verb;
+    const auto keys = KeysOf(fields);
+    AddRemark("Fields:" + Lines(keys));
+    m_pParser
+        ->add_option_function<std::string>(
+            "--get", [pRequest = m_pRequest](const std::string& sKey) { pRequest->form.sGet = sKey; },
+            "Print only the values of this field, one per line")
+        ->option_text("FIELD")
+        ->check(AllOf("field", keys));
 }
 
-void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan)
+void Command::AddFormOptions(const std::vector<Field>& fields)
 {
-    verb.callback(AddChange(verb, output, std::move(plan)));
+    AddJsonFlag();
+    AddGetOption(fields);
 }
 
-std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Change()> plan)
+void Command::AddColumnOptions(const std::vector<Field>& fields)
 {
-    const Flag check = AddFlag(verb, "--check", "Show before and after, and change nothing");
-    const Flag noVerify = AddFlag(verb, "--no-verify", "Do not read back whether the machine shows it");
-    const Flag yes = AddFlag(verb, "--yes", "Do not ask, even if the change can cut off a session");
-    AddJsonFlag(verb, output);
-    return [=, &verb, &output, plan = std::move(plan)] {
-        const ChangeOptions options{
-            .bCheck = check(), .bVerify = !noVerify(), .bConsent = yes(), .bReadBack = IsReadBack(verb)};
-        Perform(plan(), options, output);
-    };
+    m_pParser
+        ->add_option_function<std::string>(
+            "--fields",
+            [pRequest = m_pRequest](const std::string& sKeys) {
+                pRequest->form.columns = CLI::detail::split(sKeys, ',');
+            },
+            "Show these fields as the table's columns, separated by commas")
+        ->option_text("FIELD,...")
+        ->check(AllOf("field", KeysOf(fields)));
+    AddFlagOption(*m_pParser, "--wide", "Show all columns, however wide the table becomes")
+        .each([pRequest = m_pRequest](const std::string&) { pRequest->form.bWide = true; });
+}
+
+void Command::Answers(std::function<Json()> schema, std::function<Answer()> answer)
+{
+    if (schema)
+        m_pRequest->schemas.emplace_back(CommandWords(*m_pParser), std::move(schema));
+    m_pParser->callback([pRequest = m_pRequest, answer = std::move(answer)] { pRequest->answer = answer; });
 }
 
 } // namespace zelkctl

@@ -1,83 +1,91 @@
 #pragma once
 
 #include <functional>
-#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "adapters/adapter.h"
-#include "answer/output.h"
-#include "change/change.h"
-#include "parser/command_line.h"
+#include "answer/answer.h"
+#include "parser/request.h"
+
+// The parser of command lines by its name alone: its header takes seconds to compile, and a verb needs none of it.
+namespace CLI
+{
+class App;
+class Option;
+} // namespace CLI
 
 namespace zelkctl
 {
 
-// What the commands of every noun have in common. An example is what follows "zelkctl " on the command line.
-
-void SetExample(CLI::App& app, const std::string& sExample);
-
-/// One more paragraph at the end of the help.
-void AddRemark(CLI::App& app, const std::string& sRemark);
-
-/// What a verb is called, and what its help says.
-struct VerbTexts
+/// What a command is called, and what its help says. The example is what follows "zelkctl " on the command line.
+struct CommandHelp
 {
     std::string sName;
     std::string sDescription;
     std::string sExample;
 };
 
-/// A noun does nothing by itself: it needs one of its verbs.
-CLI::App& AddNoun(CLI::App& app, const VerbTexts& texts);
-CLI::App& AddVerb(CLI::App& noun, const VerbTexts& texts);
-/// What the verb does when the command line was read.
-void Run(CLI::App& verb, std::function<void()> action);
+/// What an argument or an option is called, and what the help says of it; `sForm` is what its text looks like.
+struct ParameterHelp
+{
+    std::string sName;
+    std::string sDescription;
+    std::string sForm;
+};
 
-// What the user gave is asked for when the command line was read; these are the questions.
-using Text = std::function<std::string()>; ///< empty when it was not given
-using Texts = std::function<std::vector<std::string>()>;
-using Flag = std::function<bool()>;
+// What the user gave is asked for when the whole command line was read; these are the questions.
+using GivenText = std::function<std::string()>; ///< empty when it was not given
+using GivenTexts = std::function<std::vector<std::string>()>;
+using GivenFlag = std::function<bool()>;
 
-/// Gives a command that shows something the choice of form: text, --json, or --get with one of the fields' keys.
-void AddFormFlags(CLI::App& command, Output& output, std::span<const Field> fields);
-/// The last of them, for a command that has --json already.
-void AddGetOption(CLI::App& command, Output& output, std::span<const Field> fields);
-/// Without fields to choose from.
-void AddJsonFlag(CLI::App& command, Output& output);
+/// A command of the tool: the tool itself, a noun, or a verb. Copies stand for the same command.
+class Command
+{
+public:
+    /// The tool itself. What is asked for is written to the request while the command line is read.
+    Command(CLI::App& parser, Request& request) : m_pParser(&parser), m_pRequest(&request) {}
 
-/// Arguments are told apart by their place. `sForm` is what the help shows of the argument's text.
-Text AddArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm);
-/// One that can be left out. Where `values` are given it is one of them.
-Text AddOptionalArgument(CLI::App& verb, const std::string& sName, const std::string& sDescription,
-                         const std::string& sForm, const std::vector<std::string>& values = {});
-/// The last argument of its verb, which can be given several times.
-Texts AddArguments(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm);
-Text AddOption(CLI::App& verb, const std::string& sName, const std::string& sDescription, const std::string& sForm);
-Flag AddFlag(CLI::App& verb, const std::string& sName, const std::string& sDescription);
+    /// A noun does nothing by itself: it needs one of its verbs.
+    Command AddNoun(const CommandHelp& help);
+    Command AddVerb(const CommandHelp& help);
 
-inline constexpr const char* ADAPTER_ARGUMENT = "ADAPTER";
-/// Makes an adapter, in the user's words, the verb's argument. The answer is for when the command line was read.
-std::function<Adapter()> AddAdapterArgument(CLI::App& verb, Among among = Among::ENABLED);
-/// Makes the choice of one address family the verb's, both by default.
-std::function<TOLVA::FAMILY_TYPE()> AddFamilyFlags(CLI::App& verb);
+    /// One more paragraph at the end of the help.
+    void AddRemark(const std::string& sRemark);
 
-/// A verb that shows one record of an adapter.
-CLI::App& AddRecordVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::vector<Field> fields,
-                        std::function<Json(const Adapter&)> read);
-/// A verb that shows a list of records of an adapter; without one it says `sNone`.
-CLI::App& AddListVerb(CLI::App& noun, Output& output, const VerbTexts& texts, std::span<const Field> fields,
-                      std::string sNone, std::function<Json(const Adapter&)> read);
+    /// Arguments are told apart by their place.
+    GivenText AddArgument(const ParameterHelp& help);
+    /// One that can be left out. Where `values` are given it is one of them.
+    GivenText AddOptionalArgument(const ParameterHelp& help, const std::vector<std::string>& values = {});
+    /// The last argument of its verb, which can be given several times: once at least, or not at all.
+    GivenTexts AddArguments(const ParameterHelp& help);
+    GivenTexts AddOptionalArguments(const ParameterHelp& help);
+    GivenText AddOption(const ParameterHelp& help);
+    GivenFlag AddFlag(const std::string& sName, const std::string& sDescription);
+    /// Two flags of which only one can be given.
+    std::pair<GivenFlag, GivenFlag> AddAlternatives(const ParameterHelp& one, const ParameterHelp& other);
+    /// One that the help does not show.
+    GivenFlag AddHiddenFlag(const std::string& sName);
 
-/// What the tool asks of itself where only another process can read back; it stands before the noun.
-inline constexpr const char* READ_BACK = "--read-back";
-void AddReadBackFlag(CLI::App& app, Output& output);
+    /// Lets the user choose JSON.
+    void AddJsonFlag();
+    /// Lets the user choose a single field, where the answer is records with these fields.
+    void AddGetOption(const std::vector<Field>& fields);
+    /// Both.
+    void AddFormOptions(const std::vector<Field>& fields);
+    /// Lets the user choose the columns of a table as well.
+    void AddColumnOptions(const std::vector<Field>& fields);
+    [[nodiscard]] const Form& ChosenForm() const noexcept { return m_pRequest->form; }
 
-/// Makes the verb one that changes something: `plan` is asked for the change when the command line was read. Adds
-/// --check, --no-verify, --yes and --json.
-void RunChange(CLI::App& verb, Output& output, std::function<Change()> plan);
+    /// What the command does. It is not called while the command line is read. `schema` is that of the answer's value;
+    /// a command without JSON has none.
+    void Answers(std::function<Json()> schema, std::function<Answer()> answer);
+    /// Of all commands of the tool.
+    [[nodiscard]] const std::vector<CommandSchema>& AllSchemas() const noexcept { return m_pRequest->schemas; }
 
-/// Likewise for a verb that does so only at times: gives what does it.
-std::function<void()> AddChange(CLI::App& verb, Output& output, std::function<Change()> plan);
+private:
+    CLI::App* m_pParser;
+    Request* m_pRequest;
+};
 
 } // namespace zelkctl

@@ -1,7 +1,20 @@
 #pragma once
 
-// The parser of command lines by its name alone: its header takes seconds to compile, and a noun needs none of it.
+#include <string>
+#include <vector>
+
+#include "parser/request.h"
+
 namespace CLI
 {
 class App;
 }
+
+namespace zelkctl
+{
+
+/// Reads a command line, which completes the request that the parser's commands write to. Help is an answer like any
+/// other. Throws Failure for a command line that does not make sense.
+void ReadCommandLine(CLI::App& parser, std::vector<std::string> arguments, Request& request);
+
+} // namespace zelkctl

@@ -5,9 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "adapters/connection_names.h"
-#include "parser/command.h"
-#include "system/text.h"
+#include "system/utf8.h"
 
 namespace zelkctl
 {
@@ -30,27 +28,11 @@ std::vector<std::string> AdmittedValues(const CLI::Option& option)
     return CLI::detail::split(sType.substr(begin + 1, end - begin - 1), ',');
 }
 
-/// With the prefix that the user has begun with, such as "name:".
-std::vector<std::string> AdapterNames(const std::string& sBegun)
-{
-    constexpr std::string_view PREFIX = "name:";
-    auto names = ConnectionNames();
-    if (sBegun.starts_with(PREFIX))
-        for (std::string& sName : names)
-            sName.insert(0, PREFIX);
-    return names;
-}
-
-std::vector<std::string> ValuesOf(const CLI::Option& option, const std::string& sBegun)
-{
-    return option.get_name(true) == ADAPTER_ARGUMENT ? AdapterNames(sBegun) : AdmittedValues(option);
-}
-
 /// Goes through the words of a command line as the parser does, down the tree of commands.
 class Walk
 {
 public:
-    explicit Walk(const CLI::App& app) : m_pCommand(&app) {}
+    Walk(const CLI::App& command, const ValuesOf& valuesOf) : m_pCommand(&command), m_pValuesOf(&valuesOf) {}
 
     void Pass(const std::string& sWord)
     {
@@ -59,7 +41,7 @@ public:
         else if (IsOption(sWord))
             PassOption(sWord);
         else if (const CLI::App* pCommand = FindCommand(sWord))
-            *this = Walk(*pCommand);
+            *this = Walk(*pCommand, *m_pValuesOf);
         else
             ++m_arguments;
     }
@@ -67,16 +49,22 @@ public:
     [[nodiscard]] std::vector<std::string> Candidates(const std::string& sBegun) const
     {
         if (m_pAwaiting != nullptr)
-            return ValuesOf(*m_pAwaiting, sBegun);
+            return Values(*m_pAwaiting, sBegun);
         if (IsOption(sBegun))
             return Options();
         if (const CLI::Option* pArgument = Argument())
-            return ValuesOf(*pArgument, sBegun);
+            return Values(*pArgument, sBegun);
         auto candidates = Commands();
         return candidates.empty() ? Options() : candidates;
     }
 
 private:
+    [[nodiscard]] std::vector<std::string> Values(const CLI::Option& option, const std::string& sBegun) const
+    {
+        const auto admitted = AdmittedValues(option);
+        return admitted.empty() ? (*m_pValuesOf)(option.get_name(true), sBegun) : admitted;
+    }
+
     void PassOption(const std::string& sWord)
     {
         m_passed.push_back(sWord);
@@ -132,6 +120,7 @@ private:
     }
 
     const CLI::App* m_pCommand;
+    const ValuesOf* m_pValuesOf;
     const CLI::Option* m_pAwaiting = nullptr; ///< whose value comes next
     std::vector<std::string> m_passed;        ///< options of the command
     std::size_t m_arguments = 0;
@@ -139,16 +128,16 @@ private:
 
 } // namespace
 
-std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::string>& words)
+std::vector<std::string> Complete(const CLI::App& tool, const std::vector<std::string>& words, const ValuesOf& valuesOf)
 {
     if (words.empty())
         return {};
     const std::string& sBegun = words.back();
-    Walk walk(app);
+    Walk walk(tool, valuesOf);
     std::for_each(words.begin(), words.end() - 1, [&](const std::string& sWord) { walk.Pass(sWord); });
     auto candidates = walk.Candidates(sBegun);
     std::erase_if(candidates, [&](const std::string& sCandidate) {
-        return !EqualIgnoringCase(FromUtf8(sCandidate.substr(0, sBegun.size())), FromUtf8(sBegun));
+        return !EqualIgnoringCase(sCandidate.substr(0, sBegun.size()), sBegun);
     });
     return candidates;
 }

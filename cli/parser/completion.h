@@ -1,14 +1,23 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "parser/command_line.h"
+namespace CLI
+{
+class App;
+}
 
 namespace zelkctl
 {
 
-/// What the last word can become, of the command line without the tool's own name. Empty where nothing can be said.
-std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::string>& words);
+/// The values that an argument of this name can have, where the parser does not know them; `sBegun` is what is typed.
+using ValuesOf = std::function<std::vector<std::string>(const std::string& sArgument, const std::string& sBegun)>;
+
+/// What the last word of a command line, which is given without the tool's own name, can become. Empty where nothing is
+/// known.
+std::vector<std::string> Complete(const CLI::App& tool, const std::vector<std::string>& words,
+                                  const ValuesOf& valuesOf);
 
 } // namespace zelkctl

@@ -55,6 +55,15 @@ bool IsTerminal(std::FILE* pStream)
     return ::GetConsoleMode(HandleOf(pStream), &dwMode) != FALSE;
 }
 
+std::size_t OutputColumns()
+{
+    constexpr std::size_t USUAL = 80;
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!::GetConsoleScreenBufferInfo(HandleOf(stdout), &info) || info.dwSize.X < 2)
+        return USUAL;
+    return static_cast<std::size_t>(info.dwSize.X - 1); // a full line would be followed by an empty one
+}
+
 std::string Painted(std::string_view text, Colour colour, std::FILE* pStream)
 {
     if (colour == Colour::PLAIN || !TakesColour(pStream))

@@ -10,6 +10,9 @@ namespace zelkctl
 /// Whether somebody watches an output stream, or types into the standard input.
 bool IsTerminal(std::FILE* pStream);
 
+/// How many columns a table on the standard output may take: those of the console, or 80 where there is none.
+std::size_t OutputColumns();
+
 enum class Colour
 {
     PLAIN,

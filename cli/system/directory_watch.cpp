@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "system/failure.h"
-#include "system/text.h"
+#include "system/system_error.h"
+#include "system/utf8.h"
 
 namespace zelkctl
 {
@@ -24,7 +24,7 @@ HANDLE FindChanges(const std::wstring& sDirectory)
                                                            FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_SIZE |
                                                                FILE_NOTIFY_CHANGE_LAST_WRITE);
     if (hChanges == INVALID_HANDLE_VALUE)
-        throw Failure({.sReason = "the directory " + ToUtf8(std::wstring_view(sDirectory)) + " cannot be watched"});
+        throw SystemError("watching the directory " + ToUtf8(sDirectory));
     return hChanges;
 }
 
@@ -52,7 +52,7 @@ bool DirectoryWatch::Wait()
         if (::FindNextChangeNotification(m_changes.get()))
             return true;
         [[fallthrough]];
-    default: throw Failure({.sReason = "the directory can no longer be watched"});
+    default: throw SystemError("watching the directory");
     }
 }
 

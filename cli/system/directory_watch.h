@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "system/unique_handle.h"
+#include "system/handles.h"
 
 namespace zelkctl
 {
@@ -21,12 +20,8 @@ public:
     bool Wait();
 
 private:
-    struct CloseChanges
-    {
-        void operator()(HANDLE hChanges) const noexcept { ::FindCloseChangeNotification(hChanges); }
-    };
     UniqueHandle m_interrupt;
-    std::unique_ptr<void, CloseChanges> m_changes;
+    UniqueChangeNotification m_changes;
 };
 
 } // namespace zelkctl

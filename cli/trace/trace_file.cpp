@@ -11,12 +11,10 @@ namespace
 constexpr const wchar_t* MUTEX = L"TOLVA_trace.log";
 constexpr DWORD LOCK_WAIT_MS = 1000;
 
-HANDLE OpenForReading(const std::wstring& sPath)
+UniqueHandle OpenForReading(const std::wstring& sPath)
 {
-    const HANDLE hFile =
-        ::CreateFileW(sPath.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    return hFile != INVALID_HANDLE_VALUE ? hFile : nullptr;
+    return OwnFile(::CreateFileW(sPath.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                 nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 bool IsHeldAfter(DWORD dwWait)

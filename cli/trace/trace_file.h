@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "system/unique_handle.h"
+#include "system/handles.h"
 
 namespace zelkctl
 {

@@ -1,6 +1,7 @@
 #include "trace/trace_line.h"
 
 #include "system/number.h"
+#include "system/system_error.h"
 
 namespace zelkctl
 {
@@ -47,6 +48,37 @@ std::size_t FindClosing(std::string_view text)
     return std::string_view::npos;
 }
 
+/// What the message says without the frame that ends an operation.
+std::string BareReason(std::string_view message)
+{
+    constexpr std::string_view ENDING = "... ending(";
+    constexpr std::string_view ENDING_WITH = "... ending : ";
+    if (message.starts_with(ENDING_WITH))
+        return "ended with " + std::string(Trim(message.substr(ENDING_WITH.size())));
+    if (!message.starts_with(ENDING))
+        return std::string(Trim(message));
+    const std::string_view rest = message.substr(ENDING.size());
+    const std::size_t closing = FindClosing(rest);
+    if (closing == std::string_view::npos)
+        return std::string(Trim(rest));
+    const std::string sReason(Trim(rest.substr(0, closing)));
+    return std::string(Trim(sReason + std::string(rest.substr(closing + 1))));
+}
+
+/// A reason that ends with one of the system's codes gets the system's text for it.
+std::string WithSystemText(const std::string& sReason)
+{
+    for (const std::string_view mark : {" : dwLastError = ", " : dwRc = ", " : ulRc = "})
+    {
+        const std::size_t position = sReason.rfind(mark);
+        if (position == std::string::npos)
+            continue;
+        const auto code = ParseNumber(std::string_view(sReason).substr(position + mark.size()));
+        return code ? sReason.substr(0, position) + ": " + SystemText(*code) : sReason;
+    }
+    return sReason;
+}
+
 } // namespace
 
 std::string_view TakeLine(std::string_view& text)
@@ -80,18 +112,7 @@ std::optional<TraceLine> ParseTraceLine(std::string_view line)
 
 std::string Reason(std::string_view message)
 {
-    constexpr std::string_view ENDING = "... ending(";
-    constexpr std::string_view ENDING_WITH = "... ending : ";
-    if (message.starts_with(ENDING_WITH))
-        return "ended with " + std::string(Trim(message.substr(ENDING_WITH.size())));
-    if (!message.starts_with(ENDING))
-        return std::string(Trim(message));
-    const std::string_view rest = message.substr(ENDING.size());
-    const std::size_t closing = FindClosing(rest);
-    if (closing == std::string_view::npos)
-        return std::string(Trim(rest));
-    const std::string sReason(Trim(rest.substr(0, closing)));
-    return std::string(Trim(sReason + std::string(rest.substr(closing + 1))));
+    return WithSystemText(BareReason(message));
 }
 
 } // namespace zelkctl

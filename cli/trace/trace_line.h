@@ -27,7 +27,7 @@ std::string_view TakeLine(std::string_view& text);
 std::optional<TraceLine> ParseTraceLine(std::string_view line);
 
 /// What a message says without the frame that ends an operation: "... ending( Bad NIC GUID )" says "Bad NIC GUID",
-/// and "... ending : iRc = 1" says "ended with iRc = 1".
+/// and "... ending : iRc = 1" says "ended with iRc = 1". A code of the system at its end becomes the system's text.
 std::string Reason(std::string_view message);
 
 } // namespace zelkctl

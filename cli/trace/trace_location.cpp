@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <iterator>
 
+#include <state/platform/registry_keys.h>
 #include <zelk_nm/tolva.h>
 
-#include "system/environment.h"
-#include "system/registry.h"
-#include "system/text.h"
+#include "system/local_machine.h"
+#include "system/utf8.h"
 
 namespace zelkctl
 {
@@ -24,8 +24,8 @@ bool IsDirectory(const std::wstring& sPath)
 /// settles its directory before it knows the system.
 bool IsMiniNT52()
 {
-    const auto version = ReadText(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", L"CurrentVersion");
-    return version && *version == velmor::string(L"5.2") && IsBootImage();
+    return LocalMachineText(zelk::WINDOWS_VERSION, L"CurrentVersion") == L"5.2" &&
+           std::ranges::any_of(zelk::BOOT_IMAGES, LocalMachineHas);
 }
 
 std::wstring LogDirectoryOf(const std::wstring& sProgramDirectory, const std::wstring& sLogSettings)
@@ -72,8 +72,7 @@ TraceLocation LocateTrace()
 
 TraceLocation LocateTraceOf(const std::string& sProgram)
 {
-    const velmor::string sGiven = FromUtf8(sProgram);
-    std::wstring sPath = FullPath({sGiven.c_str(), sGiven.size()});
+    std::wstring sPath = FullPath(FromUtf8(sProgram));
     if (!IsDirectory(sPath) || sPath.ends_with(L'\\'))
         sPath.erase(std::min(sPath.find_last_of(L'\\'), sPath.size()));
     return LocateBeside(sPath);

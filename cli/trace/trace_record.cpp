@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <state/fields/item.h>
+
 namespace zelkctl
 {
 
@@ -33,25 +35,57 @@ std::vector<TraceRecord> TraceParser::Parse(std::string_view text)
     return records;
 }
 
-std::span<const Field> TraceFields()
+std::string TraceRecord::WholeMessage() const
 {
-    static constexpr Field FIELDS[] = {
-        {"time", "Time"}, {"level", "Level"}, {"operation", "Operation"}, {"message", "Message"}, {"thread", "Thread"}};
-    return FIELDS;
-}
-
-Json JsonOf(const TraceRecord& record)
-{
-    std::string sMessage = record.line.sMessage;
-    for (const std::string& sRow : record.rows)
+    std::string sMessage = line.sMessage;
+    for (const std::string& sRow : rows)
         sMessage.append(sMessage.empty() || sMessage.ends_with(' ') ? "" : " ").append(sRow);
-    Json json;
-    json["time"] = record.line.sTime;
-    json["level"] = record.Level().pszWord;
-    json["operation"] = record.line.sOperation;
-    json["message"] = std::move(sMessage);
-    json["thread"] = record.line.ulThread;
-    return json;
+    return sMessage;
 }
 
 } // namespace zelkctl
+
+namespace zelk
+{
+namespace
+{
+
+using zelkctl::TraceRecord;
+
+std::string TimeOf(const TraceRecord& record)
+{
+    return record.line.sTime;
+}
+
+std::string LevelOf(const TraceRecord& record)
+{
+    return record.Level().pszName;
+}
+
+std::string OperationOf(const TraceRecord& record)
+{
+    return record.line.sOperation;
+}
+
+unsigned long ThreadOf(const TraceRecord& record)
+{
+    return record.line.ulThread;
+}
+
+constexpr Field<TraceRecord> TRACE_RECORD[] = {
+    Item<TraceRecord, TimeOf>("time", "Time", "Local time of the line."),
+    Item<TraceRecord, LevelOf>("level", "Level", "Error, Warning, Information or Verbose."),
+    Item<TraceRecord, OperationOf>("operation", "Operation", "The operation of the library that wrote the line."),
+    Item<TraceRecord, &TraceRecord::WholeMessage>("message", "Message", "What it wrote."),
+    Item<TraceRecord, ThreadOf>("thread", "Thread", "Identifier of the thread that wrote the line."),
+};
+
+} // namespace
+
+template <>
+FieldTable<TraceRecord> FieldsOf()
+{
+    return {"traceLine", TRACE_RECORD};
+}
+
+} // namespace zelk

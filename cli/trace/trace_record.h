@@ -1,12 +1,13 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "answer/output.h"
+#include <state/fields/field.h>
+
+#include "system/console.h"
 #include "trace/trace_line.h"
 
 namespace zelkctl
@@ -17,7 +18,7 @@ struct TraceLevel
 {
     unsigned int uiLevel; ///< as trace.ini has it
     char tag;             ///< as a trace line has it
-    const char* pszWord;
+    const char* pszName;
     Colour colour;
 };
 inline constexpr TraceLevel TRACE_LEVELS[] = {{0, '\0', "Nothing", Colour::PLAIN},
@@ -33,6 +34,8 @@ struct TraceRecord
     std::vector<std::string> rows;
 
     [[nodiscard]] const TraceLevel& Level() const;
+    /// Message and rows in one.
+    [[nodiscard]] std::string WholeMessage() const;
 };
 
 class TraceParser
@@ -45,8 +48,12 @@ private:
     std::optional<TraceLine> m_last;
 };
 
-std::span<const Field> TraceFields();
-/// Message and rows in one.
-Json JsonOf(const TraceRecord& record);
-
 } // namespace zelkctl
+
+namespace zelk
+{
+
+template <>
+FieldTable<zelkctl::TraceRecord> FieldsOf();
+
+} // namespace zelk

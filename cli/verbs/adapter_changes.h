@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The verbs of the noun "adapter" that change something.
-void AddAdapterChanges(CLI::App& noun, Output& output);
+void AddAdapterChanges(Command noun);
 
 } // namespace zelkctl

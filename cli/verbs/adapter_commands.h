@@ -1,15 +1,18 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include <string>
+#include <vector>
+
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "adapter" with its verbs.
-void AddAdapterCommands(CLI::App& app, Output& output);
+void AddAdapterCommands(Command tool);
 
-/// What "adapter list" does, and the tool without arguments.
-void ShowAdapterList(const Output& output);
+/// "adapter list" and the tool without arguments: those that are wanted, or else all that work, or all.
+std::vector<Field> AdapterListFields();
+Answer ListAdapters(const std::vector<std::string>& wanted, bool bAll);
 
 } // namespace zelkctl

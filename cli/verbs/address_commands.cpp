@@ -4,71 +4,70 @@
 #include <string>
 #include <vector>
 
-#include <zelk_nm/tolva.h>
-
-#include "adapters/adapter.h"
-#include "adapters/library_call.h"
-#include "answer/json_value.h"
-#include "parser/command.h"
+#include "answer/failure.h"
 #include "parser/ip_argument.h"
-#include "records/address_record.h"
+#include "verbs/address_aspects.h"
+#include "verbs/common_verbs.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-Json ListAddresses(const Adapter& adapter)
+bool IsIpv4(const zelk::IpPrefix& prefix)
 {
-    std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
-    Call("GetAdaptersIpAddrs", &adapter, [&] { return TOLVA::GetAdaptersIpAddrs(adapter.info, addresses); });
-    return RecordsOf(addresses, RecordOf);
+    return prefix.address.IsIpv4();
 }
 
-TOLVA::ASSOC_IP_ADDR ToAssocIpAddr(const Network& network)
+std::vector<zelk::IpPrefix> ParseNewAddresses(const std::vector<std::string>& texts)
 {
-    TOLVA::ASSOC_IP_ADDR address;
-    address.IpAddress = network.address;
-    address.SubnetPrefix = network.prefixLength;
-    return address;
-}
-
-std::vector<TOLVA::ASSOC_IP_ADDR> ParseNewAddresses(const std::vector<std::string>& texts)
-{
-    std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
-    for (const Network& network : ParseNetworks("ADDRESS", texts))
-        addresses.push_back(ToAssocIpAddr(network));
+    auto addresses = ParseNetworks("ADDRESS", texts);
     if (std::ranges::count_if(addresses, IsIpv4) > 1)
-        throw WrongUse("ADDRESS", "only one IPv4 address can be set: from Windows Vista on each replaces "
-                                  "the one before it, so that only the last would stay");
+        throw UsageError("ADDRESS", "only one IPv4 address can be set: from Windows Vista on each one replaces the one "
+                                    "before it, so that only the last would remain");
     return addresses;
 }
 
-Change SetAddresses(const Adapter& adapter, const std::vector<TOLVA::ASSOC_IP_ADDR>& addresses)
+std::vector<TOLVA::ASSOC_IP_ADDR> ToAssocIpAddrs(const std::vector<zelk::IpPrefix>& prefixes)
+{
+    std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
+    for (const zelk::IpPrefix& prefix : prefixes)
+    {
+        TOLVA::ASSOC_IP_ADDR address;
+        address.IpAddress = ToVelmor(prefix.address);
+        address.SubnetPrefix = prefix.length;
+        addresses.push_back(address);
+    }
+    return addresses;
+}
+
+Change SetAddresses(const zelk::Adapter& adapter, const std::vector<zelk::IpPrefix>& addresses)
 {
     Change change{.sOperation = "SetAdaptersIpAddrs",
                   .adapter = adapter,
                   .sDoing = "Setting the addresses",
                   .sDone = "Adapter " + Quoted(adapter) + " has its new addresses.",
-                  .operation = [=] { return TOLVA::SetAdaptersIpAddrs(adapter.info, addresses); },
+                  .operation = [info = NicInfoOf(adapter),
+                                wanted = ToAssocIpAddrs(addresses)] { return TOLVA::SetAdaptersIpAddrs(info, wanted); },
                   .reach = Reach::SESSION};
     if (std::ranges::any_of(addresses, IsIpv4))
-        change.aspects.push_back(Ipv4Addresses(adapter.info, addresses));
+        change.aspects.push_back(Ipv4Addresses(adapter, addresses));
     change.bNeedsIpv6 = !std::ranges::all_of(addresses, IsIpv4);
     if (change.bNeedsIpv6)
-        change.aspects.push_back(StaticIpv6Addresses(adapter.info, addresses));
+        change.aspects.push_back(StaticIpv6Addresses(adapter, addresses));
     return change;
 }
 
-void AddSet(CLI::App& noun, Output& output)
+void AddSet(Command noun)
 {
-    CLI::App& verb = AddVerb(noun, {"set", "Give one adapter static addresses in place of those it has",
-                                    "address set lan0 192.168.1.10/24 2001:db8::10/64 --yes"});
-    auto adapter = AddAdapterArgument(verb);
-    const auto addresses = AddArguments(verb, "ADDRESS", "The addresses, at most one of them IPv4", "ADDRESS/PREFIX");
-    AddRemark(verb, "Addresses of a family that is not named stay. The prefix length of an IPv6 address is not passed "
-                    "on: the system chooses it.");
-    RunChange(verb, output, [adapter, addresses] {
+    Command verb = noun.AddVerb({"set", "Replace the addresses of one adapter by static ones",
+                                 "address set lan0 192.168.1.10/24 2001:db8::10/64 --yes"});
+    const auto adapter = AddAdapterArgument(verb);
+    const auto addresses =
+        verb.AddArguments({"ADDRESS", "The new addresses; at most one can be IPv4", "ADDRESS/PREFIX"});
+    verb.AddRemark("If all addresses are of one family, those of the other family remain. The system chooses the\n"
+                   "prefix length of an IPv6 address.");
+    MakeChangeVerb(verb, [adapter, addresses] {
         const auto wanted = ParseNewAddresses(addresses());
         return SetAddresses(adapter(), wanted);
     });
@@ -76,12 +75,15 @@ void AddSet(CLI::App& noun, Output& output)
 
 } // namespace
 
-void AddAddressCommands(CLI::App& app, Output& output)
+void AddAddressCommands(Command tool)
 {
-    CLI::App& noun = AddNoun(app, {"address", "IP addresses of an adapter", "address list lan0 --json"});
-    AddListVerb(noun, output, {"list", "Show the unicast addresses of one adapter", "address list lan0 --get address"},
-                AddressFields(), "The adapter has no addresses.", ListAddresses);
-    AddSet(noun, output);
+    Command noun = tool.AddNoun({"address", "IP addresses of an adapter", "address list lan0 --json"});
+    AddAdapterListVerb(noun, {{"list", "Show the unicast addresses of one adapter", "address list lan0 --get address"},
+                              {"ipv4.addresses", "ipv6.addresses"},
+                              ShownFields<zelk::Address>(),
+                              "address",
+                              "The adapter has no addresses."});
+    AddSet(noun);
 }
 
 } // namespace zelkctl

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "address" with its verbs.
-void AddAddressCommands(CLI::App& app, Output& output);
+void AddAddressCommands(Command tool);
 
 } // namespace zelkctl

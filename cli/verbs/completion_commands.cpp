@@ -1,11 +1,12 @@
 #include "verbs/completion_commands.h"
 
 #include <algorithm>
-#include <string>
-#include <vector>
+#include <iterator>
+#include <string_view>
 
-#include "parser/command.h"
+#include "answer/streams.h"
 #include "parser/completion.h"
+#include "verbs/common_verbs.h"
 
 namespace zelkctl
 {
@@ -85,28 +86,41 @@ constexpr const char* POWERSHELL_SCRIPT =
 }
 )";
 
-void AddScript(CLI::App& noun, const VerbTexts& texts, const std::string& sInstallation, const char* pszScript)
+void AddScript(Command noun, const CommandHelp& help, const std::string& sInstallation, const char* pszScript)
 {
-    CLI::App& verb = AddVerb(noun, texts);
-    AddRemark(verb, sInstallation);
-    Run(verb, [pszScript] { Output::Data(pszScript); });
+    Command verb = noun.AddVerb(help);
+    verb.AddRemark(sInstallation);
+    verb.Answers({}, [pszScript] { return Answer{.value = {}, .text = pszScript}; });
+}
+
+/// With the prefix that the user has begun with, such as "name:".
+std::vector<std::string> ValuesOfArgument(const std::string& sArgument, const std::string& sBegun)
+{
+    constexpr std::string_view PREFIX = "name:";
+    if (sArgument != ADAPTER_ARGUMENT)
+        return {};
+    auto names = AdapterNames();
+    if (sBegun.starts_with(PREFIX))
+        for (std::string& sName : names)
+            sName.insert(0, PREFIX);
+    return names;
 }
 
 } // namespace
 
-void AddCompletionCommands(CLI::App& app, Output&)
+void AddCompletionCommands(Command tool)
 {
-    CLI::App& noun =
-        AddNoun(app, {"completion", "Complete commands, options and adapters in a shell", "completion bash"});
-    AddScript(noun, {"bash", "Write the script for bash", "completion bash > ~/.zelkctl-completion"},
-              "Read the file from ~/.bashrc, with the line:\n  . ~/.zelkctl-completion", BASH_SCRIPT);
+    Command noun =
+        tool.AddNoun({"completion", "Completion of commands, options and adapters in a shell", "completion bash"});
+    AddScript(noun, {"bash", "Print the script for bash", "completion bash > ~/.zelkctl-completion"},
+              "Load the file in ~/.bashrc with the line:\n  . ~/.zelkctl-completion", BASH_SCRIPT);
     AddScript(
         noun,
-        {"powershell", "Write the script for PowerShell", "completion powershell | Out-String | Invoke-Expression"},
-        "Put the line into the file that $PROFILE names, and every session has it.", POWERSHELL_SCRIPT);
+        {"powershell", "Print the script for PowerShell", "completion powershell | Out-String | Invoke-Expression"},
+        "Add this line to the file that $PROFILE names to load it in every session.", POWERSHELL_SCRIPT);
 }
 
-void AnswerCompletion(const CLI::App& app, std::vector<std::string> arguments) noexcept
+void AnswerCompletion(const CLI::App& tool, const std::vector<std::string>& arguments) noexcept
 try
 {
     // "__complete -- WORDS": the last word is being completed. "__complete --next WORDS": one that is yet to come.
@@ -115,9 +129,9 @@ try
     if (arguments.size() > 1 && arguments[1] == "--next")
         words.emplace_back();
     std::string text;
-    for (const std::string& sCandidate : Complete(app, words))
+    for (const std::string& sCandidate : Complete(tool, words, ValuesOfArgument))
         text += sCandidate + '\n';
-    Output::Data(text);
+    WriteData(text);
 }
 catch (...)
 {

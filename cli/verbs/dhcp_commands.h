@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "dhcp" with its verbs.
-void AddDhcpCommands(CLI::App& app, Output& output);
+void AddDhcpCommands(Command tool);
 
 } // namespace zelkctl

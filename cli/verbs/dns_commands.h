@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "dns" with its verbs.
-void AddDnsCommands(CLI::App& app, Output& output);
+void AddDnsCommands(Command tool);
 
 } // namespace zelkctl

@@ -3,106 +3,88 @@
 #include <string>
 #include <vector>
 
-#include <zelk_nm/tolva.h>
-
-#include "adapters/adapter.h"
-#include "adapters/library_call.h"
-#include "answer/json_value.h"
-#include "parser/command.h"
 #include "parser/ip_argument.h"
-#include "records/automatic_setting.h"
-#include "records/family.h"
+#include "verbs/common_verbs.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-Json ListGateways(const Adapter& adapter)
+/// The addresses of the gateways in use, in whatever order; those of the other family stay.
+Aspect GatewayInUse(const zelk::Adapter& adapter, const zelk::IpAddress& gateway)
 {
-    std::vector<velmor::ip_address> gateways;
-    Call("GetDefaultGatewayList", &adapter,
-         [&] { return TOLVA::GetDefaultGatewayList(adapter.info, TOLVA::FAMILY_BOTH, gateways); });
-    return PlainAddresses(gateways);
+    const bool bIpv4 = gateway.IsIpv4();
+    return ItemBecomes(adapter, bIpv4 ? "ipv4.gateways.address" : "ipv6.gateways.address",
+                       Json::array({gateway.ToText()}));
 }
 
-/// Those of the other family stay, in whatever order.
-Aspect GatewayInEffect(const TOLVA::NIC_INFO& info, const velmor::ip_address& gateway)
-{
-    return {.field =
-                gateway.is_ipv4() ? Field{"ipv4Gateways", "IPv4 gateways"} : Field{"ipv6Gateways", "IPv6 gateways"},
-            .read =
-                [=] {
-                    std::vector<velmor::ip_address> gateways;
-                    if (!TOLVA::GetDefaultGatewayList(info, TOLVA::FAMILY_BOTH, gateways))
-                        return Json();
-                    std::erase_if(gateways, [=](const auto& other) { return other.family() != gateway.family(); });
-                    return RecordsOf(gateways, AddressOrNull);
-                },
-            .wanted = Json::array({AddressOrNull(gateway)})};
-}
-
-Change SetGateway(const Adapter& adapter, const velmor::ip_address& gateway)
+Change SetGateway(const zelk::Adapter& adapter, const zelk::IpAddress& gateway)
 {
     return {.sOperation = "SetDefaultGateway",
             .adapter = adapter,
-            .sDoing = "Setting the gateway",
-            .sDone = "Adapter " + Quoted(adapter) + " has the default gateway " + TextOf(AddressOrNull(gateway)) + '.',
-            .aspects = {GatewayInEffect(adapter.info, gateway)},
-            .operation = [=] { return TOLVA::SetDefaultGateway(adapter.info, gateway); },
+            .sDoing = "Setting the default gateway",
+            .sDone = "Adapter " + Quoted(adapter) + " has the default gateway " + gateway.ToText() + '.',
+            .aspects = {GatewayInUse(adapter, gateway)},
+            .operation = [info = NicInfoOf(adapter),
+                          wanted = ToVelmor(gateway)] { return TOLVA::SetDefaultGateway(info, wanted); },
             .reach = Reach::SESSION,
-            .bNeedsIpv6 = gateway.is_ipv6()};
+            .bNeedsIpv6 = !gateway.IsIpv4()};
 }
 
-void AddSet(CLI::App& noun, Output& output)
+void AddSet(Command noun)
 {
-    CLI::App& verb =
-        AddVerb(noun, {"set", "Give one adapter a static default gateway", "gateway set lan0 192.168.1.1 --yes"});
-    AddRemark(verb, "It takes the place of all default routes of its family.");
-    auto adapter = AddAdapterArgument(verb);
-    const auto gateway = AddArgument(verb, "GATEWAY", "The gateway", "ADDRESS");
-    RunChange(verb, output, [adapter, gateway] {
+    Command verb =
+        noun.AddVerb({"set", "Set a static default gateway of one adapter", "gateway set lan0 192.168.1.1 --yes"});
+    verb.AddRemark("It replaces all default routes of its family.");
+    const auto adapter = AddAdapterArgument(verb);
+    const auto gateway = verb.AddArgument({"GATEWAY", "Address of the gateway", "ADDRESS"});
+    MakeChangeVerb(verb, [adapter, gateway] {
         const auto wanted = ParseAddresses("GATEWAY", {gateway()}).front();
         return SetGateway(adapter(), wanted);
     });
 }
 
-Change ReturnToAutomatic(const Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
+Change ReturnToAutomatic(const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
 {
     // The library empties the list of IPv4 for IPv6 alone too.
     const auto enEmptied = enFamily == TOLVA::FAMILY_IPV4 ? enFamily : TOLVA::FAMILY_BOTH;
+    std::vector<Aspect> aspects = {ItemBecomes(adapter, "ipv4.configured.gateways", Json::array())};
     return {.sOperation = "ReturnGatewayToDhcp",
             .adapter = adapter,
-            .sDoing = "Forgetting the gateways",
-            .sDone = "Adapter " + Quoted(adapter) + " keeps no static gateway (" + FamilyText(enEmptied) +
-                     "). Its routes stay.",
-            .aspects = Become(true, AUTOMATIC_GATEWAY, adapter.info, enEmptied),
-            .operation = [=] { return TOLVA::ReturnGatewayToDhcp(adapter.info, enFamily); }};
+            .sDoing = "Removing the static gateways",
+            .sDone = "Adapter " + Quoted(adapter) + " has no static gateways (" + FamilyText(enEmptied) +
+                     "). Its routes remain.",
+            .aspects = std::move(aspects),
+            .operation = [=, info = NicInfoOf(adapter)] { return TOLVA::ReturnGatewayToDhcp(info, enFamily); }};
 }
 
-void AddReturn(CLI::App& noun, Output& output)
+void AddReturn(Command noun)
 {
-    CLI::App& verb =
-        AddVerb(noun, {"return", "Forget the static gateways of one adapter", "gateway return lan0 --ipv4"});
-    AddRemark(verb, "It empties the lists of static gateways; routes stay. IPv6 alone also empties the list of IPv4.");
-    RunChange(verb, output, [adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
+    Command verb = noun.AddVerb({"return", "Remove the static gateways of one adapter", "gateway return lan0 --ipv4"});
+    verb.AddRemark("It empties the stored lists of static gateways; routes remain. --ipv6 also empties the list of "
+                   "IPv4.");
+    MakeChangeVerb(verb, [adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
         return ReturnToAutomatic(adapter(), family());
     });
 }
 
 } // namespace
 
-void AddGatewayCommands(CLI::App& app, Output& output)
+void AddGatewayCommands(Command tool)
 {
-    CLI::App& noun = AddNoun(app, {"gateway", "Default gateways of an adapter", "gateway list lan0 --json"});
-    AddListVerb(noun, output, {"list", "Show the gateways of the default routes of one adapter", "gateway list lan0"},
-                PLAIN_ADDRESS_FIELDS, "The adapter has no default gateway.", ListGateways);
-    AddSet(noun, output);
-    CLI::App& status = AddRecordVerb(
-        noun, output, {"status", "Show for which families one adapter keeps no static gateway", "gateway status lan0"},
-        FieldsOf(AUTOMATIC_GATEWAY), [](const Adapter& adapter) { return RecordOf(AUTOMATIC_GATEWAY, adapter.info); });
-    AddRemark(status, "An IPv6 gateway that \"gateway set\" has set counts as automatic.");
-    AddReturn(noun, output);
+    Command noun = tool.AddNoun({"gateway", "Default gateways of an adapter", "gateway list lan0 --json"});
+    AddAdapterListVerb(noun, {{"list", "Show the default gateways that one adapter uses", "gateway list lan0"},
+                              {"ipv4.gateways", "ipv6.gateways"},
+                              ShownFields<zelk::Gateway>(),
+                              "gateway",
+                              "The adapter has no default gateway."});
+    AddSet(noun);
+    AddAdapterPartVerb(
+        noun,
+        {"status", "Show the default gateways that one adapter uses beside the static ones", "gateway status lan0"},
+        {"ipv4.gateways", "ipv4.configured.gateways", "ipv6.gateways", "ipv6.configured.gateways"});
+    AddReturn(noun);
 }
 
 } // namespace zelkctl

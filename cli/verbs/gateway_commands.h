@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "gateway" with its verbs.
-void AddGatewayCommands(CLI::App& app, Output& output);
+void AddGatewayCommands(Command tool);
 
 } // namespace zelkctl

@@ -6,37 +6,19 @@
 #include <sstream>
 #include <string>
 
-#include <zelk_nm/tolva.h>
+#include <state/fields/json_value.h>
+#include <state/reading/read_machine.h>
 
-#include "answer/json_value.h"
-#include "parser/command.h"
-#include "system/text.h"
+#include "answer/cell_text.h"
+#include "answer/failure.h"
+#include "answer/value_text.h"
+#include "system/utf8.h"
+#include "verbs/common_verbs.h"
 
 namespace zelkctl
 {
 namespace
 {
-
-constexpr Field COMPUTER_NAME = {"computerName", "Computer name"};
-constexpr Field DNS_SUFFIX = {"primaryDnsSuffix", "Primary DNS suffix"};
-constexpr Field WORKGROUP = {"workgroup", "Workgroup"};
-constexpr Field FIELDS[] = {COMPUTER_NAME, {"fullComputerName", "Full computer name"}, DNS_SUFFIX, WORKGROUP};
-
-Json NameOrNull(bool (*pQuery)(velmor::string&))
-{
-    velmor::string sName;
-    return pQuery(sName) ? TextOrNull(sName) : Json();
-}
-
-Json ReadIdentity()
-{
-    Json record;
-    record["computerName"] = NameOrNull(&TOLVA::GetComputerNameW);
-    record["fullComputerName"] = NameOrNull(&TOLVA::GetFullComputerName);
-    record["primaryDnsSuffix"] = NameOrNull(&TOLVA::GetPrimaryDnsSuffix);
-    record["workgroup"] = NameOrNull(&TOLVA::GetWorkgroupName);
-    return record;
-}
 
 /// The library writes any text, and the system would have to start with it.
 bool IsHostName(const std::string& sName)
@@ -56,87 +38,92 @@ bool IsDomainName(const std::string& sName)
     return sName.size() <= LONGEST_NAME;
 }
 
-/// One of the machine's names, as what a change alters. Unlike in a record, none is an empty text.
-Aspect NameBecomes(const Field& field, bool (*pQuery)(velmor::string&), const std::string& sWanted)
+/// That the identity's item with this key becomes the name.
+Aspect NameBecomes(const std::string& sKey, const std::string& sWanted)
 {
-    return {.field = field,
-            .read =
-                [pQuery] {
-                    velmor::string sName;
-                    return pQuery(sName) ? Json(ToUtf8(sName)) : Json();
-                },
+    const Field field = Only({sKey}, ShownFields<zelk::Identity>()).front();
+    return {.sKey = sKey,
+            .sLabel = field.sLabel,
+            .read = [field](CurrentMachine& machine) { return ValueOf(field, zelk::ToJson(machine.Get().identity)); },
             .wanted = sWanted};
 }
 
 Change SetName(const std::string& sName)
 {
     if (!IsHostName(sName))
-        throw WrongUse("NAME", Quoted(sName) + " is no computer name: 1 to 63 letters, digits and \"-\"");
+        throw UsageError("NAME", Quoted(sName) + " is not a computer name: 1 to 63 letters, digits and \"-\"");
     return {.sOperation = "SetComputerNameW",
             .sDoing = "Setting the computer name",
             .sDone = "The computer name will be " + Quoted(sName) + '.',
-            .aspects = {NameBecomes(COMPUTER_NAME, &TOLVA::GetComputerNameW, sName)},
-            .operation = [sName] { return TOLVA::SetComputerNameW(FromUtf8(sName)); },
+            .aspects = {NameBecomes("configured.computerName", sName)},
+            .operation = [name = FromUtf8(sName)] { return TOLVA::SetComputerNameW(name); },
             .reach = Reach::NEXT_START};
 }
 
 Change SetWorkgroup(const std::string& sName)
 {
     if (sName.empty())
-        throw WrongUse("NAME", "a workgroup needs a name");
+        throw UsageError("NAME", "a workgroup needs a name");
     return {.sOperation = "SetWorkgroupName",
             .sDoing = "Setting the workgroup",
             .sDone = "The workgroup is " + Quoted(sName) + '.',
-            .aspects = {NameBecomes(WORKGROUP, &TOLVA::GetWorkgroupName, sName)},
-            .operation = [sName] { return TOLVA::SetWorkgroupName(FromUtf8(sName)); }};
+            .aspects = {NameBecomes("workgroup", sName)},
+            .operation = [name = FromUtf8(sName)] { return TOLVA::SetWorkgroupName(name); }};
 }
 
 Change SetSuffix(const std::string& sSuffix)
 {
     if (!sSuffix.empty() && !IsDomainName(sSuffix))
-        throw WrongUse("SUFFIX", Quoted(sSuffix) + " is no DNS domain");
+        throw UsageError("SUFFIX", Quoted(sSuffix) + " is not a DNS domain");
     return {.sOperation = "SetPrimaryDnsSuffix",
             .sDoing = "Setting the primary DNS suffix",
-            .sDone = "The primary DNS suffix will be " + (sSuffix.empty() ? "cleared" : Quoted(sSuffix)) + '.',
-            .aspects = {NameBecomes(DNS_SUFFIX, &TOLVA::GetPrimaryDnsSuffix, sSuffix)},
-            .operation = [sSuffix] { return TOLVA::SetPrimaryDnsSuffix(FromUtf8(sSuffix)); },
+            .sDone = "The primary DNS suffix will be " + (sSuffix.empty() ? "empty" : Quoted(sSuffix)) + '.',
+            .aspects = {NameBecomes("configured.primaryDnsSuffix", sSuffix)},
+            .operation = [suffix = FromUtf8(sSuffix)] { return TOLVA::SetPrimaryDnsSuffix(suffix); },
             .reach = Reach::NEXT_START};
 }
 
-void AddShow(CLI::App& noun, Output& output)
+void AddShow(Command noun)
 {
-    CLI::App& verb = AddVerb(noun, {"show", "Show the machine's names", "identity show --json"});
-    AddFormFlags(verb, output, FIELDS);
-    Run(verb, [&output] { output.Record(FIELDS, ReadIdentity()); });
+    Command verb = noun.AddVerb({"show", "Show the names of this machine", "identity show --json"});
+    const auto fields = ShownFields<zelk::Identity>();
+    verb.AddFormOptions(fields);
+    verb.Answers([] { return zelk::ReferenceTo("identity"); },
+                 [fields] { return Answer{.value = zelk::ToJson(zelk::ReadMachine().identity), .fields = fields}; });
 }
 
 /// A verb whose argument is the new name.
-void AddSetVerb(CLI::App& noun, Output& output, const VerbTexts& texts, const std::function<Text(CLI::App&)>& add,
+void AddSetVerb(Command noun, const CommandHelp& help, const std::function<GivenText(Command&)>& add,
                 Change (*pPlan)(const std::string&))
 {
-    CLI::App& verb = AddVerb(noun, texts);
-    RunChange(verb, output, [name = add(verb), pPlan] { return pPlan(name()); });
+    Command verb = noun.AddVerb(help);
+    MakeChangeVerb(verb, [name = add(verb), pPlan] { return pPlan(name()); });
 }
 
 } // namespace
 
-void AddIdentityCommands(CLI::App& app, Output& output)
+void AddIdentityCommands(Command tool)
 {
-    CLI::App& noun = AddNoun(app, {"identity", "Names of this machine", "identity show"});
-    AddShow(noun, output);
+    Command noun = tool.AddNoun({"identity", "Names of this machine", "identity show"});
+    AddShow(noun);
     AddSetVerb(
-        noun, output,
-        {"set-name", "Give the machine another name, from its next start on", "identity set-name station7"},
-        [](CLI::App& verb) { return AddArgument(verb, "NAME", "The name, without a domain", "NAME"); }, SetName);
+        noun, {"set-name", "Set the computer name, which takes effect at the next start", "identity set-name station7"},
+        [](Command& verb) {
+            return verb.AddArgument({"NAME", "The name, without a domain", "NAME"});
+        },
+        SetName);
     AddSetVerb(
-        noun, output, {"set-workgroup", "Put the machine into another workgroup", "identity set-workgroup WORKSHOP"},
-        [](CLI::App& verb) { return AddArgument(verb, "NAME", "The workgroup's name", "NAME"); }, SetWorkgroup);
+        noun, {"set-workgroup", "Set the workgroup of this machine", "identity set-workgroup WORKSHOP"},
+        [](Command& verb) {
+            return verb.AddArgument({"NAME", "The name of the workgroup", "NAME"});
+        },
+        SetWorkgroup);
     AddSetVerb(
-        noun, output,
-        {"set-suffix", "Give the machine another primary DNS suffix, or none, from its next start on",
+        noun,
+        {"set-suffix", "Set or clear the primary DNS suffix, which takes effect at the next start",
          "identity set-suffix example.org"},
-        [](CLI::App& verb) {
-            return AddOptionalArgument(verb, "SUFFIX", "The suffix; without one it is cleared", "DOMAIN");
+        [](Command& verb) {
+            return verb.AddOptionalArgument({"SUFFIX", "The suffix; without one it is cleared", "DOMAIN"});
         },
         SetSuffix);
 }

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "identity" with its verbs.
-void AddIdentityCommands(CLI::App& app, Output& output);
+void AddIdentityCommands(Command tool);
 
 } // namespace zelkctl

@@ -2,119 +2,105 @@
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
-#include <zelk_nm/tolva.h>
-
-#include "adapters/adapter.h"
 #include "adapters/library_call.h"
-#include "answer/json_value.h"
-#include "parser/command.h"
+#include "answer/cell_text.h"
 #include "parser/ip_argument.h"
-#include "records/route_record.h"
 #include "system/number.h"
-#include "system/text.h"
+#include "verbs/common_verbs.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-/// The user's words for a new route.
-struct RouteTexts
-{
-    std::string sDestination;
-    std::string sNextHop;
-    std::string sMetric;
-};
-
-std::vector<TOLVA::ROUTE_INFO> Routes(const Adapter& adapter)
-{
-    std::vector<TOLVA::ROUTE_INFO> routes;
-    Call("GetAdapterRoutes", &adapter, [&] { return TOLVA::GetAdapterRoutes(adapter.info, routes); });
-    return routes;
-}
-
 unsigned long ParseMetric(const std::string& sText)
 {
     const auto ulMetric = ParseNumber(sText.empty() ? "0" : sText);
     if (!ulMetric)
-        throw WrongUse("--metric", Quoted(sText) + " is not 0 to 4294967295");
+        throw UsageError("--metric", Quoted(sText) + " is not a number from 0 to 4294967295");
     return *ulMetric;
 }
 
-/// All but the index, which only the adapter can tell.
-TOLVA::ROUTE_INFO ParseRoute(const RouteTexts& texts)
+/// What the user gives for a new route.
+zelk::Route ParseRoute(const std::string& sDestination, const std::string& sNextHop, const std::string& sMetric)
 {
-    const Network destination = ParseNetwork("DESTINATION", texts.sDestination);
-    TOLVA::ROUTE_INFO route;
-    route.Destination = destination.address;
-    route.PrefixLength = destination.prefixLength;
-    route.NextHop = ParseAddress("NEXTHOP", texts.sNextHop);
-    if (route.NextHop.family() != route.Destination.family())
-        throw WrongUse("NEXTHOP", "destination and next hop are not of one family, IPv4 or IPv6");
-    route.ulMetric = ParseMetric(texts.sMetric);
+    zelk::Route route;
+    route.destination = ParseNetwork("DESTINATION", sDestination);
+    route.nextHop = ParseAddress("NEXTHOP", sNextHop);
+    if (route.nextHop.GetFamily() != route.destination.address.GetFamily())
+        throw UsageError("NEXTHOP", "destination and next hop have to be of the same family, IPv4 or IPv6");
+    route.metric = ParseMetric(sMetric);
     return route;
 }
 
-std::string Describe(const TOLVA::ROUTE_INFO& route)
+std::string TextOf(const zelk::Route& route)
 {
-    const Json record = RecordOf(route);
-    return TextOf(record["destination"]) + " via " + TextOf(record["nextHop"]);
+    return route.destination.ToText() + " via " + route.nextHop.ToText();
 }
 
-/// The metric is not in view: the library raises it until the system takes it.
-Aspect RoutePresent(const Adapter& adapter, const std::string& sRoute)
+/// The metric is not compared: the library raises it until the system takes it.
+Aspect RoutePresent(const zelk::Adapter& adapter, const std::string& sRoute)
 {
-    return {.field = {"route", "Route"},
-            .read =
-                [=] {
-                    std::vector<TOLVA::ROUTE_INFO> routes;
-                    const bool bThere = TOLVA::GetAdapterRoutes(adapter.info, routes) &&
-                                        std::ranges::find(routes, sRoute, Describe) != routes.end();
-                    return bThere ? Json(sRoute) : Json();
-                },
-            .wanted = sRoute};
+    return AdapterAspect(
+        adapter, "route", "Route",
+        [sRoute](const zelk::Adapter& now) {
+            const bool bPresent = now.routes && std::ranges::find(*now.routes, sRoute, TextOf) != now.routes->end();
+            return bPresent ? Json(sRoute) : Json();
+        },
+        sRoute);
 }
 
-Change AddRoute(const Adapter& adapter, TOLVA::ROUTE_INFO route)
+TOLVA::ROUTE_INFO RouteInfoOf(const zelk::Adapter& adapter, const zelk::Route& route)
 {
-    Call("GetAdapterIndex", &adapter, [&] { return TOLVA::GetAdapterIndex(adapter.info, route.ulIndex); });
-    const std::string sRoute = Describe(route);
+    TOLVA::ROUTE_INFO info;
+    Call("GetAdapterIndex", &adapter, [&] { return TOLVA::GetAdapterIndex(NicInfoOf(adapter), info.ulIndex); });
+    info.Destination = ToVelmor(route.destination.address);
+    info.PrefixLength = route.destination.length;
+    info.NextHop = ToVelmor(route.nextHop);
+    info.ulMetric = route.metric.value_or(0);
+    return info;
+}
+
+Change AddRoute(const zelk::Adapter& adapter, const zelk::Route& route)
+{
+    const std::string sRoute = TextOf(route);
     return {.sOperation = "AddAdapterRoute",
             .adapter = adapter,
             .sDoing = "Adding the route",
             .sDone = "Adapter " + Quoted(adapter) + " has the route " + sRoute + '.',
             .aspects = {RoutePresent(adapter, sRoute)},
-            .operation = [=] { return TOLVA::AddAdapterRoute(adapter.info, route); },
-            .reach = route.PrefixLength == 0 ? Reach::SESSION : Reach::SETTINGS,
-            .bNeedsIpv6 = route.Destination.is_ipv6()};
+            .operation = [info = NicInfoOf(adapter),
+                          wanted = RouteInfoOf(adapter, route)] { return TOLVA::AddAdapterRoute(info, wanted); },
+            .reach = route.destination.length == 0 ? Reach::SESSION : Reach::SETTINGS,
+            .bNeedsIpv6 = !route.nextHop.IsIpv4()};
 }
 
-void AddAdd(CLI::App& noun, Output& output)
+void AddAdd(Command noun)
 {
-    CLI::App& verb =
-        AddVerb(noun, {"add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1 --check"});
-    auto adapter = AddAdapterArgument(verb);
-    const auto destination =
-        AddArgument(verb, "DESTINATION", "Where it leads, 0.0.0.0/0 or ::/0 for everywhere", "ADDRESS/PREFIX");
-    const auto nextHop = AddArgument(verb, "NEXTHOP", "The gateway", "ADDRESS");
-    const auto metric = AddOption(verb, "--metric", "Its metric, by default 0; one that is too low is raised", "N");
-    RunChange(verb, output, [=] {
-        const auto route = ParseRoute({destination(), nextHop(), metric()});
+    Command verb = noun.AddVerb({"add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1 --check"});
+    const auto adapter = AddAdapterArgument(verb);
+    const auto destination = verb.AddArgument(
+        {"DESTINATION", "The destination network; 0.0.0.0/0 or ::/0 for a default route", "ADDRESS/PREFIX"});
+    const auto nextHop = verb.AddArgument({"NEXTHOP", "Address of the gateway", "ADDRESS"});
+    const auto metric = verb.AddOption({"--metric", "The metric, 0 by default; one that is too low is raised", "N"});
+    MakeChangeVerb(verb, [=] {
+        const zelk::Route route = ParseRoute(destination(), nextHop(), metric());
         return AddRoute(adapter(), route);
     });
 }
 
 } // namespace
 
-void AddRouteCommands(CLI::App& app, Output& output)
+void AddRouteCommands(Command tool)
 {
-    CLI::App& noun = AddNoun(app, {"route", "Routes of an adapter", "route list lan0 --json"});
-    AddListVerb(noun, output, {"list", "Show the routes of one adapter", "route list lan0"}, RouteFields(),
-                "The adapter has no routes.",
-                [](const Adapter& adapter) { return RecordsOf(Routes(adapter), RecordOf); });
-    AddAdd(noun, output);
+    Command noun = tool.AddNoun({"route", "Routes of an adapter", "route list lan0 --json"});
+    AddAdapterListVerb(noun, {{"list", "Show the routes of one adapter", "route list lan0"},
+                              {"routes"},
+                              ShownFields<zelk::Route>(),
+                              "route",
+                              "The adapter has no routes."});
+    AddAdd(noun);
 }
 
 } // namespace zelkctl

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "route" with its verbs.
-void AddRouteCommands(CLI::App& app, Output& output);
+void AddRouteCommands(Command tool);
 
 } // namespace zelkctl

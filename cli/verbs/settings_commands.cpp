@@ -1,18 +1,20 @@
 #include "verbs/settings_commands.h"
 
-#include "parser/command.h"
-#include "records/settings_record.h"
+#include "verbs/common_verbs.h"
 
 namespace zelkctl
 {
 
-void AddSettingsCommands(CLI::App& app, Output& output)
+void AddSettingsCommands(Command tool)
 {
-    CLI::App& noun = AddNoun(app, {"settings", "Further settings of an adapter", "settings show lan0 --json"});
-    const std::span<const Field> fields = SettingsFields();
-    AddRecordVerb(noun, output,
-                  {"show", "Show DNS domain, automatic private addressing, NetBIOS and speed", "settings show lan0"},
-                  {fields.begin(), fields.end()}, [](const Adapter& adapter) { return SettingsOf(adapter.info); });
+    Command noun = tool.AddNoun({"settings", "Further settings of an adapter", "settings show lan0 --json"});
+    AddAdapterPartVerb(noun,
+                       {"show", "Show MTU, metrics, DNS suffix, private addressing, NetBIOS and speed of one adapter",
+                        "settings show lan0"},
+                       {"ipv4.dnsSuffix", "ipv4.configured.dnsSuffix", "ipv4.mtu", "ipv4.configured.mtu", "ipv4.metric",
+                        "ipv4.configured.metric", "ipv6.enabled", "ipv6.mtu", "ipv6.configured.mtu", "ipv6.metric",
+                        "ipv6.configured.metric", "ipv4.autoconfiguration", "ipv4.netbios", "ipv4.configured.netbios",
+                        "driver.speedDuplex", "transmitSpeed", "receiveSpeed"});
 }
 
 } // namespace zelkctl

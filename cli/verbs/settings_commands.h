@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "settings" with its verbs.
-void AddSettingsCommands(CLI::App& app, Output& output);
+void AddSettingsCommands(Command tool);
 
 } // namespace zelkctl

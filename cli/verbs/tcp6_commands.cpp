@@ -1,30 +1,25 @@
 #include "verbs/tcp6_commands.h"
 
-#include "answer/json_value.h"
-#include "parser/command.h"
-#include "records/tcp6_record.h"
-#include "verbs/tcp6_table.h"
+#include "records/answer_schema.h"
+#include "records/shown_fields.h"
+#include "records/tcp6_connection.h"
 
 namespace zelkctl
 {
-namespace
-{
 
-void AddList(CLI::App& noun, Output& output)
+void AddTcp6Commands(Command tool)
 {
-    CLI::App& verb = AddVerb(noun, {"list", "Show all TCP connections over IPv6", "tcp6 list"});
-    AddFormFlags(verb, output, Tcp6Fields());
-    Run(verb, [&output] {
-        output.List(Tcp6Fields(), RecordsOf(ReadTcp6Table(), RecordOf), "There is no TCP connection over IPv6.");
-    });
-}
-
-} // namespace
-
-void AddTcp6Commands(CLI::App& app, Output& output)
-{
-    CLI::App& noun = AddNoun(app, {"tcp6", "TCP connections over IPv6", "tcp6 list --json"});
-    AddList(noun, output);
+    Command noun = tool.AddNoun({"tcp6", "TCP connections over IPv6", "tcp6 list --json"});
+    Command verb = noun.AddVerb({"list", "Show all TCP connections over IPv6", "tcp6 list"});
+    const auto fields = ShownFields<Tcp6Connection>();
+    verb.AddFormOptions(fields);
+    verb.AddColumnOptions(fields);
+    verb.Answers([] { return ListOf<Tcp6Connection>(); },
+                 [fields] {
+                     return Answer{.value = RecordsOf(ReadTcp6Connections()),
+                                   .fields = fields,
+                                   .sWhenEmpty = "There are no TCP connections over IPv6."};
+                 });
 }
 
 } // namespace zelkctl

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// The noun "tcp6" with its verbs.
-void AddTcp6Commands(CLI::App& app, Output& output);
+void AddTcp6Commands(Command tool);
 
 } // namespace zelkctl

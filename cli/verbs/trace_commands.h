@@ -1,12 +1,12 @@
 #pragma once
 
-#include "answer/output.h"
-#include "parser/command_line.h"
+#include "parser/command.h"
 
 namespace zelkctl
 {
 
 /// "trace show", "trace level" and "trace path". None of them may make a TOLVA: that empties the trace.
-CLI::App& AddTraceCommands(CLI::App& app, Output& output);
+inline constexpr const char* TRACE_NOUN = "trace";
+void AddTraceCommands(Command tool);
 
 } // namespace zelkctl

@@ -1,10 +1,8 @@
-#include <support/registry_scope.h>
-
-#include "zelkctl_test.h"
-
 #include <gmock/gmock.h>
 
-using namespace testing_support;
+#include "installed_adapter.h"
+#include "zelkctl_test.h"
+
 using testing::HasSubstr;
 using testing::Not;
 
@@ -30,15 +28,19 @@ TEST_F(Completion, WalksCommandsOptionsAndValues)
     EXPECT_EQ("", Run(L"__complete").sErr);
 }
 
-TEST_F(Completion, KnowsConnections)
+TEST_F(Completion, KnowsAdapters)
 {
-    const RegistryKeyScope connection(L"SYSTEM\\CurrentControlSet\\Control\\Network\\"
-                                      L"{4D36E972-E325-11CE-BFC1-08002BE10318}\\{X}\\Connection");
-    connection.Set(L"", L"Name", StringData(L"Zelk's lan 7"));
-    connection.Set(L"", L"PnpInstanceID", StringData(L"ROOT\\NET\\0007"));
+    const InstalledAdapter adapter(L"Zelk's lan 7");
     EXPECT_EQ("Zelk's lan 7\n", CandidatesFor(L"dns set --json \"zelk's l\""));
     EXPECT_EQ("name:Zelk's lan 7\n", CandidatesFor(L"adapter show name:Z"));
     EXPECT_THAT(CandidatesFor(L"dns set lan0 \"\""), Not(HasSubstr("Zelk's")));
+    EXPECT_THAT(Run(L"adapter list --all --get name").sOut, HasSubstr("Zelk's lan 7\n"));
+}
+
+TEST_F(Completion, ScriptsAskTheTool)
+{
+    for (const wchar_t* pszShell : {L"bash", L"powershell"})
+        EXPECT_THAT(Run(std::wstring(L"completion ") + pszShell).sOut, HasSubstr("__complete"));
 }
 
 } // namespace

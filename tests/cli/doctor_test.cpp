@@ -53,10 +53,10 @@ TEST_F(DoctorTest, NamesTheRegistryValueThatARecordLacks)
         std::wstring sText;
         const char* pszSeverity; ///< of the finding without the value
         std::wstring sNamedKey;  ///< empty when the finding names no value
-    } values[] = {{classKey, L"NetCfgInstanceId", sGuid, "wrong", classKey.Path()},
+    } values[] = {{classKey, L"NetCfgInstanceId", sGuid, "wrong", CONTROL + L"Class\\" + NET_CLASS + L"\\*"},
                   {classKey, L"DriverDesc", L"Card", "wrong", classKey.Path()},
                   {classKey, L"DeviceInstanceID", DEVICE, "ok", L""}, // PnpInstanceID stands in for it
-                  {connection, L"PnpInstanceID", DEVICE, "note", connection.Path()},
+                  {connection, L"PnpInstanceID", DEVICE, "ok", L""},  // and the other way round
                   {connection, L"Name", L"lan 7", "wrong", connection.Path()},
                   {lanDevice, L"DeviceInstance", DEVICE, "note", CONTROL + L"DeviceClasses\\" + LAN_CLASS + L"\\*"}};
     for (const auto& value : values)
@@ -72,7 +72,7 @@ TEST_F(DoctorTest, NamesTheRegistryValueThatARecordLacks)
         });
         ASSERT_NE(findings.end(), found);
         const std::filesystem::path path = L"HKLM\\" + value.sNamedKey + L"\\" + value.sName;
-        EXPECT_EQ(value.sNamedKey.empty() ? nlohmann::json() : nlohmann::json::array({path.string()}),
+        EXPECT_EQ(value.sNamedKey.empty() ? nlohmann::json::array() : nlohmann::json::array({path.string()}),
                   (*found)["missing"]);
         value.key.Set(L"", value.sName, StringData(value.sText));
     }

@@ -95,8 +95,11 @@ run_in() {
     return $rc
 }
 failed=0
-run_in "$name" "$@" --gtest_filter='Lan.*:Tables.*:Machine.*:ZelkctlFinds.*' || failed=1
+answers=$(dirname -- "$1")/answers
+rm -rf -- "$answers"
+run_in "$name" "$@" --gtest_filter='Lan.*:Tables.*:Machine.*:ZelkctlFinds.*:ZelkctlVerbs.*' || failed=1
 run_in "$name" "$older" --gtest_filter='Tables.*:Machine.*' || failed=1
 run_in "$name" "$@" --gtest_filter='*Changes.*' || failed=1 # the last there: the links are no longer as made
 run_in "$name-bare" "$@" --gtest_filter='LoopbackOnly.*' || failed=1
+"$zelk_top/tests/cli/validate-answers.py" "$answers" || failed=1
 exit $failed

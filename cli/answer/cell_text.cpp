@@ -1,0 +1,87 @@
+#include "answer/cell_text.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "system/utf8.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+constexpr std::string_view REPLACEMENT_UTF8 = "\xEF\xBF\xBD";
+
+/// The C1 controls are U+0080 to U+009F: C2 and a byte of that range.
+bool IsC1Control(std::string_view text)
+{
+    return text.size() > 1 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
+}
+
+bool IsC0Control(char byte)
+{
+    return static_cast<unsigned char>(byte) < 0x20 || byte == '\x7F';
+}
+
+/// Code points that do not take one cell. The second of two surrogates takes none, so that a pair takes what its first
+/// one does; pairs that stand for two cells begin with the units listed.
+struct WidthRange
+{
+    wchar_t first, last;
+    std::size_t width;
+};
+constexpr WidthRange WIDTHS[] = {
+    {0x0300, 0x036F, 0}, // combining marks
+    {0x1100, 0x115F, 2}, // Hangul letters
+    {0x200B, 0x200F, 0}, // zero-width marks
+    {0x2E80, 0xA4CF, 2}, // Chinese and Japanese scripts, Yi
+    {0xAC00, 0xD7A3, 2}, // Hangul syllables
+    {0xD83C, 0xD83E, 2}, // pictographs
+    {0xD840, 0xD8BF, 2}, // rarer ideographs
+    {0xDC00, 0xDFFF, 0}, // second surrogates
+    {0xF900, 0xFAFF, 2}, // compatibility ideographs
+    {0xFE00, 0xFE0F, 0}, // variation selectors
+    {0xFE30, 0xFE6F, 2}, // vertical and small forms
+    {0xFF00, 0xFF60, 2}, // full-width forms
+    {0xFFE0, 0xFFE6, 2}, // full-width signs
+};
+
+std::size_t WidthOf(wchar_t unit)
+{
+    const auto range = std::ranges::find_if(
+        WIDTHS, [=](const WidthRange& known) { return unit >= known.first && unit <= known.last; });
+    return range != std::end(WIDTHS) ? range->width : 1;
+}
+
+} // namespace
+
+std::string Printable(std::string_view text)
+{
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty())
+    {
+        const bool bC1 = IsC1Control(text);
+        if (bC1 || IsC0Control(text[0]))
+            result += REPLACEMENT_UTF8;
+        else
+            result += text[0];
+        text.remove_prefix(bC1 ? 2 : 1);
+    }
+    return result;
+}
+
+std::string Quoted(std::string_view text)
+{
+    return '"' + Printable(text) + '"';
+}
+
+std::size_t DisplayWidth(std::string_view text)
+{
+    std::size_t width = 0;
+    for (const wchar_t unit : FromUtf8(text))
+        width += WidthOf(unit);
+    return width;
+}
+
+} // namespace zelkctl

@@ -1,0 +1,58 @@
+#include <gmock/gmock.h>
+
+#include "zelkctl_test.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace
+{
+
+using CommandLine = ZelkctlTest;
+
+TEST_F(CommandLine, ExplainsWhatIsWrongWithIt)
+{
+    const struct
+    {
+        const wchar_t* pszArguments;
+        const char* pszReason;
+        const char* pszHint;
+    } rows[] = {
+        {L"adapter lst lan0", "\"lst\" is not a verb of \"zelkctl adapter\"",
+         "Did you mean \"list\"? The verbs are list,"},
+        {L"adaptr list", "\"adaptr\" is not a command", "Did you mean \"adapter\"?"},
+        {L"LIST", "\"LIST\" is not a command", "The commands are show,"},
+        {L"adapter", "\"zelkctl adapter\" needs a verb", "The verbs are list,"},
+        {L"adapter list --jsn", "has no option \"--jsn\"", "Did you mean \"--json\"?"},
+        {L"dns list lan0 lan1", "\"lan1\" is one argument too many", "--help"},
+        {L"dns list", "ADAPTER is required", "zelkctl dns list --help"},
+        {L"adapter list --get guidd", "did you mean \"guid\"?", "--help"},
+        {L"adapter list --fields name,stats", "did you mean \"status\"?", "--help"},
+        {L"address set lan0 192.0.2.1/33", "\"33\" is not a prefix length of an IPv4 address, which is 0 to 32",
+         "--help"},
+        {L"address set lan0 192.0.2.1", "needs a prefix length", "--help"},
+        {L"dns set lan0 192.0.2.1 192.0.2.1", "given twice", "--help"},
+        {L"route add lan0 10.0.0.0/8 2001:db8::1", "same family", "--help"},
+        {L"identity set-name \"two words\"", "is not a computer name", "--help"},
+    };
+    for (const auto& row : rows)
+    {
+        const Result result = Run(row.pszArguments);
+        EXPECT_EQ(2U, result.dwExitCode);
+        EXPECT_THAT(result.sErr, HasSubstr(row.pszReason));
+        EXPECT_THAT(result.sErr, HasSubstr(row.pszHint));
+    }
+}
+
+TEST_F(CommandLine, KnowsSeveralWordsForHelpAndVersion)
+{
+    const std::string sHelp = Run(L"adapter list --help").sOut;
+    EXPECT_THAT(sHelp, HasSubstr("Usage: zelkctl adapter list "));
+    EXPECT_EQ(sHelp, Run(L"help adapter list").sOut);
+    EXPECT_EQ(sHelp, Run(L"adapter list /?").sOut);
+    EXPECT_EQ(Run(L"--help").sOut, Run(L"help").sOut);
+    EXPECT_THAT(Run(L"version").sOut, StartsWith("ZELK_NM.DLL "));
+    EXPECT_EQ(Run(L"version").sOut, Run(L"-V").sOut);
+}
+
+} // namespace
