@@ -1,12 +1,13 @@
-# zelk_nm_add_test_program(NAME SOURCES <file>... [INTERNALS] [DLL] [OLDER] [TIMEOUT <seconds>])
+# zelk_nm_add_test_program(NAME SOURCES <file>... [INTERNALS] [PLATFORM] [DLL] [OLDER] [TIMEOUT <seconds>])
 #
 # One GoogleTest program, which is one CTest entry: a Wine process per case would cost more than the cases.
-# INTERNALS links the library's own objects and opens src/; DLL links ZELK_NM.DLL as any caller does.
+# INTERNALS links the library's own objects and opens src/; PLATFORM adds the platform that is made up for them. DLL links
+# ZELK_NM.DLL as any caller does.
 # OLDER adds a second entry, NAME_5_2: the same program on a Windows before Vista. The two share a folder, so they need a
 # common RESOURCE_LOCK.
 # The program lives in a folder of its own, with its own Logfiles and DLL, so that no trace or ini file meets another's.
 function(zelk_nm_add_test_program name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNALS;DLL;OLDER" "TIMEOUT" "SOURCES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNALS;PLATFORM;DLL;OLDER" "TIMEOUT" "SOURCES")
   if(arg_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "zelk_nm_add_test_program(${name}): unknown arguments ${arg_UNPARSED_ARGUMENTS}")
   endif()
@@ -16,6 +17,7 @@ function(zelk_nm_add_test_program name)
 
   set(folder ${PROJECT_BINARY_DIR}/tests/${name})
   file(MAKE_DIRECTORY ${folder}/Logfiles)
+  file(CREATE_LINK ${PROJECT_SOURCE_DIR}/tests/golden ${folder}/golden SYMBOLIC)
 
   add_executable(${name} ${arg_SOURCES})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
@@ -27,6 +29,10 @@ function(zelk_nm_add_test_program name)
     target_link_libraries(${name} PRIVATE zelk_nm_test_support)
   endif()
 
+  if(arg_PLATFORM)
+    set(arg_INTERNALS ON)
+    target_link_libraries(${name} PRIVATE zelk_nm_test_platform)
+  endif()
   if(arg_INTERNALS)
     target_compile_definitions(${name} PRIVATE ZELK_NM_STATIC)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src)

@@ -1,50 +1,42 @@
-#include "discovery_test.h"
+#include <support/platform/platform_test.h>
 
-using testing_support::DwordData;
-using testing_support::RegistryData;
-using testing_support::StringData;
+using namespace testing_support;
 
 namespace
 {
 
-class AdapterIdentity : public DiscoveryTest
+class AdapterIdentity : public PlatformTest
 {
 protected:
+    AdapterIdentity() { claimedInterfaces = 0; }
     /// Completes one record; the platform lists no adapter of its own.
-    TOLVA::NIC_INFO Completed(TOLVA::NIC_INFO NicInfo)
+    void Complete(const std::string& sTitle, const TOLVA::NIC_INFO& NicInfo)
     {
-        interfaces = {};
-        interfaces.claimed = 0;
-        trace.Empty();
         std::vector<TOLVA::NIC_INFO> list = {NicInfo};
-        EXPECT_TRUE(TOLVA::GetAdapterList(list));
-        return list.at(0);
+        Tell(
+            sTitle, [&] { return Show(TOLVA::GetAdapterList(list), list); }, Lines::All);
     }
 };
 
 TEST_F(AdapterIdentity, WhichSubkeyIsTheAdapters)
 {
-    const struct
+    const std::pair<std::wstring, std::wstring> rows[] = {{L"{0a1b2c3d-5e6f-4711-8123-9d0e1f2a3b4c}", L"{1}"},
+                                                          {GUID_A, GUID_A},
+                                                          {L"{1}", GUID_A},
+                                                          {GUID_A + std::wstring(L"x"), std::wstring(GUID_A, 20)}};
+    for (const auto& [sFirst, sSecond] : rows) // NetCfgInstanceId of the subkeys 0001 and 0002
     {
-        std::wstring sFirst, sSecond; ///< NetCfgInstanceId of the subkeys 0001 and 0002
-        const wchar_t* pszEnum;
-    } rows[] = {{L"{0a1b2c3d-5e6f-4711-8123-9d0e1f2a3b4c}", L"{1}", L"0001"},
-                {GUID_A, GUID_A, L"0001"},
-                {L"{1}", GUID_A, L"0002"},
-                {GUID_A + std::wstring(L"x"), std::wstring(GUID_A, 20), L""}};
-    for (const auto& row : rows)
-    {
-        const testing_support::RegistryKeyScope first(CLASS_KEY + std::wstring(L"\\0001"));
-        const testing_support::RegistryKeyScope second(CLASS_KEY + std::wstring(L"\\0002"));
-        second.Set(L"", L"NetCfgInstanceId", StringData(row.sSecond));
-        first.Set(L"", L"NetCfgInstanceId", StringData(row.sFirst));
-        EXPECT_EQ(row.pszEnum, Text(Completed(Adapter()).sNicEnum)) << testing::PrintToString(row.sFirst);
+        const RegistryKeyScope first(CLASS_KEY + std::wstring(L"\\0001"));
+        const RegistryKeyScope second(CLASS_KEY + std::wstring(L"\\0002"));
+        second.Set(L"", L"NetCfgInstanceId", StringData(sSecond));
+        first.Set(L"", L"NetCfgInstanceId", StringData(sFirst));
+        Complete(Show(sFirst, sSecond), Adapter());
     }
 }
 
 TEST_F(AdapterIdentity, TheSearchSpeaksOfEverySubkeyWithAnInstance)
 {
-    const testing_support::RegistryKeyScope key(CLASS_KEY);
+    const RegistryKeyScope key(CLASS_KEY);
     key.Set(L"0001", L"NetCfgInstanceId", StringData(L"{OTHER}"));
     key.Set(L"0002", L"DriverDesc", StringData(L"has no instance"));
     key.Set(L"0003", L"NetCfgInstanceId", StringData(GUID_A));
@@ -52,103 +44,59 @@ TEST_F(AdapterIdentity, TheSearchSpeaksOfEverySubkeyWithAnInstance)
     key.Set(L"0004", L"NetCfgInstanceId", StringData(L"{NEVER SEEN}"));
     TOLVA::NIC_INFO NicInfo = Adapter();
     NicInfo.sNicDesc = L"kept";
-    EXPECT_EQ(L"kept", Text(Completed(NicInfo).sNicDesc)) << "no readable description, but found";
-    EXPECT_EQ(Transcript(R"(
-[V] TOLVA::GetAdapterEnumAndDesc : starting ...
-[V] TOLVA::GetAdapterEnumAndDesc : NicInfo.sNicGuid = "<guid>"
-[V] TOLVA::GetAdapterEnumAndDesc : Found NetCfgInstanceId : sNetCfgInstanceId = "{OTHER}"
-[V] TOLVA::GetAdapterEnumAndDesc : Found NetCfgInstanceId : sNetCfgInstanceId = "<guid>"
-[V] TOLVA::GetAdapterEnumAndDesc : Found correct enum : NicInfo.sNicEnum = "0003"
-[V] TOLVA::GetAdapterEnumAndDesc : bFoundEnum = true
-)"),
-              trace.LinesOf("TOLVA::GetAdapterEnumAndDesc"));
-
-    const std::string NAME = "] TOLVA::GetAdapterEnumAndDesc : ";
-    const auto End = [&](const wchar_t* pszGuid) {
-        Completed(Adapter(pszGuid));
-        return trace.LinesOf("TOLVA::GetAdapterEnumAndDesc").back();
-    };
-    EXPECT_EQ("[V" + NAME + "bFoundEnum = false", End(L"{NOBODY}"));
-    EXPECT_EQ("[E" + NAME + "... ending( Bad NIXC GUID )", End(L""));
+    Complete("without a readable description, but found", NicInfo);
+    Complete("not there", Adapter(L"{NOBODY}"));
+    Complete("without a GUID", Adapter(L""));
     const auto patch = PATCH_IMPORT(RegOpenKeyExW, [](auto...) -> LSTATUS { return ERROR_ACCESS_DENIED; });
-    EXPECT_EQ("[E" + NAME + "... ending( velmor::Registry_System::EnumerateKeys failed) ", End(GUID_A));
+    Complete("without the class key", Adapter());
 }
 
 TEST_F(AdapterIdentity, DeviceInstanceAndItsFallback)
 {
-    const struct
+    for (const auto& [device, connection] : {std::pair(StringData(L"PCI\\D"), StringData(L"PCI\\C")),
+                                             {MISSING, StringData(L"PCI\\C")},
+                                             {MISSING, MISSING}})
     {
-        RegistryData device, connection;
-        const wchar_t* pszPci;
-        std::string sEnd;
-    } rows[] = {{StringData(L"PCI\\D"), StringData(L"PCI\\C"), L"PCI\\D", "[V] TOLVA::GetAdapterPCI : ... ending"},
-                {{}, StringData(L"PCI\\C"), L"PCI\\C", "[V] TOLVA::GetAdapterPCI : ... ending"},
-                {{}, {}, L"kept", "[E] TOLVA::GetAdapterPCI : ... ending( Get 'PnpInstanceID' failed)"}};
-    for (const auto& row : rows)
-    {
-        const testing_support::RegistryKeyScope key(std::wstring(CLASS_KEY) + L"\\0001");
-        const testing_support::RegistryKeyScope connection(CONNECTION_KEY);
+        const RegistryKeyScope key(std::wstring(CLASS_KEY) + L"\\0001"), connectionKey(CONNECTION_KEY);
         key.Set(L"", L"NetCfgInstanceId", StringData(GUID_A));
-        key.Set(L"", L"DeviceInstanceID", row.device);
-        connection.Set(L"", L"PnpInstanceID", row.connection);
+        key.Set(L"", L"DeviceInstanceID", device);
+        connectionKey.Set(L"", L"PnpInstanceID", connection);
         TOLVA::NIC_INFO NicInfo = Adapter();
         NicInfo.sNicPci = L"kept";
-        EXPECT_EQ(row.pszPci, Text(Completed(NicInfo).sNicPci));
-        EXPECT_EQ(row.device == RegistryData(), trace.Has("[I] TOLVA::GetAdapterPCI : 'DeviceInstanceID' not found"));
-        EXPECT_EQ(row.sEnd, trace.LinesOf("TOLVA::GetAdapterPCI").back());
+        Complete(Show(device, connection), NicInfo);
     }
 }
 
 TEST_F(AdapterIdentity, AConnectionNameNeedsAGuid)
 {
     velmor::string sName(L"before");
-    EXPECT_FALSE(TOLVA::GetAdapterIpconfigName(Adapter(L""), sName));
-    EXPECT_FALSE(TOLVA::GetAdapterIpconfigName(Adapter(), sName)) << "there is no such key";
-    EXPECT_EQ(L"before", Text(sName));
-    EXPECT_EQ("[E] TOLVA::GetAdapterIpconfigName : ... ending( Bad NIC GUID )\n"
-              "[E] TOLVA::GetAdapterIpconfigName : ... ending( Get 'Name' failed )\n",
-              trace.Complaints());
+    for (const wchar_t* pszGuid : {L"", GUID_A}) // there is no key for the second
+        Tell(Show("name of", pszGuid),
+             [&] { return Show(TOLVA::GetAdapterIpconfigName(Adapter(pszGuid), sName), sName); });
 }
 
 TEST_F(AdapterIdentity, WhetherTheOptionsCanBeChanged)
 {
-    const std::string KEY = R"([V] @ : sSubKey = "CurrentControlSet\Control\DeviceClasses\)"
-                            R"({AD498944-762F-11D0-8DCB-00C04FC3358C}\)";
-    const std::string FOUND = "[V] @ : Found DeviceInstance : sDeviceInstance = ";
-    const struct
-    {
-        RegistryData first, second;
-        bool bAnswer;
-        std::string sMiddle;
-    } rows[] = {{StringData(L"pci\\dev_x"), StringData(L"PCI\\DEV_X"), true,
-                 KEY + "a\"\n" + FOUND + "\"pci\\dev_x\"\n[V] @ : Found PCI -> GUID match\n"},
-                {StringData(L"PCI\\DEV_X", REG_EXPAND_SZ), StringData(L"PCI\\DEV_XY"), false,
-                 KEY + "a\"\n" + KEY + "b\"\n" + FOUND + "\"PCI\\DEV_XY\"\n"}};
     TOLVA::NIC_INFO NicInfo = Adapter();
     NicInfo.sNicPci = L"PCI\\DEV_X";
-    bool bAnswer = false;
-    for (const auto& row : rows)
+    const auto Ask = [&](const std::string& sTitle, const TOLVA::NIC_INFO& nic) {
+        bool bAnswer = true;
+        const auto ask = [&] {
+            const bool bRc = TOLVA::CanChangeAdapterOptions(nic, bAnswer);
+            return Show(bRc, bAnswer);
+        };
+        Tell(sTitle, ask, Lines::All);
+    };
+    for (const auto& [first, second] : {std::pair(StringData(L"pci\\dev_x"), StringData(L"PCI\\DEV_X")),
+                                        {StringData(L"PCI\\DEV_X", REG_EXPAND_SZ), StringData(L"PCI\\DEV_XY")}})
     {
-        const testing_support::RegistryKeyScope key(DEVICE_CLASS_KEY);
-        key.Set(L"a", L"DeviceInstance", row.first);
-        key.Set(L"b", L"DeviceInstance", row.second);
-        trace.Empty();
-        EXPECT_TRUE(TOLVA::CanChangeAdapterOptions(NicInfo, bAnswer));
-        EXPECT_EQ(row.bAnswer, bAnswer);
-        trace.ExpectLines(Transcript("[V] @ : starting ...\n" + row.sMiddle + "[I] @ : bCanChangeOptions = " +
-                                         (row.bAnswer ? "true" : "false") + "\n[V] @ : ... ending",
-                                     "TOLVA::CanChangeAdapterOptions"));
+        const RegistryKeyScope key(DEVICE_CLASS_KEY);
+        key.Set(L"a", L"DeviceInstance", first);
+        key.Set(L"b", L"DeviceInstance", second);
+        Ask(Show(first, second), NicInfo);
     }
-    trace.Empty();
-    for (const TOLVA::NIC_INFO& other : {Adapter(), NicInfo}) // now there are no device classes
-    {
-        bAnswer = true;
-        EXPECT_FALSE(TOLVA::CanChangeAdapterOptions(other, bAnswer));
-        EXPECT_FALSE(bAnswer);
-    }
-    EXPECT_EQ("[E] TOLVA::CanChangeAdapterOptions : ... ending( Bad NIC PCI )\n"
-              "[E] TOLVA::CanChangeAdapterOptions : ... ending( velmor::Registry_System::EnumerateKeys failed) \n",
-              trace.Complaints());
+    Ask("without a device", Adapter());
+    Ask("without device classes", NicInfo);
 }
 
 } // namespace
