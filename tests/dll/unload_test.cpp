@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <support/golden.h>
 #include <support/registry_scope.h>
 
 #include "installed.h"
@@ -11,49 +12,33 @@ using namespace testing_support;
 namespace
 {
 
+/// In the golden text: what the probe answers and the last lines of the trace. The last to be loaded is the first to
+/// go.
 TEST(Unloading, LeavesNothingBehindAndTracesToTheEnd)
 {
-    const std::string SHEET = "1 /DeviceId PCI\\VEN 8086&DEV_1\\\"3";
-    const std::string NO_SHEET = "1 -";
-    const std::string LOAD = "[E] TOLVA::Wrap_DEVMGR_DLL::Wrap_DEVMGR_DLL : ";
-    const std::string NO_DLL = LOAD + "LoadLibrary('DEVMGR.DLL') failed : dwLastError = 126";
-    const std::string NO_EXPORT = LOAD + "GetProcAddress('DeviceProperties_RunDLLW') failed : dwLastError = 127";
-    const std::string START = "[V] TOLVA::ChangeAdapterOptions : starting ...";
-    const std::string SHOWN = "[V] TOLVA::ChangeAdapterOptions : ... ending";
-    const std::string FREED_DEVMGR = "[V] TOLVA::Wrap_DEVMGR_DLL::~Wrap_DEVMGR_DLL : FreeLibrary('DEVMGR.DLL')";
-    const std::string FREED_IPHLPAPI =
-        "[V] PreVistaAPI::Wrap_IPHLPAPI_DLL::~Wrap_IPHLPAPI_DLL : FreeLibrary('IPHLPAPI.DLL')";
-    const struct
-    {
-        const wchar_t* pszWindows;
-        const wchar_t* pszDevmgr; ///< the file that plays DEVMGR.DLL, if any
-        std::string sAnswer;
-        std::vector<std::string> end; ///< the last lines of the trace
-    } rows[] = {
-        {L"win7", L"devmgr_with_sheet.dll", SHEET, {START, SHOWN, FREED_DEVMGR}},
-        {L"win7", L"devmgr_without_sheet.dll", NO_SHEET, {START, NO_EXPORT, SHOWN, FREED_DEVMGR}},
-        {L"win7", nullptr, NO_SHEET, {START, NO_DLL, SHOWN}},
-        // The last to be loaded is the first to go.
-        {L"winxp64", L"devmgr_with_sheet.dll", SHEET, {START, SHOWN, FREED_DEVMGR, FREED_IPHLPAPI}},
-        {L"winxp64", nullptr, NO_SHEET, {START, NO_DLL, SHOWN, FREED_IPHLPAPI}},
-    };
+    constexpr std::ptrdiff_t LAST = 4;
+    const std::wstring NO_DEVMGR;
     // With a name of its connection the adapter's address is changed by a command.
     const RegistryKeyScope connection(L"SYSTEM\\CurrentControlSet\\Control\\Network\\"
                                       L"{4D36E972-E325-11CE-BFC1-08002BE10318}\\{UNLOAD}\\Connection");
     connection.Set(L"", L"Name", StringData(L"no such connection"));
-    for (const auto& row : rows)
+    Golden golden;
+    for (const auto& [pszWindows, sDevmgr] : {std::pair(L"win7", std::wstring(L"devmgr_with_sheet.dll")),
+                                              {L"win7", L"devmgr_without_sheet.dll"},
+                                              {L"win7", NO_DEVMGR},
+                                              {L"winxp64", L"devmgr_with_sheet.dll"},
+                                              {L"winxp64", NO_DEVMGR}})
     {
-        SCOPED_TRACE(testing::PrintToString(std::wstring(row.pszWindows)) + ' ' + row.sAnswer);
-        const Installed program(L"unload_probe.exe", row.pszWindows);
+        const Installed program(L"unload_probe.exe", pszWindows);
         program.AddLibrary();
         const std::filesystem::path probes = BesideProgram(L"probe");
         std::filesystem::copy_file(probes / L"library_user.dll", program.Folder() / L"library_user.dll");
-        if (row.pszDevmgr != nullptr)
-            std::filesystem::copy_file(probes / row.pszDevmgr, program.Folder() / L"DEVMGR.DLL");
-        EXPECT_EQ(row.sAnswer + "\r\nhandles: 0", program.Run());
-        std::vector<std::string> lines = program.Trace();
-        lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(std::min(lines.size(), row.end.size())));
-        EXPECT_EQ(row.end, lines);
+        if (!sDevmgr.empty())
+            std::filesystem::copy_file(probes / sDevmgr, program.Folder() / L"DEVMGR.DLL");
+        golden.Line("==", pszWindows, sDevmgr, program.Run());
+        const std::vector<std::string> lines = program.Trace();
+        ASSERT_LE(LAST, std::ssize(lines));
+        golden.Lines({lines.end() - LAST, lines.end()});
     }
 }
 

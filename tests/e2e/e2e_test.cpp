@@ -163,6 +163,25 @@ TEST(Tables, AddressesAreTheKernels)
               }));
 }
 
+const struct
+{
+    const char* pszCase;
+    std::vector<std::pair<const char*, unsigned char>> list;
+    const char* pszRefused;
+    bool bDone;
+    std::string sAfterwards;
+} CHANGES[] = {
+    {"IPv4", {{"198.51.100.1", 25}}, "", true, "198.51.100.1/25 2001:db8::10/64 fe80::10/64 "},
+    {"IPv6", {{"2001:db8::99", 64}}, "", true, "10.77.0.5/16 192.0.2.10/24 2001:db8::99/64 "},
+    {"both, there already", {{"2001:db8::10", 64}, {"192.0.2.10", 24}}, "", true, "192.0.2.10/24 2001:db8::10/64 "},
+    {"a removal refused", {{"192.0.2.99", 24}}, "delete 10.77.0.5", false, "10.77.0.5/16 2001:db8::10/64 fe80::10/64 "},
+    {"an addition refused",
+     {{"198.51.100.1", 25}, {"2001:db8::99", 64}},
+     "set 198.51.100.1",
+     false,
+     "2001:db8::99/64 "},
+};
+
 /// The command is a stand-in that changes the kernel's addresses as the system's changes those of an adapter.
 TEST(Changes, AddressesAreTheKernelsAfterwards)
 {
@@ -172,29 +191,7 @@ TEST(Changes, AddressesAreTheKernelsAfterwards)
         (L"PATH=" + testing_support::BesideProgram(L"stand_ins").wstring() + L';' + ::_wgetenv(L"PATH")).c_str());
     TOLVA::NIC_INFO NicInfo;
     NicInfo.sNicGuid = link.sGuid;
-    const struct
-    {
-        const char* pszCase;
-        std::vector<std::pair<const char*, unsigned char>> list;
-        const char* pszRefused;
-        bool bDone;
-        std::string sAfterwards;
-    } rows[] = {
-        {"IPv4", {{"198.51.100.1", 25}}, "", true, "198.51.100.1/25 2001:db8::10/64 fe80::10/64 "},
-        {"IPv6", {{"2001:db8::99", 64}}, "", true, "10.77.0.5/16 192.0.2.10/24 2001:db8::99/64 "},
-        {"both, there already", {{"2001:db8::10", 64}, {"192.0.2.10", 24}}, "", true, "192.0.2.10/24 2001:db8::10/64 "},
-        {"a removal refused",
-         {{"192.0.2.99", 24}},
-         "delete 10.77.0.5",
-         false,
-         "10.77.0.5/16 2001:db8::10/64 fe80::10/64 "},
-        {"an addition refused",
-         {{"198.51.100.1", 25}, {"2001:db8::99", 64}},
-         "set 198.51.100.1",
-         false,
-         "2001:db8::99/64 "},
-    };
-    for (const auto& row : rows)
+    for (const auto& row : CHANGES)
     {
         SCOPED_TRACE(row.pszCase);
         std::string sOutput;

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
+#include <support/golden.h>
 #include <support/printers.h>
 #include <support/trace/trace.h>
 #include <support/trace_file.h>
@@ -22,6 +25,7 @@ protected:
     ~Traced() override { TheTrace.SetTraceLevel(3); }
 
     TraceFile trace;
+    std::unique_ptr<Golden> golden = std::make_unique<Golden>();
 };
 
 } // namespace testing_support

@@ -1,4 +1,8 @@
+#include <support/golden.h>
+
 #include "fake_windows.h"
+
+using namespace testing_support;
 
 namespace
 {
@@ -7,45 +11,59 @@ constexpr BYTE WORKSTATION = 1;
 constexpr BYTE CONTROLLER = 2;
 constexpr BYTE SERVER = 3;
 
-const WindowsEnvironment& Detect()
+/// What a detection finds out, in one line of the golden text.
+class Environment : public testing::Test
 {
-    DetectWindowsEnvironment();
-    return GetDetectedEnvironment();
-}
+protected:
+    const WindowsEnvironment& Tell(const std::string& sTitle)
+    {
+        DetectWindowsEnvironment();
+        const WindowsEnvironment& found = GetDetectedEnvironment();
+        std::string sFlags;
+        for (const auto& [bSet, pszName] : {std::pair(found.bX64, " x64"),
+                                            {found.bWorkstation, " workstation"},
+                                            {found.bDomainController, " controller"},
+                                            {found.bServerCore, " core"},
+                                            {found.bMiniNT, " MiniNT"}})
+            sFlags += bSet ? pszName : "";
+        golden.Line(sTitle + ": code", found.ulCode, "version", found.version.dwMajorVersion,
+                    found.version.dwMinorVersion, '(' + Show(GetWindowsMajorVersion()) + ')' + sFlags,
+                    found.sProductName, found.sServicePack);
+        return found;
+    }
 
-TEST(Environment, CodeOfEverySystem)
+    Golden golden;
+};
+
+TEST_F(Environment, EverySystem)
 {
-    struct Row
+    for (const auto& [dwMajor, dwMinor] : {std::pair<DWORD, DWORD>(5, 0),
+                                           {5, 1},
+                                           {5, 2},
+                                           {6, 0},
+                                           {6, 1},
+                                           {6, 2},
+                                           {6, 3},
+                                           {6, 4},
+                                           {10, 0},
+                                           {4, 0},
+                                           {5, 3}})
     {
-        DWORD dwMajor, dwMinor;
-        unsigned long ulWorkstation, ulServer, ulMiniNT;
-    };
-    constexpr Row ROWS[] = {{5, 0, 2, 3, 0},  {5, 1, 4, 4, 0},    {5, 2, 4, 5, 16},   {6, 0, 6, 7, 17},
-                            {6, 1, 9, 8, 18}, {6, 2, 10, 11, 19}, {6, 3, 12, 13, 20}, {6, 4, 14, 15, 0},
-                            {10, 0, 0, 0, 0}, {4, 0, 0, 0, 0},    {5, 3, 0, 0, 0}};
-    for (const Row& row : ROWS)
-    {
-        SCOPED_TRACE(testing::Message() << row.dwMajor << '.' << row.dwMinor);
-        for (const auto& [type, ulCode] : {std::pair(WORKSTATION, row.ulWorkstation), std::pair(SERVER, row.ulServer),
-                                           std::pair(CONTROLLER, row.ulServer)})
+        for (const BYTE type : {WORKSTATION, SERVER, CONTROLLER})
         {
-            FakeWindows windows(row.dwMajor, row.dwMinor, type);
-            EXPECT_EQ(ulCode, Detect().ulCode) << int{type};
-            EXPECT_EQ(type == WORKSTATION, Detect().bWorkstation);
-            EXPECT_EQ(type == CONTROLLER, Detect().bDomainController);
+            FakeWindows windows(dwMajor, dwMinor, type);
+            Tell(Show(dwMajor, dwMinor, "type", type));
         }
         for (const wchar_t* pszKey : {FakeWindows::MININT_KEY, L"SYSTEM\\CurrentControlSet\\Control\\MyMiniNT"})
         {
-            FakeWindows windows(row.dwMajor, row.dwMinor, SERVER);
+            FakeWindows windows(dwMajor, dwMinor, SERVER);
             windows.keys[pszKey];
-            EXPECT_EQ(row.ulMiniNT, Detect().ulCode);
-            EXPECT_TRUE(Detect().bMiniNT);
-            EXPECT_TRUE(Detect().bWorkstation);
+            Tell(Show(dwMajor, dwMinor, pszKey));
         }
     }
 }
 
-TEST(Environment, DetectionRunsAgainOnlyWhileThereIsNoCode)
+TEST_F(Environment, DetectionRunsAgainOnlyWhileThereIsNoCode)
 {
     FakeWindows windows(10, 0, WORKSTATION);
     EXPECT_EQ(0U, GetWindowsEnvironment());
@@ -57,87 +75,53 @@ TEST(Environment, DetectionRunsAgainOnlyWhileThereIsNoCode)
     EXPECT_EQ(6U, GetWindowsEnvironment());
     EXPECT_EQ(3, windows.detections);
     windows.minor = 9;
-    EXPECT_EQ(6U, Detect().ulCode) << "a code that no row replaces stays";
+    EXPECT_EQ(6U, Tell("a code that no row replaces stays").ulCode);
 }
 
-TEST(Environment, CurrentVersionAgainstTheVersionRecord)
+TEST_F(Environment, CurrentVersionAgainstTheVersionRecord)
 {
-    struct Row
-    {
-        DWORD dwMajor, dwMinor;
-        const wchar_t* pszText;
-        unsigned long ulCode;
-        DWORD dwRecordMajor, dwRecordMinor;
-    };
-    constexpr Row ROWS[] = {
-        {6, 2, L"6.3", 12, 6, 3},  {6, 2, L"6,1", 9, 6, 1}, {6, 2, L"6.3.9600", 12, 6, 3}, {6, 2, L"5.1", 4, 5, 1},
-        {5, 2, L"6.1", 9, 5, 2},   {5, 1, L"5.0", 2, 5, 1}, {6, 2, L"", 10, 6, 2},         {6, 2, L"6", 10, 6, 2},
-        {6, 2, L"6.", 10, 6, 2},   {6, 2, L".3", 10, 6, 2}, {6, 2, L"6.x", 10, 6, 2},      {6, 2, L"six.3", 10, 6, 2},
-        {6, 2, L"10.0", 0, 10, 0},
-    };
-    for (const Row& row : ROWS)
-    {
-        FakeWindows windows(row.dwMajor, row.dwMinor, WORKSTATION);
-        windows.keys[FakeWindows::VERSION_KEY][L"CurrentVersion"] = row.pszText;
-        const WindowsEnvironment& found = Detect();
-        EXPECT_EQ(row.ulCode, found.ulCode) << testing::PrintToString(row.pszText);
-        EXPECT_EQ(row.dwRecordMajor, found.version.dwMajorVersion);
-        EXPECT_EQ(row.dwRecordMinor, found.version.dwMinorVersion);
-        EXPECT_EQ(row.dwRecordMajor, GetWindowsMajorVersion());
-        // The product information is asked for with the numbers of the registry.
-        if (row.ulCode == 9)
+    for (const wchar_t* pszText :
+         {L"6.3", L"6,1", L"6.3.9600", L"5.1", L"", L"6", L"6.", L".3", L"6.x", L"six.3", L"10.0"})
+        for (const DWORD dwMajor : {5UL, 6UL})
         {
-            EXPECT_EQ("6 1 0 0 ", windows.sProductInfoArguments);
+            FakeWindows windows(dwMajor, 2, WORKSTATION);
+            windows.keys[FakeWindows::VERSION_KEY][L"CurrentVersion"] = pszText;
+            Tell(Show(dwMajor, "and", pszText));
+            golden.Line("product of", windows.sProductInfoArguments);
         }
-    }
 }
 
-TEST(Environment, ProductNameAndServicePack)
+TEST_F(Environment, NamesAndEditions)
 {
-    FakeWindows windows(6, 1, WORKSTATION);
-    windows.keys[FakeWindows::VERSION_KEY] = {{L"ProductName", L"Seven"}, {L"CSDVersion", L"Pack 1"}};
-    EXPECT_EQ(velmor::string("Seven (x64)"), Detect().sProductName);
-    EXPECT_EQ(velmor::string("Seven (x64)"), Detect().sProductName) << "after a second run";
-    EXPECT_EQ(velmor::string("Pack 1"), Detect().sServicePack);
-
+    FakeWindows windows(6, 1, SERVER);
+    auto& values = windows.keys[FakeWindows::VERSION_KEY];
+    values = {{L"ProductName", L"Seven"}, {L"CSDVersion", L"Pack 1"}};
+    Tell("64 bits");
+    Tell("after a second run");
     windows.dwWow64Error = ERROR_CALL_NOT_IMPLEMENTED;
-    windows.keys[FakeWindows::VERSION_KEY].erase(L"CSDVersion");
-    EXPECT_EQ(velmor::string("Seven"), Detect().sProductName);
-    EXPECT_FALSE(Detect().bX64);
-    EXPECT_EQ(velmor::string(), Detect().sServicePack);
-
+    values.erase(L"CSDVersion");
+    Tell("32 bits, no service pack");
     windows.major = 5;
     windows.sProdspec = L"Five";
-    EXPECT_EQ(velmor::string("Five"), Detect().sProductName);
+    Tell("by the file of older systems");
     windows.dwWow64Error = 0;
-    EXPECT_EQ(velmor::string("Five (x64)"), Detect().sProductName);
-}
+    Tell("of 64 bits");
 
-TEST(Environment, ServerCore)
-{
-    FakeWindows windows(6, 1, SERVER);
-    auto& sType = windows.keys[FakeWindows::VERSION_KEY][L"InstallationType"];
-    sType = L"Server core";
-    EXPECT_FALSE(Detect().bServerCore);
-    sType = L"Server Core";
-    EXPECT_TRUE(Detect().bServerCore);
-    sType = L"Server";
-    windows.bProductInfo = false;
-    EXPECT_TRUE(Detect().bServerCore) << "only the product information clears it";
-    windows.bProductInfo = true;
-    EXPECT_FALSE(Detect().bServerCore);
-}
-
-TEST(Environment, RootDomainMakesADomainController)
-{
-    FakeWindows windows(6, 1, SERVER);
+    windows.major = 6;
+    for (const wchar_t* pszType : {L"Server core", L"Server Core", L"Server"})
+        for (const bool bProductInfo : {true, false}) // only the product information clears what was found
+        {
+            values[L"InstallationType"] = pszType;
+            windows.bProductInfo = bProductInfo;
+            Tell(Show(pszType, bProductInfo));
+        }
     auto& sDomain = windows.keys[L"SYSTEM\\CurrentControlSet\\Services\\NTDS\\Parameters"][L"Root Domain"];
-    EXPECT_FALSE(Detect().bDomainController) << "an empty one";
+    Tell("an empty root domain");
     sDomain = L"DC=x";
-    EXPECT_TRUE(Detect().bDomainController);
+    Tell("a root domain");
 }
 
-TEST(Environment, FailuresThatCutTheDetectionShort)
+TEST_F(Environment, FailuresThatCutTheDetectionShort)
 {
     for (const int failure : {0, 1, 2})
     {
@@ -146,11 +130,7 @@ TEST(Environment, FailuresThatCutTheDetectionShort)
         windows.bVersionW = failure != 0;
         windows.bVersionA = failure != 1;
         windows.dwWow64Error = failure == 2 ? ERROR_ACCESS_DENIED : 0;
-        const WindowsEnvironment& found = Detect();
-        EXPECT_EQ(0U, found.ulCode) << failure;
-        EXPECT_FALSE(found.bWorkstation || found.bX64);
-        EXPECT_TRUE(found.sProductName.empty());
-        EXPECT_EQ(failure == 0 ? 0U : 6U, found.version.dwMajorVersion) << failure;
+        Tell(Show("failure", failure));
     }
 }
 

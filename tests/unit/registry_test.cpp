@@ -1,9 +1,9 @@
 #include <cstring>
-#include <regex>
 
 #include <gtest/gtest.h>
 
 #include <support/files.h>
+#include <support/golden.h>
 #include <support/import_patch.h>
 #include <support/printers.h>
 #include <support/registry/registry.h>
@@ -76,67 +76,47 @@ TEST_F(Registry, ARefusedWriteFails)
     EXPECT_FALSE(system.SetDword(KEY, L"d", 1));
 }
 
+const RegistryData ANYTHING[] = {StringData(L"plain"),
+                                 StringData(L""),
+                                 Raw(REG_SZ, L"", 0),
+                                 Raw(REG_SZ, L"noend", 10),
+                                 Raw(REG_SZ, L"odd", 5),
+                                 Raw(REG_SZ, L"x", 1),
+                                 Raw(REG_SZ, {L"cut\0off", 7}, 14),
+                                 StringData(std::wstring(40000, L'x')),
+                                 StringData(L"%PATH%", REG_EXPAND_SZ),
+                                 StringData(L"bytes", REG_BINARY),
+                                 DwordData(7),
+                                 Raw(REG_DWORD, L"\x7", 2),
+                                 Raw(REG_DWORD, L"\x7", 0),
+                                 Raw(REG_DWORD, L"\x7____", 8),
+                                 Raw(REG_BINARY, {L"\x7\0", 2}, 4),
+                                 Raw(REG_MULTI_SZ, {L"a\0bc\0", 6}, 12),
+                                 Raw(REG_MULTI_SZ, L"", 2),
+                                 Raw(REG_MULTI_SZ, L"", 0),
+                                 Raw(REG_MULTI_SZ, {L"a\0bc", 4}, 8),
+                                 Raw(REG_MULTI_SZ, {L"a\0bcd", 5}, 9),
+                                 Raw(REG_MULTI_SZ, {L"a\0\0b\0", 6}, 12),
+                                 Raw(REG_MULTI_SZ, {L"\0a\0\0", 5}, 8),
+                                 Raw(REG_MULTI_SZ, {L"\0", 2}, 4)};
+
 TEST_F(Registry, ReadsWhateverLiesThere)
 {
-    const std::wstring sBig(40000, L'x');
-    const std::pair<RegistryData, const wchar_t*> TEXTS[] = {{StringData(L"plain"), L"plain"},
-                                                             {StringData(L""), L""},
-                                                             {Raw(REG_SZ, L"", 0), L""},
-                                                             {Raw(REG_SZ, L"noend", 10), L"noend"},
-                                                             {Raw(REG_SZ, L"odd", 5), L"od"},
-                                                             {Raw(REG_SZ, L"x", 1), L""},
-                                                             {Raw(REG_SZ, {L"cut\0off", 7}, 14), L"cut"},
-                                                             {StringData(sBig), sBig.c_str()}};
-    const RegistryData NO_TEXTS[] = {StringData(L"%PATH%", REG_EXPAND_SZ), StringData(L"multi", REG_MULTI_SZ),
-                                     StringData(L"bytes", REG_BINARY), DwordData(7)};
     const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    Golden golden;
     string sText;
-    for (const auto& [data, pszText] : TEXTS)
+    for (const RegistryData& data : ANYTHING)
     {
         key.Set(L"Inner", L"v", data);
-        EXPECT_TRUE(system.GetString(KEY, L"v", sText));
-        EXPECT_EQ(string(pszText), sText);
-    }
-    sText = L"before";
-    for (const RegistryData& data : NO_TEXTS)
-    {
-        key.Set(L"Inner", L"v", data);
-        EXPECT_FALSE(system.GetString(KEY, L"v", sText)) << data.dwType;
-        EXPECT_EQ(string(L"before"), sText);
-    }
-
-    const std::pair<RegistryData, bool> NUMBERS[] = {{DwordData(7), true},
-                                                     {Raw(REG_DWORD, L"\x7", 2), false},
-                                                     {Raw(REG_DWORD, L"\x7", 0), false},
-                                                     {Raw(REG_DWORD, L"\x7____", 8), false},
-                                                     {Raw(REG_BINARY, {L"\x7\0", 2}, 4), false},
-                                                     {StringData(L"7"), false}};
-    for (const auto& [data, bNumber] : NUMBERS)
-    {
-        key.Set(L"Inner", L"v", data);
+        sText = L"before";
         DWORD dwValue = 99;
-        EXPECT_EQ(bNumber, system.GetDword(KEY, L"v", dwValue)) << data.bytes.size();
-        EXPECT_EQ(bNumber ? 7U : 99U, dwValue);
-    }
-
-    using List = std::vector<string>;
-    const std::pair<RegistryData, List> LISTS[] = {
-        {Raw(REG_MULTI_SZ, {L"a\0bc\0", 6}, 12), {L"a", L"bc"}},
-        {Raw(REG_MULTI_SZ, L"", 2), {}},
-        {Raw(REG_MULTI_SZ, L"", 0), {}},
-        {Raw(REG_MULTI_SZ, {L"a\0bc", 4}, 8), {L"a", L"bc"}},
-        {Raw(REG_MULTI_SZ, {L"a\0bcd", 5}, 9), {L"a", L"bc"}},
-        {Raw(REG_MULTI_SZ, {L"a\0\0b\0", 6}, 12), {L"a", L"", L"b"}},
-        {Raw(REG_MULTI_SZ, {L"\0a\0\0", 5}, 8), {L"", L"a"}},
-        {Raw(REG_MULTI_SZ, {L"\0", 2}, 4), {}},
-        {StringData(L"text"), {L"before"}},
-    };
-    for (const auto& [data, expected] : LISTS)
-    {
-        key.Set(L"Inner", L"v", data);
-        List values = {L"before"};
-        EXPECT_EQ(data.dwType == REG_MULTI_SZ, system.GetMultiString(KEY, L"v", values));
-        EXPECT_EQ(expected, values);
+        std::vector<string> values = {L"before"};
+        const bool bText = system.GetString(KEY, L"v", sText);
+        const bool bNumber = system.GetDword(KEY, L"v", dwValue);
+        const bool bList = system.GetMultiString(KEY, L"v", values);
+        const std::string sShown = sText.size() > 999 ? Show(sText.size(), "characters") : Show(sText);
+        golden.Line("type", data.dwType, "bytes", data.bytes.size(), ":", bText, sShown, bNumber, dwValue, bList,
+                    values);
     }
     EXPECT_FALSE(system.GetString(KEY, L"missing", sText));
     EXPECT_FALSE(system.GetString(L"ZelkTest\\Missing", L"v", sText));
@@ -217,6 +197,12 @@ struct MountedHive
 
     MountedHive()
     {
+        ReplaceKeys();
+        ReplaceToken();
+        ReplacePrivileges();
+    }
+    void ReplaceKeys()
+    {
         ADD_PATCH(patches, RegOpenKeyExW,
                   [this](HKEY hRoot, const wchar_t* pszPath, DWORD, REGSAM access, HKEY* pKey) -> LSTATUS {
                       EXPECT_TRUE(hRoot == HKEY_LOCAL_MACHINE && access == KEY_READ);
@@ -236,6 +222,17 @@ struct MountedHive
             sCalls += "UNLOAD ";
             return unload;
         });
+    }
+    void ReplaceToken()
+    {
+        ADD_PATCH(patches, CreateFileW,
+                  [this](auto original, const wchar_t* pszPath, DWORD dwAccess, DWORD dwShare,
+                         SECURITY_ATTRIBUTES* pSecurity, DWORD dwMode, DWORD dwFlags, HANDLE hTemplate) {
+                      EXPECT_STREQ(L"X:\\Program Files\\velmor\\ZELK\\Logfiles\\registry.log", pszPath);
+                      EXPECT_EQ(DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}, dwShare);
+                      const std::filesystem::path log = folder / L"registry.log";
+                      return original(log.c_str(), dwAccess, dwShare, pSecurity, dwMode, dwFlags, hTemplate);
+                  });
         ADD_PATCH(patches, OpenProcessToken, [this](HANDLE, DWORD dwAccess, HANDLE* pToken) -> BOOL {
             EXPECT_EQ(0x28U, dwAccess);
             const bool bFails = ++opens == failingOpen;
@@ -249,6 +246,9 @@ struct MountedHive
             sCalls += ") ";
             return TRUE;
         });
+    }
+    void ReplacePrivileges()
+    {
         ADD_PATCH(patches, LookupPrivilegeValueW,
                   [this](const wchar_t* pszSystem, const wchar_t* pszName, LUID* pLuid) -> BOOL {
                       EXPECT_EQ(nullptr, pszSystem);
@@ -273,14 +273,6 @@ struct MountedHive
                       }
                       return Answer(false, ERROR_NOT_ALL_ASSIGNED);
                   });
-        ADD_PATCH(patches, CreateFileW,
-                  [this](auto original, const wchar_t* pszPath, DWORD dwAccess, DWORD dwShare,
-                         SECURITY_ATTRIBUTES* pSecurity, DWORD dwMode, DWORD dwFlags, HANDLE hTemplate) {
-                      EXPECT_STREQ(L"X:\\Program Files\\velmor\\ZELK\\Logfiles\\registry.log", pszPath);
-                      EXPECT_EQ(DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}, dwShare);
-                      const std::filesystem::path log = folder / L"registry.log";
-                      return original(log.c_str(), dwAccess, dwShare, pSecurity, dwMode, dwFlags, hTemplate);
-                  });
     }
 };
 
@@ -288,30 +280,19 @@ TEST(MountedHives, AreUnloadedByTheDestruction)
 {
     const struct
     {
-        int failingOpen, failingAdjust;
-        bool bLookup;
-        LSTATUS unload;
-        const char* pszCalls;
-        std::string sLog; ///< in words that stand for its lines
-    } rows[] = {
-        {0, 0, true, 0, "(r18+) (b17+) UNLOAD (r18-) (b17-) ", "UNLOAD 0;RESTORE 1;BACKUP 1;"},
-        {0, 0, true, 5, "(r18+) (b17+) UNLOAD (r18-) (b17-) ", "UNLOAD 5;RESTORE 1;BACKUP 1;"},
-        {0, 0, false, 0, "(r) (b) UNLOAD (r) (b) ", "LOOKUP;LOOKUP;UNLOAD 0;LOOKUP;RESTORE 1;LOOKUP;BACKUP 1;"},
-        {1, 0, true, 0, "", "OPEN;NO RESTORE;"},
-        {0, 1, true, 0, "(r) ", "ADJUST;NO RESTORE;"},
-        {2, 0, true, 0, "(r18+) (r18-) ", "OPEN;NO BACKUP;"},
-        {0, 2, true, 0, "(r18+) (b) (r18-) ", "ADJUST;NO BACKUP;"},
-        {3, 0, true, 0, "(r18+) (b17+) UNLOAD (b17-) ", "UNLOAD 0;OPEN;RESTORE 0;BACKUP 1;"},
-        {0, 4, true, 0, "(r18+) (b17+) UNLOAD (r18-) (b) ", "UNLOAD 0;RESTORE 1;ADJUST;BACKUP 0;"},
-    };
-    const std::pair<const char*, const char*> LINES[] = {
-        {"NO (\\w+)", "Enable_Privilege(SE_$1_NAME) failed"},
-        {"(RESTORE|BACKUP) (\\d)", "Disable_Privilege(SE_$1_NAME) returned $2"},
-        {"UNLOAD", "RegUnLoadKeyW returned"},
-        {"LOOKUP", "LookupPrivilegeValue() failed 1313"},
-        {"OPEN", "OpenProcessToken() failed 5"},
-        {"ADJUST", "AdjustTokenPrivileges() failed 87"},
-        {";", "\r\n"}};
+        int failingOpen = 0, failingAdjust = 0;
+        bool bLookup = true;
+        LSTATUS unload = 0;
+    } rows[] = {{},
+                {.unload = 5},
+                {.bLookup = false},
+                {.failingOpen = 1},
+                {.failingAdjust = 1},
+                {.failingOpen = 2},
+                {.failingAdjust = 2},
+                {.failingOpen = 3},
+                {.failingAdjust = 4}};
+    Golden golden;
     for (const auto& row : rows)
         for (const bool bSystem : {true, false})
         {
@@ -326,11 +307,10 @@ TEST(MountedHives, AreUnloadedByTheDestruction)
                 velmor::Registry_System();
             else
                 velmor::Registry_Software();
-            EXPECT_EQ(std::string("key close ") + row.pszCalls, hive.sCalls);
-            std::string sLog = row.sLog;
-            for (const auto& [pszShort, pszLine] : LINES)
-                sLog = std::regex_replace(sLog, std::regex(pszShort), pszLine);
-            EXPECT_EQ(sLog, hive.Log());
+            golden.Line("== failing: open", row.failingOpen, "adjust", row.failingAdjust, "lookup", !row.bLookup,
+                        "unload", row.unload);
+            golden.Line(hive.sCalls);
+            golden.Line(hive.Log());
         }
 }
 

@@ -1,4 +1,3 @@
-#include <functional>
 #include <numeric>
 
 #include <support/decimal_comma.h>
@@ -17,92 +16,50 @@ using TraceLines = Traced;
 const GUID SOME_GUID = {0xAD498944, 0x762F, 0x11D0, {0x8D, 0xCB, 0x00, 0xC0, 0x4F, 0xC3, 0x35, 0x8C}};
 const SYSTEMTIME SOME_TIME = {2015, 5, 5, 7, 2, 5, 8, 9};
 
-/// One call and the lines that it writes, after "[I] Op : v".
-struct Form
+template <class... Values>
+void TraceVars(Values... values)
 {
-    std::vector<std::string> values;
-    std::function<void()> trace;
-};
-
-template <class T>
-Form Value(const std::string& sValue, T value)
-{
-    return {{" = " + sValue}, [=] { TheTrace.TraceVar(TRACE_INFORMATION, "Op", "v", value); }};
+    (TheTrace.TraceVar(TRACE_INFORMATION, "Op", "v", values), ...);
 }
-Form Hex(const std::string& sValue, unsigned long long value)
+/// Wide and narrow.
+void TraceIPv6(const char* pszText)
 {
-    return {{" = " + sValue}, [=] { TheTrace.TraceHex(TRACE_INFORMATION, "Op", "v", value); }};
+    TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", pszText);
+    TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", pszText ? velmor::string(pszText).c_str() : nullptr);
 }
-Form IPv4(const std::string& sValue, unsigned long ulAddress, bool bSwap)
+void TraceBytes(unsigned int count)
 {
-    return {{" = " + sValue}, [=] { TheTrace.TraceIPv4(TRACE_INFORMATION, "Op", "v", ulAddress, bSwap); }};
-}
-Form IPv6(const std::string& sValue, const char* pszText)
-{
-    return {{" = " + sValue, " = " + sValue}, [=] {
-                // Wide and narrow must not differ.
-                TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", pszText);
-                TheTrace.TraceIPv6(TRACE_INFORMATION, "Op", "v", pszText ? velmor::string(pszText).c_str() : nullptr);
-            }};
-}
-Form Bytes(std::vector<std::string> values, unsigned int count)
-{
-    return {std::move(values), [=] {
-                std::vector<unsigned char> bytes(count);
-                std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0xA0));
-                TheTrace.TraceBytes(TRACE_INFORMATION, "Op", "v", bytes.data(), count);
-            }};
+    std::vector<unsigned char> bytes(count);
+    std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(0xA0));
+    TheTrace.TraceBytes(TRACE_INFORMATION, "Op", "v", bytes.data(), count);
 }
 
 TEST_F(TraceLines, EveryFormOfValue)
 {
-    const std::string sRow1 =
-        "a0 a1 a2 a3 a4 a5 a6 a7 a8 a9 aa ab ac ad ae af b0 b1 b2 b3 b4 b5 b6 b7 b8 b9 ba bb bc bd be bf";
-    const std::string sRow2 =
-        "c0 c1 c2 c3 c4 c5 c6 c7 c8 c9 ca cb cc cd ce cf d0 d1 d2 d3 d4 d5 d6 d7 d8 d9 da db dc dd de df";
     const DecimalComma comma;
-    std::vector<Form> forms = {
-        Value("'\xE6\x97\xA5'", L'\x65E5'), Value("'\xC3\xA9'", '\xE9'), Value("\"two words\"", L"two words"),
-        Value("\"\"", L""), Value("\"\"", static_cast<const wchar_t*>(nullptr)), Value("\"caf\xC3\xA9\"", "caf\xE9"),
-        Value("\"\"", static_cast<const char*>(nullptr)), Value("\"cut\"", std::wstring(L"cut\0off", 7)),
-        Value("\"cut\"", std::string("cut\0off", 7)),
-        Value("\"\xD0\xA1 \xF0\x9F\x98\x80\"", velmor::string(L"\x421 \xD83D\xDE00")),
-        Value("\"\xEF\xBF\xBD half a pair\"", velmor::string(L"\xD83D half a pair")), Value("0", 0LL),
-        Value("-9223372036854775808", std::numeric_limits<long long>::min()), Value("true", BOOL{-2}),
-        Value("false", BOOL{0}), Value("true", true), Value("false", false), Value("2.5", 2.5),
-        Value("0.333333", 1.0 / 3), Value("-1.23457e+06", -1234567.0),
-        Value("{ AD498944-762F-11D0-8DCB-00C04FC3358C }", SOME_GUID),
-        Value("{ 00000001-0002-0003-0405-060708090A0B }", GUID{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}),
-        Value("07/05/2015 02:05:08", SOME_TIME), Bytes({" = "}, 0), Bytes({" = a0 a1 a2 a3 a4 a5 "}, 6),
-        Bytes({" = " + sRow1, ""}, 32), Bytes({" = ", sRow1, "c0 "}, 33), Bytes({" = ", sRow1, sRow2, ""}, 64),
-        IPv4("192.168.1.10", 0x0A01A8C0, false), IPv4("192.168.1.10", 0xC0A8010A, true),
-        IPv6("2001:0db8:0000:0000:0000:0000:0000:0001", "2001:db8::1"),
-        IPv6("0001:0002:0003:0004:0005:0006:0007:0008", "1:2:3:4:5:6:7:8"),
-        IPv6("0001:0002:0003:0004:0005:0006:0007:0008", "1:2:3:4:5:6:7:8:"),
-        IPv6("0000:0000:0000:0000:0000:0000:0001:0002", "::1:2"),
-        IPv6("0001:0002:0000:0000:0000:0000:0000:0000", "1:2::"),
-        IPv6("fe80:0000:0000:0000:0000:0000:000a:0111", "fe80::A:1%11"),
-        IPv6("2345:0000:0000:0000:0000:0000:0000:cdef", "12345:0::ABCDEF"),
-        IPv6("0000:000a:0000:0000:0000:0000:0000:0000", ":a"),
-        // The case of digits stays, in byte dumps too, until the next IPv6 address.
-        Hex("0xDEADBEEF00", 0xDEADBEEF00), Hex("0x0", 0), Bytes({" = A0 A1 "}, 2),
-        IPv6("000a:000b:0000:0000:0000:0000:0000:0000", "A:B"), Bytes({" = a0 "}, 1)};
-    for (const auto& [character, sName] :
-         {std::pair<char, std::string>('x', "'x'"), {'\0', "'<NULL>'"}, {'\n', "'<LF>'"}, {'\r', "'<CR>'"}})
-        forms.insert(forms.end(), {Value(sName, character), Value(sName, static_cast<wchar_t>(character))});
-    for (const char* pszText : std::initializer_list<const char*>{nullptr, "", "1", ":", "::", ":::", "fe80::1", "abcd",
-                                                                  "1:2:3:4:5:6:7:8:9", "1::2::3:4", "::::::::::1:2"})
-        forms.push_back(IPv6("<Invalid IPv6 address>", pszText));
-    for (const Form& form : forms)
-    {
-        trace.Empty();
-        form.trace();
-        auto expected = form.values;
-        for (std::string& sLine : expected)
-            if (sLine.starts_with(" ="))
-                sLine.insert(0, "[I] Op : v");
-        EXPECT_EQ(expected, trace.Lines());
-    }
+    TraceVars(L'\x65E5', '\xE9', L"two words", L"", static_cast<const wchar_t*>(nullptr), "caf\xE9",
+              static_cast<const char*>(nullptr), std::wstring(L"cut\0off", 7), std::string("cut\0off", 7),
+              velmor::string(L"\x421 \xD83D\xDE00"), velmor::string(L"\xD83D half a pair"), 0LL,
+              std::numeric_limits<long long>::min(), BOOL{-2}, BOOL{0}, true, false, 2.5, 1.0 / 3, -1234567.0,
+              SOME_GUID, GUID{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}, SOME_TIME);
+    for (const char character : {'x', '\0', '\n', '\r'})
+        TraceVars(character, static_cast<wchar_t>(character));
+    for (const unsigned int count : {0U, 6U, 32U, 33U, 64U})
+        TraceBytes(count);
+    TheTrace.TraceIPv4(TRACE_INFORMATION, "Op", "not swapped", 0x0A01A8C0, false);
+    TheTrace.TraceIPv4(TRACE_INFORMATION, "Op", "swapped", 0xC0A8010A, true);
+    for (const char* pszText : std::initializer_list<const char*>{
+             "2001:db8::1", "1:2:3:4:5:6:7:8", "1:2:3:4:5:6:7:8:", "::1:2", "1:2::", "fe80::A:1%11", "12345:0::ABCDEF",
+             ":a", nullptr, "", "1", ":", "::", ":::", "fe80::1", "abcd", "1:2:3:4:5:6:7:8:9", "1::2::3:4",
+             "::::::::::1:2"})
+        TraceIPv6(pszText);
+    // The case of digits stays, in byte dumps too, until the next IPv6 address.
+    for (const unsigned long long number : {0xDEADBEEF00ULL, 0ULL})
+        TheTrace.TraceHex(TRACE_INFORMATION, "Op", "v", number);
+    TraceBytes(2);
+    TraceIPv6("A:B");
+    TraceBytes(1);
+    golden->Lines(trace.Lines());
 }
 
 TEST_F(TraceLines, ThePrefixToTheByte)
@@ -116,17 +73,13 @@ TEST_F(TraceLines, ThePrefixToTheByte)
         const std::string sBytes = trace.Bytes();
         return sBytes.starts_with("[2015-05-05 02:05:08.007]:") ? sBytes.substr(26) : sBytes;
     };
-    EXPECT_EQ("0ab4:[E]: A::B : go\r\n", Written(TRACE_ERROR));
-    EXPECT_EQ("0ab4:[W]: A::B : go\r\n", Written(TRACE_WARNING));
-    EXPECT_EQ("0ab4:[I]: A::B : go\r\n", Written(TRACE_INFORMATION));
-    EXPECT_EQ("0ab4:[V]: A::B : go\r\n", Written(TRACE_VERBOSE));
-    EXPECT_EQ("0ab4A::B : go\r\n", Written(TRACE_ERROR | TRACE_WARNING)) << "no tag";
-    EXPECT_EQ("", Written(0) + Written(16));
+    for (const unsigned int level : {1U, 2U, 4U, 8U, 3U, 0U, 16U}) // several have no tag
+        golden->Line("level", level, Written(level));
     dwThread = 0;
-    EXPECT_EQ("0000:[E]: A::B : go\r\n", Written(TRACE_ERROR));
+    golden->Line("thread", dwThread, Written(TRACE_ERROR));
     dwThread = 0xbcdef;
     TheTrace.TraceHex(TRACE_ERROR, "", "", 1);
-    EXPECT_EQ("BCDEF:[E]: A::B : go\r\n", Written(TRACE_ERROR));
+    golden->Line("thread", dwThread, "in upper case", Written(TRACE_ERROR));
 }
 
 TEST_F(TraceLines, TheBannerStandsBareAndAtAnyLevelButNone)
@@ -155,12 +108,7 @@ TEST_F(TraceLines, TheCallFrameSpeaksForTheOperation)
     EXPECT_TRUE(frame.Succeed());
     EXPECT_FALSE(RunOperation("A::C", [](const CallFrame&) -> bool { throw std::runtime_error("oops"); }));
     EXPECT_FALSE(RunOperation("A::D", [](const CallFrame&) -> bool { throw 1; }));
-    trace.ExpectLines(
-        {"[V] A::B : starting ...", "[I] A::B : ulCount = 3", "[W] A::B : step failed : dwRc = 4294967295",
-         "[V] A::B : flags = 0x1F", "[V] A::B : address = \"0.0.0.0\"", "[V] A::B : nothing = \"<invalid>\"",
-         "[E] A::B : ... ending( Bad NIC GUID )", "[E] A::B : ... ending( X failed ) : dwRc = 5",
-         "[E] A::B : ... ending(X failed) : dwRc = 5", "[V] A::B : ... ending", "[V] A::C : starting ...",
-         "[E] A::C : ... ending( oops )", "[V] A::D : starting ...", "[E] A::D : ... ending( unknown exception )"});
+    golden->Lines(trace.Lines());
 }
 
 TEST_F(TraceLines, WhatALineCosts)

@@ -61,6 +61,21 @@ int WriteLines(wchar_t** arguments)
     return 0;
 }
 
+Handle StartWriter(int process, const std::wstring& sFolder)
+{
+    wchar_t program[1024];
+    ::GetModuleFileNameW(nullptr, program, std::size(program));
+    std::wstring sCommand =
+        L'"' + std::wstring(program) + L"\" --write-lines " + std::to_wstring(process) + L" \"" + sFolder + L'"';
+    STARTUPINFOW start = {};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION made = {};
+    EXPECT_TRUE(
+        ::CreateProcessW(program, sCommand.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &made));
+    ::CloseHandle(made.hThread);
+    return Handle(made.hProcess);
+}
+
 TEST(TraceProcesses, ShareOneLogWithoutLoss)
 {
     const TempDirectory folder;
@@ -71,17 +86,7 @@ TEST(TraceProcesses, ShareOneLogWithoutLoss)
     std::multiset<std::string> missing;
     for (int process = 0; process < PROCESSES; ++process)
     {
-        wchar_t program[1024];
-        ::GetModuleFileNameW(nullptr, program, std::size(program));
-        std::wstring sCommand = L'"' + std::wstring(program) + L"\" --write-lines " + std::to_wstring(process) +
-                                L" \"" + folder.Text() + L'"';
-        STARTUPINFOW start = {};
-        start.cb = sizeof(start);
-        PROCESS_INFORMATION made = {};
-        EXPECT_TRUE(
-            ::CreateProcessW(program, sCommand.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &made));
-        ::CloseHandle(made.hThread);
-        processes.emplace_back(made.hProcess);
+        processes.push_back(StartWriter(process, folder.Text()));
         for (int thread = 0; thread < THREADS; ++thread)
             for (int line = 0; line < LINES; ++line)
                 missing.insert("[E] Writer : " + LineOf(process, thread, line));

@@ -131,7 +131,6 @@ protected:
     int iFailWrite = 0;         ///< that registry write from now on fails
     int iModules = 0;           ///< loaded and not freed
     ImportPatches patches;      ///< more of them may be added
-    std::unique_ptr<Golden> golden = std::make_unique<Golden>();
 
 private:
     friend struct Exports;
