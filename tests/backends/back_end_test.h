@@ -2,7 +2,7 @@
 
 #include <backends/pre_vista_api.h>
 #include <backends/vista_api.h>
-#include <support/platform/platform_test.h>
+#include <support/fakes/platform_test.h>
 
 /// A back end on the made-up platform. Every helper writes down what one operation asks and traces.
 class BackEndTest : public testing_support::PlatformTest

@@ -3,8 +3,8 @@
 #include <atomic>
 #include <thread>
 
+#include <support/fakes/platform_test.h>
 #include <support/platform/handles.h>
-#include <support/platform/platform_test.h>
 
 using namespace testing_support;
 

@@ -4,7 +4,7 @@
 #include <tuple>
 
 #include <adapters/wrap_ip_adapter_addresses.h>
-#include <support/platform/platform_test.h>
+#include <support/fakes/platform_test.h>
 
 using namespace testing_support;
 

@@ -1,4 +1,4 @@
-#include <support/platform/platform_test.h>
+#include <support/fakes/platform_test.h>
 
 using namespace testing_support;
 

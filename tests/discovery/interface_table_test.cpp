@@ -1,7 +1,7 @@
 #include <climits>
 
 #include <adapters/wrap_ip_interface_info.h>
-#include <support/platform/platform_test.h>
+#include <support/fakes/platform_test.h>
 
 using namespace testing_support;
 

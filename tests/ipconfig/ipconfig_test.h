@@ -1,6 +1,6 @@
 #pragma once
 
-#include <support/platform/platform_test.h>
+#include <support/fakes/platform_test.h>
 
 constexpr auto UNKNOWN_FAMILY = static_cast<TOLVA::FAMILY_TYPE>(5);
 constexpr TOLVA::FAMILY_TYPE FAMILIES[] = {TOLVA::FAMILY_IPV4, TOLVA::FAMILY_IPV6, TOLVA::FAMILY_BOTH};

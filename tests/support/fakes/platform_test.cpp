@@ -1,4 +1,4 @@
-#include <support/platform/platform_test.h>
+#include <support/fakes/platform_test.h>
 
 #include <algorithm>
 #include <cstddef>
