@@ -9,6 +9,7 @@ namespace
 {
 
 constexpr int DEFAULT_ROUNDS = 41;
+constexpr long MOST_ROUNDS = 10000;
 
 bool MeasureAndPrint(const Comparison& comparison, int rounds)
 {
@@ -26,12 +27,13 @@ bool MeasureAndPrint(const Comparison& comparison, int rounds)
 int main(int argc, char** argv)
 try
 {
-    const int rounds = argc > 1 ? std::atoi(argv[1]) : DEFAULT_ROUNDS;
-    if (rounds < 1)
+    const long asked = argc > 1 ? std::strtol(argv[1], nullptr, 10) : DEFAULT_ROUNDS;
+    if (asked < 1 || asked > MOST_ROUNDS)
     {
         std::fprintf(stderr, "usage: bench [rounds]\n");
         return 2;
     }
+    const int rounds = static_cast<int>(asked);
     std::printf("%d interleaved rounds; medians; ratios are those of the pairs\n", rounds);
     std::printf("%-42s %12s %12s %7s  %11s  %6s  %s\n", "", "ours us", "peer us", "ratio", "quartiles", "target",
                 "met");

@@ -32,6 +32,7 @@ std::optional<Member> Get(const Struct& record, Member Struct::*member)
 {
     const auto offset =
         reinterpret_cast<const std::byte*>(&(record.*member)) - reinterpret_cast<const std::byte*>(&record);
+    // Pointers are members too. NOLINTNEXTLINE(bugprone-sizeof-expression)
     if (static_cast<std::size_t>(offset) + sizeof(Member) > record.Length)
         return std::nullopt;
     return record.*member;
@@ -278,6 +279,8 @@ DWORD FillTable(TableBuffer& buffer, bool vista)
 /// Where addresses have no prefix lengths of their own.
 void TakePrefixLengths(Adapter& adapter, const MaskTable& masks)
 {
+    if (!adapter.ipv4.addresses)
+        return;
     for (Address& address : *adapter.ipv4.addresses)
         if (const auto mask = masks.find(std::pair(adapter.index.value_or(0), address.address)); mask != masks.end())
             address.prefixLength = mask->second;

@@ -73,7 +73,7 @@ std::optional<Route> RouteOf(const MIB_IPFORWARDROW& row)
 /// Gives an adapter its route; routes of what is no adapter are left out.
 void AddRoute(Reading& reading, Family family, std::uint32_t index, const std::optional<Route>& route)
 {
-    if (Adapter* const adapter = reading.Find(family, index); adapter != nullptr && route)
+    if (Adapter* const adapter = reading.Find(family, index); adapter != nullptr && adapter->routes && route)
         adapter->routes->push_back(*route);
 }
 
@@ -125,6 +125,8 @@ bool HasGateway(const Adapter& adapter, const Route& route)
 void ConcludeGateways(Adapter& adapter, Family family)
 {
     auto& gateways = adapter.Of(family).gateways.emplace();
+    if (!adapter.routes)
+        return;
     for (const Route& route : *adapter.routes)
         if (route.nextHop.GetFamily() == family && HasGateway(adapter, route))
             gateways.push_back({route.nextHop, route.metric});
