@@ -17,7 +17,7 @@ namespace zelk
 class TableBuffer
 {
 public:
-    explicit TableBuffer(std::size_t size) : m_bytes(std::make_unique<std::byte[]>(size)), m_size(size) {}
+    explicit TableBuffer(std::size_t size) : m_bytes(std::make_unique_for_overwrite<std::byte[]>(size)), m_size(size) {}
 
     /// Calls with ever more room until the table fits: `call` takes the buffer and the size in bytes, sets the size
     /// that is needed, and returns the platform's code. `tooSmall` is the code by which that function says so. Gives
@@ -61,7 +61,7 @@ private:
     void Grow(std::size_t wanted)
     {
         m_size = (wanted > m_size ? wanted : m_size) * 5 / 4;
-        m_bytes = std::make_unique<std::byte[]>(m_size);
+        m_bytes = std::make_unique_for_overwrite<std::byte[]>(m_size);
     }
 
     std::unique_ptr<std::byte[]> m_bytes;
