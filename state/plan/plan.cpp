@@ -1,0 +1,340 @@
+#include <state/plan/plan.h>
+
+#include <algorithm>
+#include <set>
+
+#include <state/desired/checks.h>
+#include <state/desired/machine_names.h>
+#include <state/desired/object_reader.h>
+#include <state/desired/standing.h>
+#include <state/plan/address_steps.h>
+#include <state/plan/setting_steps.h>
+#include <state/plan/target.h>
+
+namespace zelk
+{
+namespace
+{
+
+using Prefixes = std::vector<IpPrefix>;
+
+/// What can be set of an adapter only while it runs.
+bool IsOfRunningAdapter(const Item& item)
+{
+    return item.path.starts_with("ipv") || item.path == "routes";
+}
+
+/// Refuses, by name, what this system or this adapter cannot do.
+class Feasibility
+{
+public:
+    Feasibility(const Machine& machine, const Target& target, const Adapter& adapter, std::vector<Fault>& faults)
+        : m_machine(machine), m_target(target), m_adapter(adapter), m_faults(faults)
+    {
+    }
+
+    void Check(const std::vector<Item>& items)
+    {
+        bool running = false;
+        for (const Item& item : items)
+        {
+            if (item.adapter != m_target.name)
+                continue;
+            CheckItem(item);
+            running = running || IsOfRunningAdapter(item);
+        }
+        if (running)
+            CheckRunning();
+    }
+
+private:
+    void Refuse(const std::string& path, std::string text)
+    {
+        std::string place = '/' + path;
+        std::ranges::replace(place, '.', '/');
+        m_faults.push_back({FaultKind::SYSTEM, m_target.place + (path.empty() ? "" : place), std::move(text)});
+    }
+
+    void CheckItem(const Item& item)
+    {
+        const bool old = m_machine.environment.backEnd == BackEnd::PRE_VISTA;
+        const bool ofInterface = item.path.ends_with(".metric") || item.path.ends_with(".mtu");
+        if (old && item.path.starts_with("ipv6."))
+            Refuse(item.path, "cannot be set on a system before Windows Vista");
+        else if (old && ofInterface)
+            Refuse(item.path, "cannot be set on a system before Windows Vista");
+        else if (item.path == "enabled" && !m_adapter.deviceInstance)
+            Refuse(item.path, "cannot be set: the device of the adapter is not known");
+        else if (item.path == "hardwareAddress" && (!m_adapter.deviceInstance || !m_adapter.classKey))
+            Refuse(item.path, "cannot be set: the device of the adapter is not known");
+    }
+
+    [[nodiscard]] bool IsRunning() const
+    {
+        return m_adapter.index && m_adapter.status != AdapterStatus::NOT_PRESENT &&
+               m_adapter.status != AdapterStatus::DISABLED && m_adapter.status != AdapterStatus::FAILED;
+    }
+
+    void CheckRunning()
+    {
+        if (!IsRunning() && m_target.desired.enabled != true)
+            Refuse("", "the adapter \"" + m_target.name +
+                           "\" does not run, so its addresses, servers and routes cannot " +
+                           "be set; enable it in the same state with \"enabled\": true");
+        if (const std::string reason = RefuseInCommands(m_adapter.connectionName.value_or("")); !reason.empty())
+            Refuse("", reason);
+    }
+
+    const Machine& m_machine;
+    const Target& m_target;
+    const Adapter& m_adapter;
+    std::vector<Fault>& m_faults;
+};
+
+/// Plans the steps of all adapters, on a copy of the machine that follows what is planned across adapters.
+class Planner
+{
+public:
+    Planner(const Machine& machine, const std::vector<Target>& targets, std::vector<Step>& steps)
+        : m_machine(machine), m_targets(targets), m_steps(steps)
+    {
+    }
+
+    void Plan()
+    {
+        for (const Target& target : m_targets)
+            StartDevice(target);
+        for (const Target& target : m_targets)
+            RemoveRoutes(target);
+        for (const Target& target : m_targets)
+            GiveUpAddresses(target);
+        for (const Target* target : InOrder())
+            PlanAdapter(*target);
+        for (const Target& target : m_targets)
+            FinishDevice(target);
+    }
+
+private:
+    [[nodiscard]] const Adapter* Now(const Target& target) const { return FindAdapter(m_machine, target.guid); }
+
+    StepList StepsOf(const Adapter& adapter) { return {adapter, m_machine.environment.backEnd, m_steps}; }
+
+    void StartDevice(const Target& target)
+    {
+        const Adapter* const adapter = Now(target);
+        const DesiredAdapter& desired = target.desired;
+        if (adapter == nullptr)
+            return;
+        StepList steps = StepsOf(*adapter);
+        if (desired.enabled == true && adapter->enabled != true)
+            steps.Add("Enables the adapter", LibraryCall{LibraryOperation::ENABLE_ADAPTER, ""}, {"enabled"});
+        if (!desired.hardwareAddress || HardwareAddressStands(*adapter, *desired.hardwareAddress))
+            return;
+        const auto* const address = std::get_if<HardwareAddress>(&*desired.hardwareAddress);
+        steps.Add(address != nullptr ? "Sets the hardware address " + address->ToText() + " and restarts the adapter"
+                                     : "Leaves the hardware address to the driver and restarts the adapter",
+                  LibraryCall{LibraryOperation::SET_HARDWARE_ADDRESS, address != nullptr ? address->ToText() : ""},
+                  {"hardwareAddress"});
+    }
+
+    void FinishDevice(const Target& target)
+    {
+        const Adapter* const adapter = Now(target);
+        const DesiredAdapter& desired = target.desired;
+        if (adapter == nullptr)
+            return;
+        StepList steps = StepsOf(*adapter);
+        if (desired.connectionName && adapter->connectionName != desired.connectionName)
+            steps.Add("Renames the connection to \"" + *desired.connectionName + '"',
+                      Command{Program::NETSH,
+                              {"interface", "set", "interface", "name=" + steps.ConnectionName(),
+                               "newname=" + *desired.connectionName}},
+                      {"connectionName"});
+        if (desired.enabled == false && adapter->enabled != false)
+            steps.Add("Disables the adapter", LibraryCall{LibraryOperation::DISABLE_ADAPTER, ""}, {"enabled"});
+    }
+
+    void RemoveRoutes(const Target& target)
+    {
+        const Adapter* const adapter = Now(target);
+        if (adapter == nullptr)
+            return;
+        const bool flushed = ReplacesAddresses(*adapter, target.desired.ipv4);
+        if (flushed)
+            m_flushed.insert(target.guid);
+        StepList steps = StepsOf(*adapter);
+        if (target.desired.routes)
+            PlanRouteRemovals(*adapter, *target.desired.routes, flushed, steps);
+    }
+
+    /// Whether the adapter is to get an address that it does not have now.
+    static bool Gains(const Target& target, const Adapter& adapter, const IpAddress& address)
+    {
+        const auto& wanted = target.desired.Of(address.GetFamily()).addresses;
+        const auto same = [&](const IpPrefix& prefix) { return prefix.address == address; };
+        return wanted && std::ranges::any_of(*wanted, same) &&
+               std::ranges::none_of(AddressesInUse(adapter, address.GetFamily()), same);
+    }
+
+    [[nodiscard]] bool IsGainedByAnother(const Target& target, const IpAddress& address) const
+    {
+        return std::ranges::any_of(m_targets, [&](const Target& other) {
+            const Adapter* const adapter = Now(other);
+            return other.guid != target.guid && adapter != nullptr && Gains(other, *adapter, address);
+        });
+    }
+
+    /// An address that moves to another adapter has to go before it comes.
+    void GiveUpAddresses(const Target& target)
+    {
+        const auto adapter = std::ranges::find(m_machine.adapters, target.guid, &Adapter::guid);
+        const auto& wanted = target.desired.ipv4.addresses;
+        if (adapter == m_machine.adapters.end() || !wanted || adapter->ipv4.configured.dhcp != false)
+            return;
+        StepList steps = StepsOf(*adapter);
+        for (const IpPrefix& address : AddressesInUse(*adapter, Family::IPV4))
+        {
+            const auto same = [&](const auto& one) { return one.address == address.address; };
+            if (std::ranges::any_of(*wanted, same) || !IsGainedByAnother(target, address.address))
+                continue;
+            PlanRemoval(address.address, steps);
+            std::erase_if(*adapter->ipv4.addresses, same);
+            if (adapter->ipv4.configured.addresses)
+                std::erase_if(*adapter->ipv4.configured.addresses, same);
+        }
+    }
+
+    /// Those that give something up that another one gets come first.
+    [[nodiscard]] std::vector<const Target*> InOrder() const
+    {
+        std::vector<const Target*> targets;
+        for (const Target& target : m_targets)
+            targets.push_back(&target);
+        std::ranges::stable_partition(targets, [&](const Target* target) {
+            const Adapter* const adapter = Now(*target);
+            return adapter != nullptr && std::ranges::any_of(FAMILIES, [&](Family family) {
+                       return std::ranges::any_of(AddressesInUse(*adapter, family), [&](const IpPrefix& address) {
+                           return IsGainedByAnother(*target, address.address);
+                       });
+                   });
+        });
+        return targets;
+    }
+
+    void PlanAdapter(const Target& target)
+    {
+        const Adapter* const adapter = Now(target);
+        if (adapter == nullptr)
+            return;
+        const DesiredAdapter& desired = target.desired;
+        StepList steps = StepsOf(*adapter);
+        PlanIpv4(*adapter, desired.ipv4, steps);
+        PlanIpv6(*adapter, desired.ipv6, steps);
+        if (desired.routes)
+            PlanRouteAdditions(*adapter, *desired.routes, m_flushed.contains(target.guid), steps);
+        for (const Family family : FAMILIES)
+        {
+            const DesiredIp& ip = desired.Of(family);
+            if (ip.dnsServers)
+                PlanDnsServers(m_machine, *adapter, family, *ip.dnsServers, steps);
+            PlanInterface(*adapter, family, ip, steps);
+        }
+    }
+
+    Machine m_machine;
+    std::set<Guid> m_flushed; ///< whose addresses are replaced
+    const std::vector<Target>& m_targets;
+    std::vector<Step>& m_steps;
+};
+
+void PlanIdentity(const Identity& now, const DesiredIdentity& wanted, std::vector<Step>& steps)
+{
+    const auto plan = [&](const std::optional<std::string>& name, const std::optional<std::string>& present,
+                          const char* what, LibraryOperation operation, const char* path) {
+        if (name && name != present)
+            steps.push_back(
+                {"",
+                 std::nullopt,
+                 name->empty() ? std::string("Removes the ") + what : std::string("Sets the ") + what + ' ' + *name,
+                 LibraryCall{operation, *name},
+                 {path}});
+    };
+    plan(wanted.computerName, now.configured.computerName, "computer name", LibraryOperation::SET_COMPUTER_NAME,
+         "identity.computerName");
+    plan(wanted.primaryDnsSuffix, now.configured.primaryDnsSuffix, "primary DNS suffix",
+         LibraryOperation::SET_PRIMARY_DNS_SUFFIX, "identity.primaryDnsSuffix");
+    plan(wanted.workgroup, now.workgroup, "workgroup", LibraryOperation::SET_WORKGROUP_NAME, "identity.workgroup");
+}
+
+/// What goes or stays with a change although nothing is said about it.
+void AddNotes(const Machine& machine, Plan& plan)
+{
+    for (const Target& target : plan.targets)
+    {
+        const Adapter* const adapter = FindAdapter(machine, target.guid);
+        const DesiredIp& ip = target.desired.ipv4;
+        if (adapter == nullptr || !ip.dhcp || DhcpStands(*adapter, *ip.dhcp))
+            continue;
+        const ConfiguredIp& configured = adapter->ipv4.configured;
+        const bool automatic = configured.dnsServers == AutomaticOr<std::vector<IpAddress>>();
+        if (!*ip.dhcp && automatic && !ip.dnsServers)
+            plan.notes.push_back(target.name +
+                                 ": the DNS servers that DHCP gave go with it; \"dnsServers\" can name others.");
+        if (*ip.dhcp && !automatic && !ip.dnsServers)
+            plan.notes.push_back(target.name +
+                                 ": the static DNS servers stay; \"dnsServers\": \"automatic\" removes them.");
+        if (*ip.dhcp && !ip.gateways && configured.gateways && !configured.gateways->empty())
+            plan.notes.push_back(target.name + ": static gateways may stay; \"gateways\": [] removes them.");
+    }
+    if (std::ranges::any_of(plan.items, [](const Item& item) {
+            return item.path == "identity.computerName" || item.path == "identity.primaryDnsSuffix";
+        }))
+        plan.notes.emplace_back("The names of the machine take effect when it starts next time.");
+}
+
+} // namespace
+
+Plan MakePlan(const Machine& machine, std::vector<Target> targets, const DesiredIdentity& identity,
+              std::vector<Fault>& faults)
+{
+    Plan plan;
+    plan.targets = std::move(targets);
+    plan.identity = identity;
+    plan.items = Differences(machine, plan.targets, identity);
+    const std::size_t count = faults.size();
+    for (const Target& target : plan.targets)
+        if (const Adapter* const adapter = FindAdapter(machine, target.guid))
+            Feasibility(machine, target, *adapter, faults).Check(plan.items);
+    if (identity.workgroup && machine.identity.membership && machine.identity.membership != Membership::WORKGROUP &&
+        machine.identity.workgroup != identity.workgroup)
+        faults.push_back(
+            {FaultKind::SYSTEM, "/identity/workgroup", "cannot be set: the machine is a member of a domain"});
+    if (faults.size() != count)
+        return plan;
+    Planner(machine, plan.targets, plan.steps).Plan();
+    PlanIdentity(machine.identity, identity, plan.steps);
+    AddNotes(machine, plan);
+    return plan;
+}
+
+Plan MakePlan(const Machine& machine, const DesiredState& state, std::vector<Fault>& faults)
+{
+    const std::size_t count = faults.size();
+    const auto adapters = ResolveAdapters(machine, state, faults);
+    CheckDesiredState(machine, adapters, state, faults);
+    std::vector<Target> targets;
+    for (std::size_t i = 0; i < adapters.size() && faults.size() == count; ++i)
+    {
+        const std::string place = PlaceOf("/adapters", i);
+        if (adapters[i]->guid)
+            targets.push_back(
+                {*adapters[i]->guid, NameOf(*adapters[i]), place, Complete(*adapters[i], state.adapters[i])});
+        else
+            faults.push_back({FaultKind::SYSTEM, place, "this adapter has no GUID by which it could be changed"});
+    }
+    if (faults.size() != count)
+        return {};
+    return MakePlan(machine, std::move(targets), state.identity, faults);
+}
+
+} // namespace zelk

@@ -1,0 +1,75 @@
+#include <state/plan/restore.h>
+
+#include <map>
+#include <set>
+
+#include <state/desired/export.h>
+
+namespace zelk
+{
+namespace
+{
+
+/// Of a whole configuration only what has these paths.
+DesiredAdapter Select(const DesiredAdapter& whole, const std::set<std::string>& paths)
+{
+    DesiredAdapter part;
+    part.adapter = whole.adapter;
+    const auto take = [&](const std::string& path, auto& to, const auto& from) {
+        if (paths.contains(path))
+            to = from;
+    };
+    take("enabled", part.enabled, whole.enabled);
+    take("connectionName", part.connectionName, whole.connectionName);
+    take("hardwareAddress", part.hardwareAddress, whole.hardwareAddress);
+    take("routes", part.routes, whole.routes);
+    for (const Family family : FAMILIES)
+    {
+        const std::string start = family == Family::IPV4 ? "ipv4." : "ipv6.";
+        DesiredIp& to = part.Of(family);
+        const DesiredIp& from = whole.Of(family);
+        take(start + "dhcp", to.dhcp, from.dhcp);
+        take(start + "addresses", to.addresses, from.addresses);
+        take(start + "gateways", to.gateways, from.gateways);
+        take(start + "dnsServers", to.dnsServers, from.dnsServers);
+        take(start + "metric", to.metric, from.metric);
+        take(start + "mtu", to.mtu, from.mtu);
+    }
+    return part;
+}
+
+} // namespace
+
+std::vector<Target> RestoredTargets(const Machine& before, const std::vector<Step>& steps)
+{
+    std::map<Guid, std::set<std::string>> touched;
+    for (const Step& step : steps)
+        if (step.guid)
+            touched[*step.guid].insert(step.touches.begin(), step.touches.end());
+    std::vector<Target> targets;
+    for (const auto& [guid, paths] : touched)
+        if (const Adapter* const adapter = FindAdapter(before, guid))
+        {
+            DesiredAdapter whole = ConfigurationOf(*adapter);
+            whole.connectionName = adapter->connectionName;
+            targets.push_back({guid, NameOf(*adapter), "", Select(whole, paths)});
+        }
+    return targets;
+}
+
+DesiredIdentity RestoredIdentity(const Machine& before, const std::vector<Step>& steps)
+{
+    std::set<std::string> touched;
+    for (const Step& step : steps)
+        touched.insert(step.touches.begin(), step.touches.end());
+    DesiredIdentity identity;
+    if (touched.contains("identity.computerName"))
+        identity.computerName = before.identity.configured.computerName;
+    if (touched.contains("identity.primaryDnsSuffix"))
+        identity.primaryDnsSuffix = before.identity.configured.primaryDnsSuffix;
+    if (touched.contains("identity.workgroup"))
+        identity.workgroup = before.identity.workgroup;
+    return identity;
+}
+
+} // namespace zelk

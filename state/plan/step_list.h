@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <state/machine/machine.h>
+#include <state/plan/plan.h>
+
+namespace zelk
+{
+
+/// Collects the steps of one adapter, with the words in which the system's commands are told about it.
+class StepList
+{
+public:
+    StepList(const Adapter& adapter, BackEnd backEnd, std::vector<Step>& steps)
+        : m_adapter(adapter), m_backEnd(backEnd), m_steps(steps)
+    {
+    }
+
+    [[nodiscard]] bool IsBeforeVista() const noexcept { return m_backEnd == BackEnd::PRE_VISTA; }
+    /// What netsh calls the connection.
+    [[nodiscard]] std::string ConnectionName() const { return m_adapter.connectionName.value_or(NameOf(m_adapter)); }
+    [[nodiscard]] std::uint32_t Index() const noexcept { return m_adapter.index.value_or(0); }
+
+    /// "netsh interface ipv4 ..." or "ipv6"; before Vista the context of IPv4 is called "ip".
+    void Netsh(Family family, std::string text, std::vector<std::string> arguments, std::vector<std::string> touches)
+    {
+        const char* const context = family == Family::IPV6 ? "ipv6" : IsBeforeVista() ? "ip" : "ipv4";
+        arguments.insert(arguments.begin(), {"interface", context});
+        Add(std::move(text), Command{Program::NETSH, std::move(arguments)}, std::move(touches));
+    }
+
+    void Add(std::string text, Action action, std::vector<std::string> touches)
+    {
+        m_steps.push_back({NameOf(m_adapter), m_adapter.guid, std::move(text), std::move(action), std::move(touches)});
+    }
+
+private:
+    const Adapter& m_adapter;
+    BackEnd m_backEnd;
+    std::vector<Step>& m_steps;
+};
+
+} // namespace zelk

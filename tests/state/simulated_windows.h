@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <state/machine/machine.h>
+#include <state/plan/plan.h>
+
+/// A machine as a value that the system's commands change as Windows does: what is in use and what is configured, each
+/// by its own rules.
+class SimulatedWindows
+{
+public:
+    zelk::Machine machine;
+
+    /// An adapter that is up, by default without any setting and static.
+    zelk::Adapter& Add(const std::string& name);
+    zelk::Adapter& Find(const std::string& name);
+
+    /// Does what the step says. False where Windows would refuse it, or where `refuse` says the number of this step.
+    bool Perform(const zelk::Step& step);
+    int refuse = -1; ///< counts down with every step
+
+    /// What concludes from the rest is brought in line; to be called after a change by hand.
+    void Settle();
+
+private:
+    bool Perform(const zelk::Command& command);
+    bool Perform(const zelk::StoredRoute& route);
+    bool Perform(const zelk::LibraryCall& call);
+};
