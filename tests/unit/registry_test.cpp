@@ -45,18 +45,19 @@ protected:
 TEST_F(Registry, WritesToTheByte)
 {
     const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
-    const std::wstring sLong(3000, L'l');
-    for (const std::wstring& sText : {std::wstring(), std::wstring(L"\x65E5 and more"), sLong})
+    Golden golden;
+    for (const std::wstring& sText : {std::wstring(), std::wstring(L"\x65E5 and more"), std::wstring(300, L'l')})
     {
-        EXPECT_TRUE(system.SetString(KEY, L"s", string(sText)));
-        EXPECT_EQ(StringData(sText), key.Get(L"Inner", L"s"));
+        EXPECT_TRUE(system.SetString(KEY, L"v", string(sText)));
+        golden.Line(key.Get(L"Inner", L"v"));
     }
-    EXPECT_TRUE(system.SetDword(KEY, L"d", 0x80000001));
-    EXPECT_EQ(DwordData(0x80000001), key.Get(L"Inner", L"d"));
-    EXPECT_TRUE(system.SetMultiString(KEY, L"m", {L"a", L"bc"}));
-    EXPECT_EQ(Raw(REG_MULTI_SZ, {L"a\0bc\0", 6}, 12), key.Get(L"Inner", L"m"));
-    EXPECT_TRUE(system.SetMultiString(KEY, L"m", {}));
-    EXPECT_EQ(Raw(REG_MULTI_SZ, {L"", 1}, 2), key.Get(L"Inner", L"m"));
+    EXPECT_TRUE(system.SetDword(KEY, L"v", 0x80000001));
+    golden.Line(key.Get(L"Inner", L"v"));
+    for (const std::vector<string>& list : {std::vector<string>{L"a", L"bc"}, {}})
+    {
+        EXPECT_TRUE(system.SetMultiString(KEY, L"v", list));
+        golden.Line(key.Get(L"Inner", L"v"));
+    }
 
     const auto create = PATCH_IMPORT(RegCreateKeyExW,
                                      [&](HKEY hRoot, const wchar_t* pszPath, DWORD, wchar_t*, DWORD dwOptions,

@@ -144,8 +144,7 @@ struct Exports
     static DWORD WINAPI ConvertInterfaceIndexToLuid(NET_IFINDEX index, NET_LUID* pLuid)
     {
         pLuid->Value = index * 1000ULL;
-        const DWORD dwForced = pCurrent->Called("ConvertInterfaceIndexToLuid", Show("luid of", index));
-        return dwForced != TRUE_ANSWER ? dwForced : NO_ERROR;
+        return pCurrent->CodeOf("ConvertInterfaceIndexToLuid", Show("luid of", index));
     }
     static DWORD WINAPI GetIpForwardTable2(ADDRESS_FAMILY family, MIB_IPFORWARD_TABLE2** ppTable)
     {
@@ -179,9 +178,8 @@ struct Exports
     }
     static DWORD WINAPI SetAdapterIpAddress(char* pszName, BOOL bDhcp, ULONG ulAddress, ULONG ulMask, ULONG ulGateway)
     {
-        const DWORD dwForced = pCurrent->Called(
-            "SetAdapterIpAddress", Show("set", pszName, bDhcp, Dotted(ulAddress), Dotted(ulMask), ulGateway));
-        return dwForced != TRUE_ANSWER ? dwForced : NO_ERROR;
+        return pCurrent->CodeOf("SetAdapterIpAddress",
+                                Show("set", pszName, bDhcp, Dotted(ulAddress), Dotted(ulMask), ulGateway));
     }
     static void WINAPI ShowDeviceProperties(HWND hwnd, HINSTANCE hInstance, const wchar_t* pszCommand, int iShow)
     {
@@ -433,14 +431,12 @@ void PlatformTest::ReplaceTables()
     ADD_PATCH(patches, GetAdaptersAddresses, [this](auto... arguments) { return GetAdapters(arguments...); });
     ADD_PATCH(patches, GetAdaptersInfo, [this](auto... arguments) { return GetOldAdapters(arguments...); });
     ADD_PATCH(patches, GetAdapterIndex, [this](wchar_t* pszName, ULONG* pulIndex) -> DWORD {
-        const DWORD dwForced = Called("GetAdapterIndex", Show("index of", pszName));
         *pulIndex = ulIndex;
-        return dwForced != TRUE_ANSWER ? dwForced : NO_ERROR;
+        return CodeOf("GetAdapterIndex", Show("index of", pszName));
     });
     ADD_PATCH(patches, GetIfEntry, [this](MIB_IFROW* pRow) -> DWORD {
-        const DWORD dwForced = Called("GetIfEntry", Show("speed of", pRow->dwIndex));
         pRow->dwSpeed = dwSpeed;
-        return dwForced != TRUE_ANSWER ? dwForced : NO_ERROR;
+        return CodeOf("GetIfEntry", Show("speed of", pRow->dwIndex));
     });
 }
 
@@ -514,8 +510,7 @@ void PlatformTest::ReplaceRoutesAndAddresses()
               [this](MIB_IPFORWARDROW* pRow) { return Delete("DeleteIpForwardEntry", *pRow); });
     ADD_PATCH(patches, DeleteIPAddress, [this](ULONG ulContext) -> DWORD {
         const auto& [dwIndex, sAddress] = oldAdapters.at(ulContext - 1);
-        const DWORD dwForced = Called("DeleteIPAddress", Show("delete", ulContext, "which is", sAddress));
-        return dwForced != TRUE_ANSWER ? dwForced : NO_ERROR;
+        return CodeOf("DeleteIPAddress", Show("delete", ulContext, "which is", sAddress));
     });
 }
 
@@ -595,8 +590,7 @@ void PlatformTest::ReplaceCommands()
         std::string sCommand = "run";
         for (const wchar_t* const* p = &words[3]; *p != nullptr && **p != L'>'; ++p)
             sCommand += ' ' + Show(*p);
-        const DWORD dwForced = Called("_wspawnlp", sCommand);
-        return dwForced != TRUE_ANSWER ? static_cast<std::intptr_t>(dwForced) : 0;
+        return static_cast<std::intptr_t>(CodeOf("_wspawnlp", sCommand));
     });
 }
 

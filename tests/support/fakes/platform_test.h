@@ -84,6 +84,12 @@ public:
     /// Notes a request and decides on it: the function's next forced code, the last error too; access denied where the
     /// note holds a word of `refused`; else TRUE_ANSWER.
     DWORD Called(const std::string& sFunction, const std::string& sNote);
+    /// The same for a function that the platform would answer with success.
+    DWORD CodeOf(const std::string& sFunction, const std::string& sNote)
+    {
+        const DWORD dwForced = Called(sFunction, sNote);
+        return dwForced != TRUE_ANSWER ? dwForced : NO_ERROR;
+    }
 
 protected:
     static TOLVA::NIC_INFO Adapter(const wchar_t* pszGuid = GUID_A);
