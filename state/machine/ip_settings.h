@@ -71,6 +71,9 @@ struct Lease
     bool operator==(const Lease&) const = default;
 };
 
+/// Whether this is a server and not what stands for none: 0.0.0.0, or the broadcast address where no server answered.
+bool IsDhcpServer(const IpAddress& address) noexcept;
+
 /// NetBIOS over TCP/IP as it is set.
 enum class NetbiosSetting : std::uint8_t
 {

@@ -7,6 +7,12 @@ namespace zelk
 
 StateError::StateError(Problem problem) : std::runtime_error(problem.text), m_problem(std::move(problem)) {}
 
+bool IsDhcpServer(const IpAddress& address) noexcept
+{
+    constexpr IpAddress::Ipv4Bytes BROADCAST = {255, 255, 255, 255};
+    return !address.IsUnspecified() && address != IpAddress(BROADCAST);
+}
+
 std::string NameOf(const Adapter& adapter)
 {
     for (const auto* const name : {&adapter.connectionName, &adapter.friendlyName, &adapter.description})

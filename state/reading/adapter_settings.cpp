@@ -135,12 +135,10 @@ std::optional<IpPrefix> LeasedAddress(StoredKey& key)
     return IpPrefix{*address, *length};
 }
 
-/// A client that got no answer has the broadcast address as its server.
 std::optional<IpAddress> Server(StoredKey& key)
 {
-    constexpr IpAddress::Ipv4Bytes BROADCAST = {255, 255, 255, 255};
     const auto server = key.Address(L"DhcpServer").value;
-    return server && !server->IsUnspecified() && *server != IpAddress(BROADCAST) ? server : std::nullopt;
+    return server && IsDhcpServer(*server) ? server : std::nullopt;
 }
 
 /// The values stay when an adapter becomes static or its lease is given back.
@@ -198,8 +196,8 @@ void ReadIpv4(Adapter& adapter, const std::wstring& guid, const MachineSettings&
 void ConcludeConfigured(Adapter& adapter)
 {
     IpSettings& ipv6 = adapter.ipv6;
-    if (!adapter.index || !ipv6.addresses)
-        return;
+    if (ipv6.enabled != true || !ipv6.addresses)
+        return; // nothing is in use to conclude from
     ipv6.configured.source = ConfigurationSource::ACTIVE;
     auto& addresses = ipv6.configured.addresses.emplace();
     for (const Address& address : *ipv6.addresses)

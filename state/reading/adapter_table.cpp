@@ -211,7 +211,7 @@ void AddDhcp(const Record& record, Adapter& adapter)
 {
     adapter.ipv4.dhcp = record.Dhcpv4Enabled != 0;
     if (const auto server = Get(record, &Record::Dhcpv4Server))
-        if (const auto address = FromSocketAddress(*server); address && !address->IsUnspecified())
+        if (const auto address = FromSocketAddress(*server); address && IsDhcpServer(*address))
             adapter.ipv4.lease.emplace().server = *address;
     const std::size_t length = std::min<std::size_t>(Get(record, &Record::Dhcpv6ClientDuidLength).value_or(0),
                                                      std::size(record.Dhcpv6ClientDuid));

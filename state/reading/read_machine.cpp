@@ -29,13 +29,13 @@ void ReadAdapters(Reading& reading, const ReadOptions& options)
     const bool tableRead = ReadAdapterTable(reading, links);
     if (tableRead)
         ReadInterfaceTables(reading);
-    if (tableRead && options.routes)
-        ReadRouteTables(reading);
     const bool classRead = ReadClassKey(reading);
     if (!tableRead && !classRead)
         throw StateError(MakeProblem(reading.machine.problems.back().code, "ReadMachine",
                                      "Neither the adapters that run nor those that are installed can be read."));
     AddDevices(reading, ReadDevices(reading), tableRead);
+    if (tableRead && options.routes)
+        ReadRouteTables(reading);
 }
 
 void ReadPropertySheets(Reading& reading)

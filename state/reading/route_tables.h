@@ -5,8 +5,8 @@
 namespace zelk
 {
 
-/// Gives the adapters of the address table their active routes: GetIpForwardTable2 for each family, or before Vista
-/// GetIpForwardTable. Default gateways follow from the routes.
+/// Gives the adapters their active routes: GetIpForwardTable2 for each family, or before Vista GetIpForwardTable.
+/// Default gateways follow from the routes.
 void ReadRouteTables(Reading& reading);
 
 /// Adds the persistent routes to those of the adapter whose network their next hop is on, or marks them where they are
