@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -458,7 +459,10 @@ void FakeWindows::PatchRegistry()
     ADD_PATCH(m_patches, RegQueryInfoKeyW,
               [this](decltype(&::RegQueryInfoKeyW) original, auto... arguments) -> LSTATUS {
                   Count("RegQueryInfoKey");
-                  return original(arguments...);
+                  const LSTATUS result = original(arguments...);
+                  if (valuesHaveGrown) // the longest name and the largest data are those of a moment ago
+                      *std::get<8>(std::tie(arguments...)) = *std::get<9>(std::tie(arguments...)) = 0;
+                  return result;
               });
     ADD_PATCH(m_patches, RegEnumKeyExW, [this](decltype(&::RegEnumKeyExW) original, auto... arguments) -> LSTATUS {
         Count("RegEnumKeyEx");

@@ -89,6 +89,7 @@ public:
     std::map<std::string, int> calls;      ///< how often functions were called
     int growths = 0;                       ///< how often a table has grown when it is asked for again
     int liveTables = 0;                    ///< allocated and not freed
+    bool valuesHaveGrown = false;          ///< since the registry was asked for their sizes
     std::wstring goneKey;                  ///< a key with this in its path is deleted while it is read
     std::wstring deniedKey;                ///< a key with this in its path cannot be opened
 

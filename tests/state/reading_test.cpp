@@ -376,6 +376,14 @@ TEST(BadInput, TablesThatGrowBetweenTwoCalls)
     EXPECT_EQ("192.0.2.10/24 192.0.2.11/25 ", Joined(Named(machine, "static").ipv4.configured.addresses));
 }
 
+TEST(BadInput, RegistryValuesThatGrowBetweenTwoCalls)
+{
+    Office windows;
+    const Machine before = ReadMachine();
+    windows.valuesHaveGrown = true;
+    EXPECT_TRUE(before == ReadMachine());
+}
+
 TEST(BadInput, RegistryValuesOfTheWrongType)
 {
     const struct
