@@ -51,12 +51,10 @@ void ReadPropertySheets(Reading& reading)
 MachineSettings SettingsOf(StoredKey& parameters)
 {
     const auto autoconfiguration = parameters.Number(L"IPAutoconfigurationEnabled");
-    MachineSettings settings;
     if (autoconfiguration.value)
-        settings.autoconfiguration = *autoconfiguration.value != 0;
-    else if (!autoconfiguration.readable && !parameters.IsMissing())
-        settings.autoconfiguration.reset();
-    return settings;
+        return {.autoconfiguration = *autoconfiguration.value != 0};
+    const bool known = autoconfiguration.readable || parameters.IsMissing();
+    return {.autoconfiguration = known ? MachineSettings().autoconfiguration : std::nullopt};
 }
 
 } // namespace
