@@ -7,8 +7,6 @@
 #include <state/machine/problem.h>
 #include <zelk_nm/tolva.h>
 
-#include <shlwapi.h>
-
 #include "answer/render.h"
 #include "parser/command_line.h"
 #include "system/console.h"
@@ -75,7 +73,7 @@ void AddToolItself(CLI::App& parser, Command tool, Request& request)
 /// another zelkctl may be reading. So that is done only where somebody has set a level.
 std::unique_ptr<TOLVA> HonourTraceSettings()
 {
-    if (!::PathFileExistsW(LocateTrace().sTraceSettings.c_str()))
+    if (::GetFileAttributesW(LocateTrace().sTraceSettings.c_str()) == INVALID_FILE_ATTRIBUTES)
         return nullptr;
     return std::make_unique<TOLVA>();
 }
@@ -115,11 +113,11 @@ catch (const std::exception& error)
 
 } // namespace
 
-int main()
+int wmain(int count, wchar_t** ppszArguments)
 try
 {
     const Utf8Streams streams;
-    const auto arguments = ProgramArguments();
+    const auto arguments = ProgramArguments(count, ppszArguments);
     Request request;
     CLI::App parser(
         "Shows and changes the network configuration of this machine. Without a command it lists the adapters.",

@@ -17,10 +17,6 @@ struct ReleaseResource
     void operator()(HKEY hKey) const noexcept { ::RegCloseKey(hKey); }
     void operator()(HMODULE hModule) const noexcept { ::FreeLibrary(hModule); }
 };
-struct ReleaseLocalMemory
-{
-    void operator()(void* pMemory) const noexcept { ::LocalFree(pMemory); }
-};
 struct ReleaseChangeNotification
 {
     void operator()(HANDLE hChanges) const noexcept { ::FindCloseChangeNotification(hChanges); }
@@ -34,8 +30,6 @@ using UniqueHandle = Owner<HANDLE>; ///< a file, an event, a mutex, one end of a
 using UniqueKey = Owner<HKEY>;
 using UniqueModule = Owner<HMODULE>;
 using UniqueChangeNotification = Owner<HANDLE, ReleaseChangeNotification>;
-template <class Item>
-using UniqueLocalMemory = std::unique_ptr<Item, ReleaseLocalMemory>;
 
 /// Functions that open files answer INVALID_HANDLE_VALUE where others answer null.
 inline UniqueHandle OwnFile(HANDLE hFile)

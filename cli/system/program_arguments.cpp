@@ -1,24 +1,24 @@
 #include "system/program_arguments.h"
 
-#include "system/handles.h"
-#include "system/system_error.h"
 #include "system/utf8.h"
 
-#include <shellapi.h>
+/// A name of the run time: it leaves "*" and "?" of the arguments as they are. An adapter may be called so, a file is
+/// never meant.
+extern "C"
+{
+    extern int _dowildcard;
+    int _dowildcard = 0;
+}
 
 namespace zelkctl
 {
 
-std::vector<std::string> ProgramArguments()
+std::vector<std::string> ProgramArguments(int count, wchar_t** ppszArguments)
 {
-    int count = 0;
-    const UniqueLocalMemory<wchar_t*[]> arguments(::CommandLineToArgvW(::GetCommandLineW(), &count));
-    if (!arguments)
-        throw SystemError("CommandLineToArgvW");
-    std::vector<std::string> result;
+    std::vector<std::string> arguments;
     for (int i = 1; i < count; ++i)
-        result.push_back(ToUtf8(std::wstring_view(arguments[static_cast<std::size_t>(i)])));
-    return result;
+        arguments.push_back(ToUtf8(ppszArguments[i]));
+    return arguments;
 }
 
 } // namespace zelkctl

@@ -6,7 +6,7 @@
 namespace zelkctl
 {
 
-/// The arguments of the command line in UTF-8, without the program's name.
-std::vector<std::string> ProgramArguments();
+/// The arguments of wmain in UTF-8, without the program's name.
+std::vector<std::string> ProgramArguments(int count, wchar_t** ppszArguments);
 
 } // namespace zelkctl
