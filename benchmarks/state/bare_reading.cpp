@@ -163,8 +163,13 @@ void AskForEnvironment()
 
 void AskForMachine()
 {
+    AskForRunningSystem();
+    AskForIdentity();
+}
+
+void AskForRunningSystem()
+{
     AskForEnvironment();
     AskForTables();
     AskForAdapters();
-    AskForIdentity();
 }

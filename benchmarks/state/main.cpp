@@ -13,6 +13,7 @@
 #include "../paired.h"
 #include "bare_reading.h"
 #include "installed.h"
+#include "process_comparison.h"
 
 namespace
 {
@@ -66,11 +67,16 @@ try
     if (rounds < 1)
         return std::fprintf(stderr, "usage: zelk_state_bench ROUNDS FILE\n"), 2;
     const InstalledAdapters installed;
-    const Comparison comparison = Reading(installed.Count());
-    const Result result = Measure(comparison, rounds);
-    bool good =
-        Print(comparison.sWhat, result.oursMicroseconds, result.peerMicroseconds, result.ratio, comparison.target);
-    good &= CompareGrowth(argv[2], installed.Count(), result.oursMicroseconds);
+    bool good = true;
+    const auto MeasureAndPrint = [&](const Comparison& comparison) {
+        const Result result = Measure(comparison, rounds);
+        good &=
+            Print(comparison.sWhat, result.oursMicroseconds, result.peerMicroseconds, result.ratio, comparison.target);
+        return result.oursMicroseconds;
+    };
+    const double reading = MeasureAndPrint(Reading(installed.Count()));
+    good &= CompareGrowth(argv[2], installed.Count(), reading);
+    MeasureAndPrint(AdapterListProcess(installed.Count()));
     return good ? 0 : 1;
 }
 catch (const std::exception& error)
