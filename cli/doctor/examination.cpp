@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include <zelk_shared/looked_up_functions.h>
+
 #include "answer/failure.h"
 #include "doctor/adapter_examination.h"
 #include "doctor/library_version.h"
@@ -69,20 +71,21 @@ struct PlatformFunction
     const char* pszName;
     const char* pszWithout; ///< null when the library does not use it
 };
-constexpr PlatformFunction PRE_VISTA_FUNCTIONS[] = {{"SetAdapterIpAddress", "static addresses cannot be set"}};
+constexpr PlatformFunction PRE_VISTA_FUNCTIONS[] = {
+    {zelk_shared::SET_ADAPTER_IP_ADDRESS, "static addresses cannot be set"}};
 
 constexpr const char* NO_NEW_ROUTES = "routes cannot be added and default gateways cannot be set";
 constexpr PlatformFunction VISTA_FUNCTIONS[] = {
-    {"GetUnicastIpAddressTable", "addresses can neither be listed nor replaced"},
-    {"GetIpForwardTable2", "routes and default gateways can neither be listed nor replaced"},
-    {"FreeMibTable", "every list of addresses or routes stays in memory"},
-    {"ConvertInterfaceIndexToLuid", NO_NEW_ROUTES},
-    {"CreateIpForwardEntry2", NO_NEW_ROUTES},
-    {"DeleteIpForwardEntry2", "default gateways cannot be replaced"},
-    {"GetTcp6Table", "TCP connections over IPv6 cannot be listed"},
-    {"CreateUnicastIpAddressEntry", nullptr},
-    {"DeleteUnicastIpAddressEntry", nullptr},
-    {"InitializeUnicastIpAddressEntry", nullptr}};
+    {zelk_shared::GET_UNICAST_IP_ADDRESS_TABLE, "addresses can neither be listed nor replaced"},
+    {zelk_shared::GET_IP_FORWARD_TABLE2, "routes and default gateways can neither be listed nor replaced"},
+    {zelk_shared::FREE_MIB_TABLE, "every list of addresses or routes stays in memory"},
+    {zelk_shared::CONVERT_INTERFACE_INDEX_TO_LUID, NO_NEW_ROUTES},
+    {zelk_shared::CREATE_IP_FORWARD_ENTRY2, NO_NEW_ROUTES},
+    {zelk_shared::DELETE_IP_FORWARD_ENTRY2, "default gateways cannot be replaced"},
+    {zelk_shared::GET_TCP6_TABLE, "TCP connections over IPv6 cannot be listed"},
+    {zelk_shared::CREATE_UNICAST_IP_ADDRESS_ENTRY, nullptr},
+    {zelk_shared::DELETE_UNICAST_IP_ADDRESS_ENTRY, nullptr},
+    {zelk_shared::INITIALIZE_UNICAST_IP_ADDRESS_ENTRY, nullptr}};
 
 std::span<const PlatformFunction> FunctionsOf(zelk::BackEnd backEnd)
 {
@@ -95,7 +98,7 @@ Findings ExamineFunctions(const zelk::Machine& machine)
 {
     Findings findings;
     for (const PlatformFunction& function : FunctionsOf(machine.environment.backEnd))
-        if (!HasFunction(L"IPHLPAPI.DLL", function.pszName))
+        if (!HasFunction(zelk_shared::IP_HELPER, function.pszName))
             findings.push_back({function.pszWithout != nullptr ? WRONG : NOTE,
                                 std::string("IPHLPAPI.DLL has no ") + function.pszName + ": " +
                                     (function.pszWithout != nullptr ? function.pszWithout : "nothing uses it") + '.'});
@@ -105,7 +108,7 @@ Findings ExamineFunctions(const zelk::Machine& machine)
 /// Apart from the others: no back end needs it, and a boot image commonly has none.
 Findings ExaminePropertySheet(const zelk::Machine&)
 {
-    if (HasFunction(L"DEVMGR.DLL", "DeviceProperties_RunDLLW"))
+    if (HasFunction(zelk_shared::DEVICE_MANAGER, zelk_shared::DEVICE_PROPERTIES))
         return One(OK, "DEVMGR.DLL has the property sheet of devices.");
     return One(NOTE, "DEVMGR.DLL is missing or has no DeviceProperties_RunDLLW: \"adapter options\" shows nothing.");
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <state/fields/item.h>
+#include <zelk_shared/trace_files.h>
 
 #include "answer/failure.h"
 #include "system/elevation.h"
@@ -18,16 +19,14 @@ namespace
 {
 
 constexpr unsigned int DEFAULT_LEVEL = 3;
-constexpr const wchar_t* LEVEL_SECTION = L"Main";
-constexpr const wchar_t* LEVEL_KEY = L"TOLVA_TraceLevel";
 
 } // namespace
 
 TraceSettings ReadTraceSettings(const TraceLocation& location)
 {
     const unsigned int uiNone = std::size(TRACE_LEVELS);
-    const unsigned int uiStored =
-        ::GetPrivateProfileIntW(LEVEL_SECTION, LEVEL_KEY, static_cast<INT>(uiNone), location.sTraceSettings.c_str());
+    const unsigned int uiStored = ::GetPrivateProfileIntW(zelk_shared::TRACE_SECTION, zelk_shared::TRACE_KEY,
+                                                          static_cast<INT>(uiNone), location.sTraceSettings.c_str());
     const bool bDefault = uiStored >= uiNone;
     const unsigned int uiLevel = bDefault ? DEFAULT_LEVEL : uiStored;
     return {uiLevel, TRACE_LEVELS[uiLevel].pszName, bDefault, ToUtf8(location.sTraceSettings)};
@@ -35,8 +34,8 @@ TraceSettings ReadTraceSettings(const TraceLocation& location)
 
 void WriteTraceLevel(const TraceLocation& location, unsigned int uiLevel)
 {
-    if (::WritePrivateProfileStringW(LEVEL_SECTION, LEVEL_KEY, std::to_wstring(uiLevel).c_str(),
-                                     location.sTraceSettings.c_str()))
+    if (::WritePrivateProfileStringW(zelk_shared::TRACE_SECTION, zelk_shared::TRACE_KEY,
+                                     std::to_wstring(uiLevel).c_str(), location.sTraceSettings.c_str()))
         return;
     const DWORD dwError = ::GetLastError();
     const bool bElevationHelps = dwError == ERROR_ACCESS_DENIED && !IsElevated();

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include <zelk_shared/trace_files.h>
+
 namespace zelkctl
 {
 namespace
 {
 
-/// The library's own, under which it writes every line and moves the file.
-constexpr const wchar_t* MUTEX = L"TOLVA_trace.log";
 constexpr DWORD LOCK_WAIT_MS = 1000;
 
 UniqueHandle OpenForReading(const std::wstring& sPath)
@@ -65,7 +65,7 @@ std::uint64_t TraceFile::Size() const
 }
 
 TraceLock::TraceLock()
-    : m_mutex(::OpenMutexW(SYNCHRONIZE, FALSE, MUTEX)),
+    : m_mutex(::OpenMutexW(SYNCHRONIZE, FALSE, zelk_shared::TRACE_FILE)),
       m_bHeld(m_mutex && IsHeldAfter(::WaitForSingleObject(m_mutex.get(), LOCK_WAIT_MS)))
 {
 }

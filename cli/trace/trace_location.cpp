@@ -5,6 +5,7 @@
 
 #include <state/platform/registry_keys.h>
 #include <zelk_nm/tolva.h>
+#include <zelk_shared/trace_files.h>
 
 #include "system/local_machine.h"
 #include "system/utf8.h"
@@ -13,6 +14,8 @@ namespace zelkctl
 {
 namespace
 {
+
+using namespace zelk_shared;
 
 bool IsDirectory(const std::wstring& sPath)
 {
@@ -31,20 +34,19 @@ bool IsMiniNT52()
 std::wstring LogDirectoryOf(const std::wstring& sProgramDirectory, const std::wstring& sLogSettings)
 {
     wchar_t directory[260]; // the library cuts it there too
-    const DWORD length =
-        ::GetPrivateProfileStringW(L"File Locations", L"Logfiles", (sProgramDirectory + L"\\Logfiles").c_str(),
-                                   directory, std::size(directory), sLogSettings.c_str());
+    const DWORD length = ::GetPrivateProfileStringW(LOG_SECTION, LOG_KEY, (sProgramDirectory + LOG_DIRECTORY).c_str(),
+                                                    directory, std::size(directory), sLogSettings.c_str());
     return {directory, length};
 }
 
 TraceLocation LocateBeside(const std::wstring& sProgramDirectory)
 {
     TraceLocation location;
-    location.sLogSettings = sProgramDirectory + L"\\zlk.ini";
-    location.sTraceSettings = (IsMiniNT52() ? L"Z:\\ZELK" : sProgramDirectory) + L"\\trace.ini";
+    location.sLogSettings = sProgramDirectory + LOG_SETTINGS;
+    location.sTraceSettings = (IsMiniNT52() ? BOOT_IMAGE_DIRECTORY : sProgramDirectory) + TRACE_SETTINGS;
     location.sDirectory = LogDirectoryOf(sProgramDirectory, location.sLogSettings);
-    location.sFile = location.sDirectory + L"\\TOLVA_trace.log";
-    location.sRotatedFile = location.sDirectory + L"\\TOLVA_trace.old";
+    location.sFile = location.sDirectory + L'\\' + TRACE_FILE;
+    location.sRotatedFile = location.sFile.substr(0, location.sFile.rfind(L'.')) + PREVIOUS_EXTENSION;
     return location;
 }
 

@@ -12,6 +12,7 @@
 #include <support/platform/module_path.h>
 #include <support/registry/environment.h>
 #include <support/values/ipv6_groups.h>
+#include <zelk_shared/trace_files.h>
 
 namespace
 {
@@ -134,7 +135,7 @@ void CTrace::RotateLog()
     const std::size_t position = sBackup.rfind(L'.');
     if (position != velmor::string::npos)
         sBackup.erase(position);
-    sBackup += L".old";
+    sBackup += zelk_shared::PREVIOUS_EXTENSION;
     // Every load starts a new file, whether the copy succeeded or not.
     ::CopyFileW(m_sLogPath.c_str(), sBackup.c_str(), FALSE);
     ::DeleteFileW(m_sLogPath.c_str());
@@ -146,9 +147,12 @@ void CTrace::GetLogDirectory(velmor::string& sDir)
     {
         velmor::string sModuleDir;
         CTrace::GetModuleDirectory(sModuleDir);
-        const velmor::string sBase =
-            m_ulEnvironment == ENVIRONMENT_ON_Z ? velmor::string(L"Z:\\ZELK\\Logfiles") : sModuleDir + L"\\Logfiles";
-        m_sLogDir = velmor::ReadProfileText(L"File Locations", L"Logfiles", sBase, sModuleDir + L"\\zlk.ini");
+        velmor::string sBase = sModuleDir;
+        if (m_ulEnvironment == ENVIRONMENT_ON_Z)
+            sBase = zelk_shared::BOOT_IMAGE_DIRECTORY;
+        sBase += zelk_shared::LOG_DIRECTORY;
+        m_sLogDir = velmor::ReadProfileText(zelk_shared::LOG_SECTION, zelk_shared::LOG_KEY, sBase,
+                                            sModuleDir + zelk_shared::LOG_SETTINGS);
     }
     sDir = m_sLogDir;
 }
@@ -180,11 +184,12 @@ void CTrace::SetTraceLevel(unsigned int uiSetting)
 void CTrace::ReadTraceLevel()
 {
     constexpr INT NO_SETTING = 5;
-    velmor::string sDir = L"Z:\\ZELK";
+    velmor::string sDir = zelk_shared::BOOT_IMAGE_DIRECTORY;
     if (m_ulEnvironment != ENVIRONMENT_ON_Z)
         GetModuleDirectory(sDir);
-    const velmor::string sSettings = sDir + L"\\trace.ini";
-    SetTraceLevel(::GetPrivateProfileIntW(L"Main", m_sLevelKey.c_str(), NO_SETTING, sSettings.c_str()));
+    const velmor::string sSettings = sDir + zelk_shared::TRACE_SETTINGS;
+    SetTraceLevel(
+        ::GetPrivateProfileIntW(zelk_shared::TRACE_SECTION, m_sLevelKey.c_str(), NO_SETTING, sSettings.c_str()));
 }
 
 void CTrace::ResetLog(const velmor::string& sDir, unsigned int uiSetting)
