@@ -134,8 +134,8 @@ private:
                 CheckOnLink(PlaceOf(place, i), address);
             if (std::cmp_less(std::ranges::find(gateways, address, &Gateway::address) - gateways.begin(), i))
                 Refuse(PlaceOf(place, i), address.ToText() + " stands in the list twice");
-            if (gateways[i].metric)
-                CheckMetric(PlaceOf(place, i) + "/metric", *gateways[i].metric);
+            if (const auto& metric = gateways[i].metric)
+                CheckMetric(PlaceOf(place, i) + "/metric", *metric);
         }
         (void)family;
     }

@@ -63,7 +63,8 @@ std::string UniqueName(const Machine& machine, const Adapter& adapter)
 {
     const std::string name = NameOf(adapter);
     const auto found = FindAdapters(machine, name);
-    return found.size() == 1 && found.front() == &adapter ? name : "guid:" + adapter.guid->ToText();
+    const bool unique = found.size() == 1 && found.front() == &adapter;
+    return unique || !adapter.guid ? name : "guid:" + adapter.guid->ToText();
 }
 
 /// Empties each part of an adapter that does not stand as it is written down.

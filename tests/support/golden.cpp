@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <support/files.h>
-#include <support/printers.h>
 
 namespace testing_support
 {
@@ -45,16 +44,6 @@ std::string Show(std::wstring_view sText)
     return sBytes;
 }
 
-std::string Show(const velmor::string& sText)
-{
-    return Show(std::wstring_view(sText.c_str(), sText.size()));
-}
-
-std::string Show(const velmor::ip_address& address)
-{
-    return address.is_valid() ? Show(velmor::string(address)) : "<invalid>";
-}
-
 std::string Show(const RegistryData& data)
 {
     if (data == RegistryData())
@@ -68,28 +57,6 @@ std::string Show(const RegistryData& data)
     if (data.dwType == REG_MULTI_SZ && sText.ends_with(L'\0'))
         return "REG_MULTI_SZ " + std::regex_replace(Show(std::wstring_view(sText)), std::regex("\\x00"), "|");
     return "type " + Show(data.dwType) + ':' + ShowBytes(data.bytes);
-}
-
-std::string Show(const TOLVA::ROUTE_INFO& route)
-{
-    return Show(route.Destination, "prefix", route.PrefixLength, "via", route.NextHop, "if", route.ulIndex, "metric",
-                route.ulMetric);
-}
-
-std::string Show(const TOLVA::ASSOC_IP_ADDR& address)
-{
-    return Show(address.IpAddress, "prefix", address.SubnetPrefix, "if", address.ulIndex,
-                address.bAutomatic ? "automatic" : "manual", "dad", static_cast<int>(address.enDadState), "scope",
-                address.ScopeId.Value);
-}
-
-std::string Show(const TOLVA::NIC_INFO& NicInfo)
-{
-    std::string sAll;
-    for (const auto* p : {&NicInfo.sNicGuid, &NicInfo.sNicName, &NicInfo.sNicDesc, &NicInfo.sNicFriendlyName,
-                          &NicInfo.sNicEnum, &NicInfo.sNicPci, &NicInfo.sNicType, &NicInfo.sNicHwAddr})
-        sAll += (sAll.empty() ? "" : "|") + Show(*p);
-    return sAll;
 }
 
 Golden::Golden(const std::string& sPart) : m_sPart(sPart) {}
