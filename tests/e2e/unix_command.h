@@ -8,11 +8,11 @@
 
 /// Runs a command of the system that Wine runs on, in the same network namespace. True when it succeeded; `sOutput` is
 /// what it wrote. It may hold no double quotes. Such a process cannot be waited on: it ends by renaming its exit code
-/// into place.
-inline bool RunUnix(const std::string& sCommand, std::string& sOutput)
+/// into place, in a folder on the drive that is the Unix root.
+inline bool RunUnix(const std::string& sCommand, std::string& sOutput,
+                    const std::filesystem::path& folder = testing_support::BesideProgram(L""))
 {
     constexpr ULONGLONG PATIENCE_MS = 10000;
-    const std::filesystem::path folder = testing_support::BesideProgram(L""); // on the drive that is the Unix root
     const std::string sUnix = folder.generic_string().substr(2) + "/unix-" + std::to_string(::GetCurrentProcessId());
     const std::filesystem::path done = "Z:" + sUnix + ".done";
     std::string sLine = "sh -c \"PATH=/usr/sbin:/usr/bin:/sbin:/bin; (" + sCommand + ") >" + sUnix +

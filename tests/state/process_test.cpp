@@ -1,0 +1,53 @@
+// Commands of the system: how they are told their arguments, and how one that does not end is ended.
+
+#include <gtest/gtest.h>
+
+#include <state/apply/command_line.h>
+#include <state/apply/process.h>
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+using namespace zelk;
+
+namespace
+{
+
+TEST(CommandLine, IsReadBackByTheSystem)
+{
+    const std::vector<std::wstring> arguments = {L"plain",  L"",          L"two words",    L"a\"b",
+                                                 L"\\",     L"end \\",    L"\\\\\"\\",     L"%PATH%",
+                                                 L"a&b|c>", L"tab\there", L"trailing\\\\", L"^caret"};
+    int count = 0;
+    wchar_t** const read = ::CommandLineToArgvW(MakeCommandLine(L"C:\\a b\\x.exe", arguments).c_str(), &count);
+    ASSERT_EQ(static_cast<int>(arguments.size()) + 1, count);
+    EXPECT_STREQ(L"C:\\a b\\x.exe", read[0]);
+    for (std::size_t i = 0; i < arguments.size(); ++i)
+        EXPECT_EQ(arguments[i], read[i + 1]);
+    ::LocalFree(read);
+}
+
+TEST(Process, TellsExitCodeAndOutput)
+{
+    const auto never = [] { return false; };
+    const auto done = RunSystemProgram(L"cmd.exe", {L"/c", L"echo text& exit 3"}, std::chrono::seconds(30), never);
+    EXPECT_EQ(3u, done.exitCode);
+    EXPECT_EQ("text\r\n", done.output);
+    const auto missing = RunSystemProgram(L"no-such-command.exe", {}, std::chrono::seconds(30), never);
+    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, missing.error);
+    EXPECT_FALSE(missing.exitCode);
+}
+
+TEST(Process, IsEndedWhenTimeIsOverOrOnDemand)
+{
+    const std::vector<std::wstring> endless = {L"/c", L"for /L %i in (1,0,2) do @echo endless"};
+    const auto late = RunSystemProgram(L"cmd.exe", endless, std::chrono::milliseconds(300), [] { return false; });
+    EXPECT_TRUE(late.timedOut);
+    EXPECT_FALSE(late.exitCode);
+    EXPECT_LE(late.output.size(), 65536u);
+    const auto stopped = RunSystemProgram(L"cmd.exe", endless, std::chrono::seconds(60), [] { return true; });
+    EXPECT_TRUE(stopped.cancelled);
+}
+
+} // namespace
