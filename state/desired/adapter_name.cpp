@@ -3,20 +3,12 @@
 #include <algorithm>
 #include <charconv>
 
+#include <state/platform/utf8.h>
+
 namespace zelk
 {
 namespace
 {
-
-char Lower(char c) noexcept
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool EqualIgnoringCase(std::string_view left, std::string_view right) noexcept
-{
-    return std::ranges::equal(left, right, {}, Lower, Lower);
-}
 
 bool HasName(const Adapter& adapter, std::string_view wanted)
 {

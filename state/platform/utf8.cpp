@@ -34,6 +34,16 @@ std::wstring WithoutLoneSurrogates(std::wstring_view text)
     return result;
 }
 
+std::wstring UpperCase(std::string_view text)
+{
+    const std::wstring wide = FromUtf8(text);
+    const int length = static_cast<int>(wide.size());
+    std::wstring result(wide.size(), L'\0');
+    if (length > 0)
+        ::LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, wide.c_str(), length, result.data(), length);
+    return result;
+}
+
 } // namespace
 
 std::string ToUtf8(std::wstring_view text)
@@ -61,6 +71,11 @@ std::wstring FromUtf8(std::string_view text)
     const int length = size > 0 ? ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, result.data(), size) : 0;
     result.resize(static_cast<std::size_t>(length));
     return result;
+}
+
+bool EqualIgnoringCase(std::string_view left, std::string_view right)
+{
+    return UpperCase(left) == UpperCase(right);
 }
 
 } // namespace zelk
