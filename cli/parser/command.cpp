@@ -125,7 +125,8 @@ Command Command::AddVerb(const CommandHelp& help)
 
 void Command::AddRemark(const std::string& sRemark)
 {
-    m_pParser->footer(m_pParser->get_footer() + "\n\n" + sRemark);
+    const std::string sBefore = m_pParser->get_footer();
+    m_pParser->footer(sBefore + (sBefore.empty() ? "" : "\n\n") + sRemark);
 }
 
 GivenText Command::AddArgument(const ParameterHelp& help)

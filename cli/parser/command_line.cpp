@@ -100,13 +100,16 @@ Failure UnknownWord(const CLI::App& command, const std::string& sWord)
     return Misuse(Quoted(sWord) + pszKind + sCommand, Suggestion(sWord, verbs) + ListOfVerbs(command));
 }
 
+void RefuseUnknownWords(const CLI::App& tool)
+{
+    for (const CLI::App* pCommand : ChosenCommands(tool))
+        if (const auto unknown = pCommand->remaining(false); !unknown.empty())
+            throw UnknownWord(*pCommand, unknown.front());
+}
+
 Failure FailureOf(const CLI::App& tool, const CLI::ParseError& error)
 {
-    const auto commands = ChosenCommands(tool);
-    for (const CLI::App* pCommand : commands)
-        if (const auto unknown = pCommand->remaining(false); !unknown.empty())
-            return UnknownWord(*pCommand, unknown.front());
-    const CLI::App& last = *commands.back();
+    const CLI::App& last = *ChosenCommands(tool).back();
     if (!VerbsOf(last).empty() && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
         return MissingVerb(last);
     return Misuse(Printable(error.what()), "Run \"" + FullName(last) + " --help\" to see how it is used.");
@@ -126,11 +129,13 @@ void ReadCommandLine(CLI::App& parser, std::vector<std::string> arguments, Reque
     }
     catch (const CLI::CallForHelp&)
     {
+        RefuseUnknownWords(parser);
         request.answer = [sHelp = parser.help()] { return Answer{.value = {}, .text = sHelp}; };
         request.form = {};
     }
     catch (const CLI::ParseError& error)
     {
+        RefuseUnknownWords(parser);
         throw FailureOf(parser, error);
     }
 }

@@ -22,6 +22,7 @@ TEST_F(CommandLine, ExplainsWhatIsWrongWithIt)
          "Did you mean \"list\"? The verbs are list,"},
         {L"adaptr list", "\"adaptr\" is not a command", "Did you mean \"adapter\"?"},
         {L"LIST", "\"LIST\" is not a command", "The commands are show,"},
+        {L"help adapter lst", "\"lst\" is not a verb of \"zelkctl adapter\"", "Did you mean \"list\"?"},
         {L"adapter", "\"zelkctl adapter\" needs a verb", "The verbs are list,"},
         {L"adapter list --jsn", "has no option \"--jsn\"", "Did you mean \"--json\"?"},
         {L"dns list lan0 lan1", "\"lan1\" is one argument too many", "--help"},
