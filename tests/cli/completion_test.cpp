@@ -1,10 +1,14 @@
 #include <gmock/gmock.h>
 
+#include <e2e/unix_command.h>
+
 #include "installed_adapter.h"
 #include "zelkctl_test.h"
 
 using testing::HasSubstr;
 using testing::Not;
+using testing_support::BesideProgram;
+using testing_support::WriteFileBytes;
 
 namespace
 {
@@ -39,8 +43,16 @@ TEST_F(Completion, KnowsAdapters)
 
 TEST_F(Completion, ScriptsAskTheTool)
 {
-    for (const wchar_t* pszShell : {L"bash", L"powershell"})
-        EXPECT_THAT(Run(std::wstring(L"completion ") + pszShell).sOut, HasSubstr("__complete"));
+    EXPECT_THAT(Run(L"completion powershell").sOut, HasSubstr("__complete"));
+    const std::filesystem::path file = BesideProgram(L"completion.bash"); // on the drive that is the Unix root
+    WriteFileBytes(file,
+                   Run(L"completion bash").sOut + // a function stands in for the tool
+                       "zelkctl() { printf '%s\\n' \"$*\" 'Local Area'; }\n"
+                       "COMP_LINE='zelkctl dns list Lo' COMP_POINT=19 COMP_WORDS=(zelkctl dns list Lo) COMP_CWORD=3\n"
+                       "_zelkctl\nprintf '%s\\n' \"${COMPREPLY[@]}\"\n");
+    std::string sOutput;
+    ASSERT_TRUE(RunUnix("bash '" + file.generic_string().substr(2) + '\'', sOutput)) << sOutput;
+    EXPECT_EQ("__complete\\ --\\ dns\\ list\\ Lo\nLocal\\ Area\n", sOutput);
 }
 
 } // namespace

@@ -47,7 +47,7 @@ Zelkctl::Zelkctl(const std::wstring& sArguments, const Start& start)
     const Handle token = Token(start.bElevated);
     if (!::CreateProcessAsUserW(token.get(), nullptr, sCommand.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                                 &startup, &process))
-        throw std::runtime_error("zelkctl.exe did not start");
+        throw std::runtime_error("zelkctl.exe did not start: error " + std::to_string(::GetLastError()));
     ::CloseHandle(process.hThread);
     m_process.reset(process.hProcess);
 }
