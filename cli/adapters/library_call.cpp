@@ -30,7 +30,7 @@ std::string HintFor(const zelk::Adapter* pAdapter, const TraceReader& trace, boo
         return "Create the directory " + ToUtf8(trace.Directory()) +
                "; the library writes there why an operation fails.";
     if (trace.Problems().empty())
-        return "\"zelkctl trace level\" shows how much is traced; reasons of failures are traced from level 1 on.";
+        return "\"zelkctl trace level\" shows how much is traced; the reasons for failures are traced from level 1 on.";
     const std::string sHint = pAdapter != nullptr ? HintAbout(*pAdapter, bNeedsIpv6) : "";
     if (!sHint.empty() || IsElevated())
         return sHint;

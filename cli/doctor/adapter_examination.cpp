@@ -93,14 +93,11 @@ struct Item
     const char* pszWithout;
 };
 constexpr Item ITEMS[] = {
-    {HasClassKey, ClassKeyValues, WRONG,
-     "no subkey of the network class key belongs to it, so that nothing else is found"},
+    {HasClassKey, ClassKeyValues, WRONG, "it has no subkey under the network class key, so its driver cannot be found"},
     {HasDescription, DescriptionValues, WRONG, "it has no description"},
-    {HasDevice, DeviceValues, WRONG, "its device is not known, so that it can be neither enabled nor disabled"},
-    {HasConnectionName, NameValues, WRONG,
-     "it has no connection name, so that netsh and ipconfig cannot be told which adapter is meant"},
-    {HasInterface, InterfaceValues, NOTE,
-     "its driver offers no LAN device interface, so that its options cannot be shown"}};
+    {HasDevice, DeviceValues, WRONG, "its device is not known, so it can be neither enabled nor disabled"},
+    {HasConnectionName, NameValues, WRONG, "it has no connection name, by which netsh and ipconfig would know it"},
+    {HasInterface, InterfaceValues, NOTE, "its driver offers no LAN device interface, so its options cannot be shown"}};
 
 void ExamineItems(const zelk::Adapter& adapter, std::vector<Finding>& findings)
 {
@@ -110,7 +107,7 @@ void ExamineItems(const zelk::Adapter& adapter, std::vector<Finding>& findings)
         if (item.pIsKnown(adapter))
             continue;
         bComplete &= item.severity != WRONG;
-        const char* pszRemedy = item.severity == WRONG ? ". Installing its driver again writes what is missing." : ".";
+        const char* pszRemedy = item.severity == WRONG ? ". Reinstalling its driver restores what is missing." : ".";
         findings.push_back({item.severity, "Adapter " + Quoted(adapter) + ": " + item.pszWithout + pszRemedy,
                             zelk::NameOf(adapter), item.pValues(adapter)});
     }
@@ -139,7 +136,7 @@ std::optional<Finding> FindingOf(const zelk::Adapter& adapter)
         return Finding{NOTE, sAdapter + " is disabled. \"zelkctl adapter enable " + sName + "\" enables it.", sName};
     case zelk::AdapterStatus::FAILED: return Finding{WRONG, sAdapter + " does not start" + sProblem + '.', sName};
     case zelk::AdapterStatus::NOT_PRESENT:
-        return Finding{NOTE, sAdapter + " is installed, but its device is not in the machine.", sName};
+        return Finding{NOTE, sAdapter + " is installed, but its device is not present.", sName};
     default: return std::nullopt;
     }
 }
@@ -162,7 +159,7 @@ std::vector<Finding> ExamineAdapters(const zelk::Machine& machine)
     }
     const bool bNone = working == 0;
     const std::string sNone = findings.empty() ? "This machine has no network adapter; a driver may be missing."
-                                               : "No network adapter of this machine works.";
+                                               : "No network adapter on this machine works.";
     findings.insert(findings.begin(), {bNone ? NOTE : OK,
                                        bNone ? sNone : "Network adapters that work: " + std::to_string(working) + '.'});
     return findings;

@@ -54,14 +54,15 @@ Findings ExamineTrace(const zelk::Machine&)
     const TraceLocation location = LocateTrace();
     const std::string sName = "The log directory " + ToUtf8(location.sDirectory);
     if (!location.HasDirectory())
-        return One(WRONG, sName + " is missing, so that reasons of failures are not known. Create it.");
+        return One(WRONG, sName + " is missing, so the reasons for failures are not recorded. Create it.");
     if (!IsWritable(location.sDirectory))
-        return One(WRONG, sName + " is not writable, so that reasons of failures are not known. Make it writable for "
-                                  "this user.");
+        return One(WRONG, sName +
+                              " is not writable, so the reasons for failures are not recorded. Make it writable for "
+                              "this user.");
     Findings findings = One(OK, sName + " exists and is writable.");
     if (ReadTraceSettings(location).uiLevel == 0)
-        findings.push_back({NOTE, "The trace level is 0, so that reasons of failures are not known. \"zelkctl trace "
-                                  "level 1\" has them traced."});
+        findings.push_back({NOTE, "The trace level is 0, so the reasons for failures are not recorded. \"zelkctl trace "
+                                  "level 1\" records them."});
     return findings;
 }
 
@@ -78,7 +79,7 @@ constexpr const char* NO_NEW_ROUTES = "routes cannot be added and default gatewa
 constexpr PlatformFunction VISTA_FUNCTIONS[] = {
     {zelk_shared::GET_UNICAST_IP_ADDRESS_TABLE, "addresses can neither be listed nor replaced"},
     {zelk_shared::GET_IP_FORWARD_TABLE2, "routes and default gateways can neither be listed nor replaced"},
-    {zelk_shared::FREE_MIB_TABLE, "every list of addresses or routes stays in memory"},
+    {zelk_shared::FREE_MIB_TABLE, "the memory of address and route lists is never freed"},
     {zelk_shared::CONVERT_INTERFACE_INDEX_TO_LUID, NO_NEW_ROUTES},
     {zelk_shared::CREATE_IP_FORWARD_ENTRY2, NO_NEW_ROUTES},
     {zelk_shared::DELETE_IP_FORWARD_ENTRY2, "default gateways cannot be replaced"},
@@ -109,7 +110,7 @@ Findings ExamineFunctions(const zelk::Machine& machine)
 Findings ExaminePropertySheet(const zelk::Machine&)
 {
     if (HasFunction(zelk_shared::DEVICE_MANAGER, zelk_shared::DEVICE_PROPERTIES))
-        return One(OK, "DEVMGR.DLL has the property sheet of devices.");
+        return One(OK, "DEVMGR.DLL can show the property sheets of devices.");
     return One(NOTE, "DEVMGR.DLL is missing or has no DeviceProperties_RunDLLW: \"adapter options\" shows nothing.");
 }
 

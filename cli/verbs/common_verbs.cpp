@@ -43,8 +43,8 @@ Failure NotReadable(const zelk::Adapter& adapter)
 GivenAdapter AddAdapterArgument(Command verb)
 {
     const auto wanted = verb.AddArgument({ADAPTER_ARGUMENT,
-                                          "Its name, GUID, index or hardware address; put \"name:\", \"guid:\", "
-                                          "\"index:\" or \"mac:\" before it to say which",
+                                          "Its name, GUID, index or hardware address; if that is ambiguous, put "
+                                          "\"name:\", \"guid:\", \"index:\" or \"mac:\" before it",
                                           ADAPTER_FORM});
     return [wanted] { return FindAdapter(zelk::ReadMachine({.identity = false}), wanted()); };
 }

@@ -57,7 +57,7 @@ void AddSet(Command noun)
         "They replace those of both families. The first one is used at once, the others when the adapter is\n"
         "configured again.");
     const auto adapter = AddAdapterArgument(verb);
-    const auto servers = verb.AddArguments({"SERVER", "The servers in their order of preference", "ADDRESS"});
+    const auto servers = verb.AddArguments({"SERVER", "The servers, in order of preference", "ADDRESS"});
     MakeChangeVerb(verb, [adapter, servers] {
         const auto wanted = ParseAddresses("SERVER", servers());
         return SetServers(adapter(), wanted);
@@ -92,15 +92,15 @@ void AddReturn(Command noun)
 void AddDnsCommands(Command tool)
 {
     Command noun = tool.AddNoun({"dns", "DNS servers of an adapter", "dns list lan0 --json"});
-    AddAdapterListVerb(
-        noun, {{"list", "Show the DNS servers that one adapter uses, in their order of preference", "dns list lan0"},
-               {"ipv4.dnsServers", "ipv6.dnsServers"},
-               {{"address", "Address"}},
-               DNS_SERVER_RECORD,
-               "The adapter has no DNS servers."});
+    AddAdapterListVerb(noun,
+                       {{"list", "Show the DNS servers that one adapter uses, in order of preference", "dns list lan0"},
+                        {"ipv4.dnsServers", "ipv6.dnsServers"},
+                        {{"address", "Address"}},
+                        DNS_SERVER_RECORD,
+                        "The adapter has no DNS servers."});
     AddSet(noun);
     AddAdapterPartVerb(
-        noun, {"status", "Show the DNS servers that one adapter uses beside the static ones", "dns status lan0"},
+        noun, {"status", "Show the DNS servers in use and the static ones of one adapter", "dns status lan0"},
         {"ipv4.dnsServers", "ipv4.configured.dnsServers", "ipv6.dnsServers", "ipv6.configured.dnsServers"});
     AddReturn(noun);
 }

@@ -81,8 +81,7 @@ void AddGatewayCommands(Command tool)
                               "The adapter has no default gateway."});
     AddSet(noun);
     AddAdapterPartVerb(
-        noun,
-        {"status", "Show the default gateways that one adapter uses beside the static ones", "gateway status lan0"},
+        noun, {"status", "Show the default gateways in use and the static ones of one adapter", "gateway status lan0"},
         {"ipv4.gateways", "ipv4.configured.gateways", "ipv6.gateways", "ipv6.configured.gateways"});
     AddReturn(noun);
 }

@@ -141,8 +141,9 @@ void AddShow(Command noun)
     Command verb =
         noun.AddVerb({"show", "Show what the library traced, oldest first", "trace show --errors --operation dhcp"});
     verb.AddFormOptions(ShownFields<TraceRecord>());
-    verb.AddRemark("The trace covers the last two times that a program loaded the library; each run of zelkctl loads "
-                   "it.\nWith --follow, --json prints one object with these fields per line, without an envelope.");
+    verb.AddRemark(
+        "The trace covers the last two times that a program loaded the library, as each run of "
+        "zelkctl does.\nWith --follow, --json prints one object with these fields per line, without an envelope.");
     const auto errors = verb.AddFlag("--errors", "Only errors and warnings");
     const auto follow = verb.AddFlag("--follow", "Continue with new lines as they are traced, until Ctrl+C");
     const auto operation = verb.AddOption({"--operation", "Only operations whose name contains this text", "NAME"});
@@ -210,7 +211,7 @@ void AddPath(Command noun)
 
 void AddTraceCommands(Command tool)
 {
-    Command noun = tool.AddNoun({TRACE_NOUN, "What the library traced, and how much it traces", "trace show --errors"});
+    Command noun = tool.AddNoun({TRACE_NOUN, "The trace of the library, and its level", "trace show --errors"});
     AddShow(noun);
     AddLevel(noun);
     AddPath(noun);

@@ -176,7 +176,7 @@ void ReadIpv4(Adapter& adapter, const std::wstring& guid, const MachineSettings&
 {
     IpSettings& ipv4 = adapter.ipv4;
     StoredKey key = OpenOwnKey(adapter, IPV4_INTERFACES + guid, ipv4.enabled.value_or(false),
-                               "What is configured of IPv4 is not known.");
+                               "The configured IPv4 settings are not known.");
     ConfiguredIp& configured = ipv4.configured;
     if (const auto dhcp = key.Number(L"EnableDHCP"); dhcp.value)
         configured.dhcp = *dhcp.value != 0;
@@ -216,7 +216,7 @@ void ReadIpv6(Adapter& adapter, const std::wstring& guid, bool vista)
 {
     IpSettings& ipv6 = adapter.ipv6;
     StoredKey key = OpenOwnKey(adapter, IPV6_INTERFACES + guid, ipv6.enabled.value_or(false) && vista,
-                               "What is configured of IPv6 is not known.");
+                               "The configured IPv6 settings are not known.");
     if (const auto state = key.Number(L"Dhcpv6State"); state.value)
         ipv6.dhcp = *state.value != 0;
     ReadInterfaceSettings(key, ipv6, vista);
@@ -234,7 +234,7 @@ std::optional<NetbiosSetting> Netbios(StoredKey& key, std::wstring_view name)
     case 0: return NetbiosSetting::DHCP;
     case 1: return NetbiosSetting::ENABLED;
     case 2: return NetbiosSetting::DISABLED;
-    default: return key.Refuse<NetbiosSetting>(name, "is none of 0, 1 and 2").value;
+    default: return key.Refuse<NetbiosSetting>(name, "is not 0, 1 or 2").value;
     }
 }
 

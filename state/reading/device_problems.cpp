@@ -31,7 +31,7 @@ constexpr Text TEXTS[] = {
     {33, "The system cannot determine which resources the device needs."},
     {34, "The system cannot determine the settings of the device."},
     {35, "The firmware of the machine does not include enough information to configure the device."},
-    {36, "The device asks for another type of interrupt than it is configured for."},
+    {36, "The device requests a different type of interrupt than it is configured for."},
     {37, "The driver failed to initialise the device."},
     {38, "An earlier instance of the driver is still in memory."},
     {39, "The driver is corrupted or missing."},
@@ -59,7 +59,7 @@ std::string DeviceProblemText(std::uint32_t code)
     for (const Text& known : TEXTS)
         if (known.code == code)
             return known.text;
-    return "The device does not run for a reason that has no text here.";
+    return "The device does not work, for an unlisted reason.";
 }
 
 } // namespace zelk
