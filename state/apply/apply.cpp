@@ -4,9 +4,11 @@
 #include <future>
 #include <thread>
 
+#include <state/apply/ipv6_binding.h>
 #include <state/apply/library_call.h>
 #include <state/apply/process.h>
 #include <state/apply/stored_routes.h>
+#include <state/apply/stored_settings.h>
 #include <state/desired/standing.h>
 #include <state/plan/restore.h>
 #include <state/platform/system_message.h>
@@ -88,8 +90,10 @@ private:
         const Adapter* const adapter = result.step.guid ? FindAdapter(machine, *result.step.guid) : nullptr;
         if (result.step.guid && adapter == nullptr)
             return Fail(result, StepOutcome::FAILED, "The adapter has gone.");
+        const auto explain = m_options.watchLibrary ? m_options.watchLibrary() : nullptr;
         if (!Call(call, adapter))
-            return Fail(result, StepOutcome::FAILED, MeansOf(result.step.action) + " failed; its trace says why.");
+            return Fail(result, StepOutcome::FAILED,
+                        MeansOf(result.step.action) + " failed" + (explain ? ": " + explain() : std::string()) + '.');
         if (call.operation == LibraryOperation::ENABLE_ADAPTER ||
             call.operation == LibraryOperation::SET_HARDWARE_ADDRESS)
             AwaitDevice(*result.step.guid);
@@ -100,6 +104,20 @@ private:
         result.error = ChangeStoredRoute(route);
         if (result.error != 0)
             Fail(result, StepOutcome::FAILED, ErrorText("Changing the stored routes", result.error));
+    }
+
+    void Do(const StoredSetting& setting, const Machine&, StepResult& result) const
+    {
+        result.error = ChangeStoredSetting(*result.step.guid, setting);
+        if (result.error != 0)
+            Fail(result, StepOutcome::FAILED, ErrorText("Changing the registry", result.error));
+    }
+
+    void Do(const Ipv6Binding& binding, const Machine&, StepResult& result) const
+    {
+        result.error = BindIpv6(*result.step.guid, binding.wanted);
+        if (result.error != 0)
+            Fail(result, StepOutcome::FAILED, ErrorText("INetCfg", result.error));
     }
 
     /// A device takes a moment until the protocols know it. If they never do, the next step says so.

@@ -30,6 +30,9 @@ struct ApplyOptions
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     bool keep = false; ///< a failed change is not undone
     std::function<void(const Progress&)> progress;
+    /// Called before each operation of TOLVA, on the thread that calls it. What it gives is called when the operation
+    /// has failed, and tells why: the trace of the library says.
+    std::function<std::function<std::string()>()> watchLibrary;
     std::function<bool()> isCancelled; ///< asked several times a second, on the caller's thread
 };
 

@@ -72,6 +72,11 @@ private:
             CheckMetric(place + "/metric", *metric);
         if (ip.mtu)
             CheckMtu(place + "/mtu", family, *ip.mtu);
+        if (ip.dnsSuffix)
+            Refuse(place + "/dnsSuffix", RefuseAsDnsSuffix(*ip.dnsSuffix));
+        const bool hasList = (ip.addresses && !ip.addresses->empty()) || (ip.gateways && !ip.gateways->empty());
+        if (ip.enabled == false && hasList)
+            Refuse(place, "cannot have addresses or gateways where \"enabled\" is false");
     }
 
     void CheckAddresses(const std::string& place, const Prefixes& addresses)

@@ -60,10 +60,17 @@ Json IpSchema(Family family)
          {"dnsServers", "Exactly these servers in this order, or automatic.", OrAutomatic(ListOf(address))},
          {"metric", "Metric of the interface, or automatic.", OrAutomatic(Number(1, 9999))},
          {"mtu", "Largest packet, in bytes.", Number(family == Family::IPV4 ? 576 : 1280, 65535)}});
-    if (family == Family::IPV4)
+    const auto add = [&](const char* key, const char* help, Json one) {
+        one["description"] = help;
+        schema["properties"][key] = std::move(one);
+    };
+    if (family == Family::IPV6)
+        add("enabled", "Whether IPv6 is bound to the adapter.", SchemaOfType("boolean"));
+    else
     {
-        schema["properties"]["dhcp"] = SchemaOfType("boolean");
-        schema["properties"]["dhcp"]["description"] = "Whether the adapter is a DHCP client; false with addresses.";
+        add("dhcp", "Whether the adapter is a DHCP client; false with addresses.", SchemaOfType("boolean"));
+        add("dnsSuffix", "DNS suffix of the connection; empty for none.", SchemaOfType("string"));
+        add("netbios", "NetBIOS over TCP/IP, or as the DHCP server says.", {{"enum", {"dhcp", "enabled", "disabled"}}});
     }
     return schema;
 }

@@ -32,6 +32,8 @@ struct DesiredRoute
 /// What an adapter shall have of one family.
 struct DesiredIp
 {
+    /// IPv6 only: whether the protocol is bound to the adapter.
+    std::optional<bool> enabled;
     /// IPv4 only. False is implied by `addresses`.
     std::optional<bool> dhcp;
     /// Static addresses, in any order. Those that the system has made by itself, such as link-local ones of IPv6, are
@@ -43,6 +45,8 @@ struct DesiredIp
     std::optional<AutomaticOr<std::vector<IpAddress>>> dnsServers;
     std::optional<AutomaticOr<std::uint32_t>> metric; ///< of the interface
     std::optional<std::uint32_t> mtu;                 ///< bytes
+    std::optional<std::string> dnsSuffix;             ///< IPv4 only: of the connection; empty for none
+    std::optional<NetbiosSetting> netbios;            ///< IPv4 only
 
     bool operator==(const DesiredIp&) const = default;
 };

@@ -41,6 +41,13 @@ DesiredIp ConfigurationOf(const Adapter& adapter, Family family)
     ip.dnsServers = settings.configured.dnsServers;
     ip.metric = MetricOf(settings);
     ip.mtu = MtuOf(settings);
+    if (family == Family::IPV4)
+    {
+        ip.dnsSuffix = settings.configured.dnsSuffix;
+        ip.netbios = settings.configured.netbios;
+    }
+    else if (adapter.index && adapter.enabled != false)
+        ip.enabled = settings.enabled;
     return ip;
 }
 
@@ -129,6 +136,8 @@ private:
              [&](const auto& value) { return DnsServersStand(m_machine, m_adapter, family, value); });
         Keep(ip.metric, path + "metric", [&](const auto& value) { return MetricStands(settings, value); });
         Keep(ip.mtu, path + "mtu", [&](std::uint32_t value) { return MtuStands(settings, value); });
+        Keep(ip.dnsSuffix, path + "dnsSuffix", [&](const auto& value) { return DnsSuffixStands(settings, value); });
+        Keep(ip.netbios, path + "netbios", [&](NetbiosSetting value) { return NetbiosStands(settings, value); });
     }
 
     void Drop(std::string_view place)
@@ -148,6 +157,8 @@ private:
                 LeaveOut(ip.metric, path + "metric");
             if (place.starts_with(start + "mtu"))
                 LeaveOut(ip.mtu, path + "mtu");
+            if (place.starts_with(start + "dnsSuffix"))
+                LeaveOut(ip.dnsSuffix, path + "dnsSuffix");
         }
         if (place.starts_with("/routes"))
             LeaveOut(m_desired.routes, "routes");

@@ -159,6 +159,15 @@ std::optional<DesiredRoute> ReadRoute(const Json& json, const std::string& place
     return faults.size() == count ? std::optional(route) : std::nullopt;
 }
 
+std::optional<NetbiosSetting> ReadNetbios(const Json& json, const std::string& place, Faults& faults)
+{
+    const auto setting =
+        json.is_string() ? ParseWord<NetbiosSetting>(json.get_ref<const std::string&>()) : std::nullopt;
+    if (!setting)
+        return Refuse(faults, place, "must be \"dhcp\", \"enabled\" or \"disabled\"");
+    return setting;
+}
+
 auto IpOf(Family family)
 {
     return [family](const Json& json, const std::string& place, Faults& faults) -> std::optional<DesiredIp> {
@@ -166,11 +175,17 @@ auto IpOf(Family family)
         ObjectReader reader(json, place, faults);
         if (family == Family::IPV4)
             reader.Take("dhcp", ip.dhcp, ReadBool);
+        else
+            reader.Take("enabled", ip.enabled, ReadBool);
         reader.Take("addresses", ip.addresses, ListOf(PrefixOf(family)));
         reader.Take("gateways", ip.gateways, ListOf(GatewayOf(family)));
         reader.Take("dnsServers", ip.dnsServers, AutomaticOrA(ListOf(AddressOf(family))));
         reader.Take("metric", ip.metric, AutomaticOrA(ReadNumber));
         reader.Take("mtu", ip.mtu, ReadNumber);
+        if (family == Family::IPV4)
+            reader.Take("dnsSuffix", ip.dnsSuffix, ReadText);
+        if (family == Family::IPV4)
+            reader.Take("netbios", ip.netbios, ReadNetbios);
         reader.Finish();
         return ip;
     };
@@ -278,6 +293,7 @@ Json ListOfRoutes(const std::vector<DesiredRoute>& routes)
 Json ToJson(const DesiredIp& ip)
 {
     Json json = Json::object();
+    Put(json, "enabled", ip.enabled);
     Put(json, "dhcp", ip.dhcp);
     Put(json, "addresses", ip.addresses);
     if (ip.gateways)
@@ -285,6 +301,8 @@ Json ToJson(const DesiredIp& ip)
     Put(json, "dnsServers", ip.dnsServers);
     Put(json, "metric", ip.metric);
     Put(json, "mtu", ip.mtu);
+    Put(json, "dnsSuffix", ip.dnsSuffix);
+    Put(json, "netbios", ip.netbios);
     return json;
 }
 

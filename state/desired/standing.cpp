@@ -184,6 +184,16 @@ bool MetricStands(const IpSettings& settings, const AutomaticOr<std::uint32_t>& 
            settings.configured.metric.value_or(wanted) == wanted;
 }
 
+bool DnsSuffixStands(const IpSettings& settings, const std::string& wanted)
+{
+    return settings.configured.dnsSuffix == wanted;
+}
+
+bool NetbiosStands(const IpSettings& settings, NetbiosSetting wanted) noexcept
+{
+    return settings.configured.netbios == wanted;
+}
+
 bool MtuStands(const IpSettings& settings, std::uint32_t wanted)
 {
     const auto& configured = settings.configured.mtu;

@@ -32,6 +32,8 @@ bool GatewaysStand(const Adapter& adapter, Family family, const std::vector<Gate
 bool DnsServersStand(const Machine& machine, const Adapter& adapter, Family family,
                      const AutomaticOr<std::vector<IpAddress>>& wanted);
 bool MetricStands(const IpSettings& settings, const AutomaticOr<std::uint32_t>& wanted);
+bool DnsSuffixStands(const IpSettings& settings, const std::string& wanted);
+bool NetbiosStands(const IpSettings& settings, NetbiosSetting wanted) noexcept;
 bool MtuStands(const IpSettings& settings, std::uint32_t wanted);
 bool RoutesStand(const Adapter& adapter, const std::vector<DesiredRoute>& wanted);
 /// Whether one route is as wanted.

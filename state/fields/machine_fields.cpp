@@ -34,6 +34,8 @@ constexpr Field<Environment> ENVIRONMENT[] = {
     Item<Environment, &Environment::backEnd>("backEnd", "Back end", "The generation of functions that is used."),
     Item<Environment, &Environment::bootImage>("bootImage", "Boot image",
                                                "Whether the system runs from a pre-installation image."),
+    Item<Environment, &Environment::protocolBinding>("protocolBinding", "Protocol binding",
+                                                     "Whether protocols can be bound to adapters and unbound."),
     Item<Environment, &Environment::elevated>("elevated", "Elevated",
                                               "Whether this process may change the configuration."),
 };

@@ -123,6 +123,20 @@ private:
                 JsonOf(*ip.metric));
         if (ip.mtu && !MtuStands(settings, *ip.mtu))
             Add(path + "mtu", InUse(JsonOf(settings.mtu), JsonOf(settings.configured.mtu)), *ip.mtu);
+        CompareStored(ip, settings, path);
+    }
+
+    /// What the system reads from the registry when it sets the adapter up anew: configured is all that counts.
+    void CompareStored(const DesiredIp& ip, const IpSettings& settings, const std::string& path)
+    {
+        if (ip.enabled && settings.enabled != ip.enabled)
+            Add(path + "enabled", JsonOf(settings.enabled), *ip.enabled);
+        if (ip.dnsSuffix && !DnsSuffixStands(settings, *ip.dnsSuffix))
+            Add(path + "dnsSuffix", InUse(JsonOf(settings.dnsSuffix), JsonOf(settings.configured.dnsSuffix)),
+                *ip.dnsSuffix);
+        if (ip.netbios && !NetbiosStands(settings, *ip.netbios))
+            Add(path + "netbios", InUse(JsonOf(settings.netbios), JsonOf(settings.configured.netbios)),
+                JsonOf(*ip.netbios));
     }
 
     const Machine& m_machine;

@@ -59,7 +59,9 @@ private:
     {
         const bool old = m_machine.environment.backEnd == BackEnd::PRE_VISTA;
         const bool ofInterface = item.path.ends_with(".metric") || item.path.ends_with(".mtu");
-        if (old && item.path.starts_with("ipv6."))
+        if (item.path == "ipv6.enabled" && !old && !m_machine.environment.protocolBinding)
+            Refuse(item.path, "cannot be set: this system has no interface (INetCfg) for binding protocols");
+        else if (old && item.path.starts_with("ipv6."))
             Refuse(item.path, "cannot be set on a system before Windows Vista");
         else if (old && ofInterface)
             Refuse(item.path, "cannot be set on a system before Windows Vista");
@@ -105,6 +107,8 @@ public:
         for (const Target& target : m_targets)
             StartDevice(target);
         for (const Target& target : m_targets)
+            Bind(target, true);
+        for (const Target& target : m_targets)
             RemoveRoutes(target);
         for (const Target& target : m_targets)
             GiveUpAddresses(target);
@@ -135,6 +139,14 @@ private:
                                      : "Leaves the hardware address to the driver and restarts the adapter",
                   LibraryCall{LibraryOperation::SET_HARDWARE_ADDRESS, address != nullptr ? address->ToText() : ""},
                   {"hardwareAddress"});
+    }
+
+    void Bind(const Target& target, bool wanted)
+    {
+        const Adapter* const adapter = Now(target);
+        if (adapter != nullptr && target.desired.ipv6.enabled == wanted && adapter->ipv6.enabled != wanted)
+            StepsOf(*adapter).Add(wanted ? "Binds IPv6 to the adapter" : "Unbinds IPv6 from the adapter",
+                                  Ipv6Binding{wanted}, {"ipv6.enabled"});
     }
 
     void FinishDevice(const Target& target)
@@ -239,6 +251,8 @@ private:
                 PlanDnsServers(m_machine, *adapter, family, *ip.dnsServers, steps);
             PlanInterface(*adapter, family, ip, steps);
         }
+        PlanStored(*adapter, desired.ipv4, steps);
+        Bind(target, false);
     }
 
     Machine m_machine;
@@ -286,6 +300,10 @@ void AddNotes(const Machine& machine, Plan& plan)
         if (*ip.dhcp && !ip.gateways && configured.gateways && !configured.gateways->empty())
             plan.notes.push_back(target.name + ": static gateways may stay; \"gateways\": [] removes them.");
     }
+    for (const Item& item : plan.items)
+        if (item.path == "ipv4.dnsSuffix" || item.path == "ipv4.netbios")
+            plan.notes.push_back(item.adapter + ": " + item.path +
+                                 " is stored; the system may not use it until the adapter has been restarted.");
     if (std::ranges::any_of(plan.items, [](const Item& item) {
             return item.path == "identity.computerName" || item.path == "identity.primaryDnsSuffix";
         }))

@@ -34,6 +34,9 @@ DesiredAdapter Select(const DesiredAdapter& whole, const std::set<std::string>& 
         take(start + "dnsServers", to.dnsServers, from.dnsServers);
         take(start + "metric", to.metric, from.metric);
         take(start + "mtu", to.mtu, from.mtu);
+        take(start + "enabled", to.enabled, from.enabled);
+        take(start + "dnsSuffix", to.dnsSuffix, from.dnsSuffix);
+        take(start + "netbios", to.netbios, from.netbios);
     }
     return part;
 }

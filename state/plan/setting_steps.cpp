@@ -195,6 +195,19 @@ void PlanInterface(const Adapter& adapter, Family family, const DesiredIp& wante
             {PathOf(family, "mtu")});
 }
 
+void PlanStored(const Adapter& adapter, const DesiredIp& wanted, StepList& steps)
+{
+    if (wanted.dnsSuffix && !DnsSuffixStands(adapter.ipv4, *wanted.dnsSuffix))
+        steps.Add(wanted.dnsSuffix->empty() ? "Removes the DNS suffix of the connection"
+                                            : "Stores the DNS suffix " + *wanted.dnsSuffix + " of the connection",
+                  StoredSetting{*wanted.dnsSuffix}, {"ipv4.dnsSuffix"});
+    if (wanted.netbios && !NetbiosStands(adapter.ipv4, *wanted.netbios))
+        steps.Add(*wanted.netbios == NetbiosSetting::DHCP      ? "Leaves NetBIOS over TCP/IP to the DHCP server"
+                  : *wanted.netbios == NetbiosSetting::ENABLED ? "Stores that NetBIOS over TCP/IP is enabled"
+                                                               : "Stores that NetBIOS over TCP/IP is disabled",
+                  StoredSetting{*wanted.netbios}, {"ipv4.netbios"});
+}
+
 void PlanRouteRemovals(const Adapter& adapter, const std::vector<DesiredRoute>& wanted, bool flushed, StepList& steps)
 {
     if (!RoutesStand(adapter, wanted))

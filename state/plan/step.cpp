@@ -29,6 +29,16 @@ std::string MeansText(const StoredRoute&)
     return "registry";
 }
 
+std::string MeansText(const StoredSetting&)
+{
+    return "registry";
+}
+
+std::string MeansText(const Ipv6Binding&)
+{
+    return "INetCfg";
+}
+
 } // namespace
 
 std::string MeansOf(const Action& action)

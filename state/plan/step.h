@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <state/fields/json.h>
+#include <state/machine/ip_settings.h>
 #include <state/values/guid.h>
 #include <state/values/ip_prefix.h>
 
@@ -59,7 +60,24 @@ struct StoredRoute
     bool operator==(const StoredRoute&) const = default;
 };
 
-using Action = std::variant<Command, LibraryCall, StoredRoute>;
+/// What the registry keeps of the adapter's IPv4: the connection's DNS suffix, NetBIOS over TCP/IP, or the static
+/// gateways.
+struct StoredSetting
+{
+    std::variant<std::string, NetbiosSetting, std::vector<Gateway>> value;
+
+    bool operator==(const StoredSetting&) const = default;
+};
+
+/// Binds IPv6 to the adapter, or unbinds it.
+struct Ipv6Binding
+{
+    bool wanted = true;
+
+    bool operator==(const Ipv6Binding&) const = default;
+};
+
+using Action = std::variant<Command, LibraryCall, StoredRoute, StoredSetting, Ipv6Binding>;
 
 /// The least part of a change that can be done, fail and be undone by itself.
 struct Step
@@ -75,7 +93,7 @@ struct Step
     bool operator==(const Step&) const = default;
 };
 
-/// "netsh.exe", "TOLVA::EnableAdapter", "registry": by what it is done.
+/// "netsh.exe", "TOLVA::EnableAdapter", "registry", "INetCfg": by what it is done.
 std::string MeansOf(const Action& action);
 /// The arguments of a command for people to read; empty for other means.
 std::string CommandText(const Action& action);

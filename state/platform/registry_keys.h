@@ -26,6 +26,9 @@ inline constexpr wchar_t IPV4_INTERFACES[] = ZELK_SERVICES L"Tcpip\\Parameters\\
 inline constexpr wchar_t IPV6_INTERFACES[] = ZELK_SERVICES L"Tcpip6\\Parameters\\Interfaces\\";
 inline constexpr wchar_t NETBIOS_INTERFACES[] = ZELK_SERVICES L"NetBT\\Parameters\\Interfaces\\Tcpip_";
 
+/// Where the class of INetCfg is registered.
+inline constexpr wchar_t NETWORK_CONFIGURATION[] = L"SOFTWARE\\Classes\\CLSID\\{5B035261-40F9-11D1-AAEC-00805FC1270E}";
+
 inline constexpr wchar_t WINDOWS_VERSION[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 
 } // namespace zelk

@@ -134,6 +134,10 @@ TEST(Plan, RefusesByNameWhatASystemOrAnAdapterCannotDo)
     const char* const servers = R"("ipv4": {"dnsServers": ["192.0.2.9"]})";
     EXPECT_EQ("/adapters/0/ipv6/addresses", faultOf(old, R"("ipv6": {"addresses": ["2001:db8::9/64"]})"));
     EXPECT_EQ("/adapters/0/ipv4/metric", faultOf(old, R"("ipv4": {"metric": 9})"));
+    EXPECT_EQ("/adapters/0/ipv6/enabled", faultOf(old, R"("ipv6": {"enabled": false})"));
+    EXPECT_EQ("/adapters/0/ipv6/enabled",
+              faultOf([](SimulatedWindows& windows) { windows.machine.environment.protocolBinding = false; },
+                      R"("ipv6": {"enabled": false})"));
     EXPECT_EQ("/adapters/0", faultOf(named("a\"b"), servers));
     EXPECT_EQ("/adapters/0", faultOf(named("a=b"), servers));
     EXPECT_EQ(
@@ -252,7 +256,8 @@ constexpr const char* TEN_STEPS = R"({"adapters": [
     {"adapter": "lan0", "mtu": 1400,
      "ipv4": {"addresses": ["192.0.2.10/24", "192.0.2.11/24"], "gateways": ["192.0.2.2"], "metric": 30,
               "dnsServers": ["192.0.2.54", "192.0.2.53"]}, "routes": []},
-    {"adapter": "lan1", "ipv4": {"addresses": ["203.0.113.9/24"]}, "ipv6": {"addresses": ["2001:db8::9/64"]}}],
+    {"adapter": "lan1", "ipv4": {"addresses": ["203.0.113.9/24"], "dnsSuffix": "example.org", "netbios": "disabled"},
+     "ipv6": {"enabled": false}}],
     "identity": {"computerName": "pc"}})";
 
 TEST(Plan, IsTakenBackFromEveryStepThatFails)

@@ -292,6 +292,9 @@ Adapter& SimulatedWindows::Add(const std::string& name)
         settings.configured.dnsServers = Automatic();
     }
     adapter.ipv4.configured.dhcp = false;
+    adapter.ipv4.configured.dnsSuffix = "";
+    adapter.ipv4.configured.netbios = NetbiosSetting::DHCP;
+    machine.environment.protocolBinding = true;
     Settle();
     return adapter;
 }
@@ -312,12 +315,14 @@ bool SimulatedWindows::Perform(const Step& step)
 {
     if (refuse >= 0 && refuse-- == 0)
         return false;
-    const bool done = std::visit([this](const auto& action) { return Perform(action); }, step.action);
+    const auto adapter = std::ranges::find(machine.adapters, step.guid, &Adapter::guid);
+    Adapter* const own = adapter != machine.adapters.end() ? &*adapter : nullptr;
+    const bool done = std::visit([&](const auto& action) { return Perform(action, own); }, step.action);
     Settle();
     return done;
 }
 
-bool SimulatedWindows::Perform(const Command& command)
+bool SimulatedWindows::Perform(const Command& command, Adapter*)
 {
     const Texts& arguments = command.arguments;
     const bool ofRoute = arguments.at(3) == "route";
@@ -341,7 +346,7 @@ bool SimulatedWindows::Perform(const Command& command)
     return call.object == "dnsservers" ? ChangeServers(call) : ChangeInterface(call);
 }
 
-bool SimulatedWindows::Perform(const StoredRoute& stored)
+bool SimulatedWindows::Perform(const StoredRoute& stored, Adapter*)
 {
     for (Adapter& adapter : machine.adapters)
     {
@@ -361,7 +366,25 @@ bool SimulatedWindows::Perform(const StoredRoute& stored)
     return !stored.wanted; // what is no longer there need not be removed
 }
 
-bool SimulatedWindows::Perform(const LibraryCall& call)
+bool SimulatedWindows::Perform(const StoredSetting& setting, Adapter* adapter)
+{
+    ConfiguredIp& configured = adapter->ipv4.configured;
+    if (const auto* const suffix = std::get_if<std::string>(&setting.value))
+        configured.dnsSuffix = *suffix;
+    else if (const auto* const netbios = std::get_if<NetbiosSetting>(&setting.value))
+        configured.netbios = *netbios;
+    else
+        configured.gateways = std::get<std::vector<Gateway>>(setting.value);
+    return true;
+}
+
+bool SimulatedWindows::Perform(const Ipv6Binding& binding, Adapter* adapter)
+{
+    adapter->ipv6.enabled = binding.wanted;
+    return true;
+}
+
+bool SimulatedWindows::Perform(const LibraryCall& call, Adapter*)
 {
     if (call.operation == LibraryOperation::SET_COMPUTER_NAME)
         machine.identity.configured.computerName = call.argument;

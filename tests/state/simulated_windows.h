@@ -25,7 +25,10 @@ public:
     void Settle();
 
 private:
-    bool Perform(const zelk::Command& command);
-    bool Perform(const zelk::StoredRoute& route);
-    bool Perform(const zelk::LibraryCall& call);
+    // What each kind of step does; the adapter is null for those of the machine.
+    bool Perform(const zelk::Command& command, zelk::Adapter* adapter);
+    bool Perform(const zelk::StoredRoute& route, zelk::Adapter* adapter);
+    bool Perform(const zelk::StoredSetting& setting, zelk::Adapter* adapter);
+    bool Perform(const zelk::Ipv6Binding& binding, zelk::Adapter* adapter);
+    bool Perform(const zelk::LibraryCall& call, zelk::Adapter* adapter);
 };
