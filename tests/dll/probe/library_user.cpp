@@ -1,6 +1,7 @@
 // A DLL that uses ZELK_NM.DLL, so that the system loads and unloads the two together.
 
 #include <cstdio>
+#include <cwchar>
 #include <iterator>
 
 #include <backends/abstract_network_api.h>
@@ -19,7 +20,18 @@ T* Find(const wchar_t* pszModule, const char* pszName)
                               : reinterpret_cast<T*>(reinterpret_cast<void*>(::GetProcAddress(hModule, pszName)));
 }
 
-/// What the operations are given: of an adapter that does not exist.
+/// The GUID of an adapter of this machine, so that operations get further than to look for it.
+velmor::string AnyAdapter()
+{
+    alignas(IP_INTERFACE_INFO) char buffer[16384];
+    ULONG ulSize = sizeof(buffer);
+    auto* const pTable = reinterpret_cast<IP_INTERFACE_INFO*>(buffer);
+    if (::GetInterfaceInfo(pTable, &ulSize) != NO_ERROR || pTable->NumAdapters < 1)
+        return L"{NONE}";
+    return std::wcschr(pTable->Adapter[pTable->NumAdapters - 1].Name, L'{');
+}
+
+/// What the operations are given.
 struct Arguments
 {
     TOLVA::NIC_INFO NicInfo;
@@ -36,13 +48,13 @@ struct Arguments
     velmor::ip_address Invalid{velmor::string(L"none")};
     std::vector<TOLVA::NIC_INFO> Adapters;
     std::vector<velmor::ip_address> Addresses{Address};
-    std::vector<TOLVA::ASSOC_IP_ADDR> IpAddrs;
+    std::vector<TOLVA::ASSOC_IP_ADDR> IpAddrs{1};
     TOLVA::ROUTE_INFO Route;
     std::vector<TOLVA::ROUTE_INFO> Routes;
 
     Arguments()
     {
-        NicInfo.sNicGuid = L"{UNLOAD}";
+        NicInfo.sNicGuid = AnyAdapter();
         NicInfo.sNicEnum = L"0000";
         NicInfo.sNicPci = L"PCI\\VEN 8086&DEV_1\\\"3";
     }
