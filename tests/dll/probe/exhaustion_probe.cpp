@@ -1,5 +1,5 @@
 // The library while no memory can be had: loading it, and calling every operation in a library and in a thread that
-// have never thrown before. Once only the n-th allocation fails, once all from the n-th on. Argument: the file for the
+// have never thrown before. All allocations from the n-th on fail, and then only the n-th. Argument: the file for the
 // answer, which names what went wrong and what is left in the end.
 
 #include <cstdio>
@@ -117,37 +117,24 @@ struct Call
     int iResult = NO_OPERATION;
     const char* pszCall = "";
 
-    void Run()
+    static DWORD WINAPI Run(void* pArgument)
     {
+        auto& call = *static_cast<Call*>(pArgument);
         auto* const pCallOperation = reinterpret_cast<decltype(&CallOperation)>(
             Address(::GetProcAddress(::GetModuleHandleW(L"library_user.dll"), "CallOperation")));
-        iResult = pCallOperation(
-            uiOperation, [](bool bBegin) { bCounting = bBegin; }, &pszCall);
-    }
-    static DWORD WINAPI InThread(void* pCall)
-    {
-        static_cast<Call*>(pCall)->Run();
+        call.iResult = pCallOperation(
+            call.uiOperation, [](bool bBegin) { bCounting = bBegin; }, &call.pszCall);
         return 0;
     }
 };
 
-/// Calls an operation in a library that was just loaded. False when there is no such operation.
-bool CallInNewLibrary(unsigned int uiOperation, bool bThread)
+/// Calls an operation in a thread that has never thrown. False when there is no such operation.
+bool CallInNewThread(unsigned int uiOperation)
 {
-    const HMODULE hUser = ::LoadLibraryW(L"library_user.dll");
     Call call = {uiOperation};
-    {
-        const Patches patches;
-        if (bThread)
-        {
-            const HANDLE hThread = ::CreateThread(nullptr, 0, &Call::InThread, &call, 0, nullptr);
-            ::WaitForSingleObject(hThread, INFINITE);
-            ::CloseHandle(hThread);
-        }
-        else
-            call.Run();
-    }
-    ::FreeLibrary(hUser);
+    const HANDLE hThread = ::CreateThread(nullptr, 0, &Call::Run, &call, 0, nullptr);
+    ::WaitForSingleObject(hThread, INFINITE);
+    ::CloseHandle(hThread);
     if (call.iResult == WRONG || call.iResult == EXCEPTION_LEFT)
         std::fprintf(pAnswer, "%s: %d from allocation %u to %u; ", call.pszCall, call.iResult, uiFirstFailure,
                      uiLastFailure);
@@ -158,7 +145,7 @@ bool CallInNewLibrary(unsigned int uiOperation, bool bThread)
 template <class Body>
 void FailAllocations(double step, Body body)
 {
-    for (const bool bAll : {false, true})
+    for (const bool bAll : {true, false})
         for (double failure = 1; failure == 1 || bFailed; failure = failure * step + 1)
         {
             uiAllocations = 0;
@@ -175,10 +162,13 @@ void CallEverything(double step)
     bool bMore = true;
     for (unsigned int operation = 0; bMore; ++operation)
     {
-        FailAllocations(step, [&] { bMore = CallInNewLibrary(operation, false); });
-        uiAllocations = 0;
-        uiFirstFailure = 1;
-        CallInNewLibrary(operation, true);
+        // Each in a library that has never thrown.
+        const HMODULE hUser = ::LoadLibraryW(L"library_user.dll");
+        {
+            const Patches patches;
+            FailAllocations(step, [&] { bMore = CallInNewThread(operation); });
+        }
+        ::FreeLibrary(hUser);
     }
 }
 
