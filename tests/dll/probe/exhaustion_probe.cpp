@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include <support/import_patch.h>
@@ -76,15 +77,19 @@ void ResolveImports(HMODULE hModule)
     for (const auto* p = At<IMAGE_IMPORT_DESCRIPTOR>(hModule, dwImports); p->FirstThunk != 0; ++p)
     {
         const HMODULE hDll = ::LoadLibraryA(At<char>(hModule, p->Name));
-        auto* pSlot = At<IMAGE_THUNK_DATA64>(hModule, p->FirstThunk);
+        // Bytes are copied because a linker may lay import tables out on four bytes, not eight.
+        auto* pSlot = At<std::byte>(hModule, p->FirstThunk);
+        const auto* pNames = At<std::byte>(hModule, p->OriginalFirstThunk);
         DWORD dwProtection = PAGE_READWRITE;
-        for (const auto* pName = At<IMAGE_THUNK_DATA64>(hModule, p->OriginalFirstThunk); pName->u1.Ordinal != 0;
-             ++pName, ++pSlot)
+        IMAGE_THUNK_DATA64 import;
+        while (std::memcpy(&import, pNames, sizeof(import)), import.u1.Ordinal != 0)
         {
-            const auto dwName = static_cast<DWORD>(pName->u1.AddressOfData + offsetof(IMAGE_IMPORT_BY_NAME, Name));
-            ::VirtualProtect(pSlot, sizeof(*pSlot), PAGE_READWRITE, &dwProtection);
-            pSlot->u1.Function =
-                reinterpret_cast<ULONGLONG>(Address(::GetProcAddress(hDll, At<char>(hModule, dwName))));
+            const auto dwName = static_cast<DWORD>(import.u1.AddressOfData + offsetof(IMAGE_IMPORT_BY_NAME, Name));
+            void* const pFunction = Address(::GetProcAddress(hDll, At<char>(hModule, dwName)));
+            ::VirtualProtect(pSlot, sizeof(pFunction), PAGE_READWRITE, &dwProtection);
+            std::memcpy(pSlot, &pFunction, sizeof(pFunction));
+            pNames += sizeof(import);
+            pSlot += sizeof(pFunction);
         }
     }
 }

@@ -126,12 +126,28 @@ const std::string& FamilyOf(const FakeAddress& address)
     return address.sAddress;
 }
 
+// What a row can hold.
+ADDRESS_FAMILY FamilyOf(const MIB_IPFORWARDROW&)
+{
+    return AF_INET;
+}
+ADDRESS_FAMILY FamilyOf(const MIB_IPFORWARD_ROW2&)
+{
+    return AF_UNSPEC;
+}
+
+template <class Fake>
+bool IsOf(ADDRESS_FAMILY family, const Fake& fake)
+{
+    return family == AF_UNSPEC || family == Ip(FamilyOf(fake)).family();
+}
+
 template <class Row, class Fake>
 std::vector<Row> RowsOf(const std::vector<Fake>& fakes, ADDRESS_FAMILY family)
 {
     std::vector<Row> rows;
     for (const Fake& fake : fakes)
-        if (family == AF_UNSPEC || family == Ip(FamilyOf(fake)).family())
+        if (IsOf(family, fake))
             Fill(rows.emplace_back(), fake);
     return rows;
 }
@@ -478,7 +494,7 @@ DWORD PlatformTest::Create(const char* pszFunction, const Row& row, DWORD dwMetr
         return dwForced;
     if (dwMetric < dwLowestMetric)
         return ERROR_BAD_ARGUMENTS;
-    const auto rows = RowsOf<Row>(routes, AF_UNSPEC);
+    const auto rows = RowsOf<Row>(routes, FamilyOf(row));
     const bool bIsThere = std::ranges::any_of(rows, [&](const Row& r) { return Identity(r) == Identity(row); });
     return bIsThere || !m_created.insert(Identity(row)).second ? ERROR_OBJECT_ALREADY_EXISTS : NO_ERROR;
 }
@@ -489,6 +505,8 @@ DWORD PlatformTest::Delete(const char* pszFunction, const Row& row)
     if (const DWORD dwForced = Called(pszFunction, "delete " + ShowRow(row)); dwForced != TRUE_ANSWER)
         return dwForced;
     const auto IsThisRow = [&](const FakeRoute& route) {
+        if (!IsOf(FamilyOf(row), route))
+            return false;
         Row candidate = {};
         Fill(candidate, route);
         return ShowRow(candidate) == ShowRow(row);
