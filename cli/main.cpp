@@ -24,6 +24,7 @@
 #include "verbs/machine_commands.h"
 #include "verbs/route_commands.h"
 #include "verbs/settings_commands.h"
+#include "verbs/state_commands.h"
 #include "verbs/tcp6_commands.h"
 #include "verbs/trace_commands.h"
 
@@ -35,6 +36,7 @@ using namespace zelkctl;
 void AddCommands(Command tool)
 {
     AddMachineCommands(tool);
+    AddStateCommands(tool);
     AddAdapterCommands(tool);
     AddAddressCommands(tool);
     AddDhcpCommands(tool);
@@ -56,7 +58,8 @@ void AddToolItself(CLI::App& parser, Command tool, Request& request)
     parser.require_subcommand(0, 1);
     tool.AddRemark("Examples:\n  zelkctl adapter list\n  zelkctl help adapter list");
     tool.AddRemark("Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such adapter or several,\n"
-                   "  4 requires elevation, 10 --check found differences");
+                   "  4 requires elevation, 5 time over, 6 done but not verified, 8 not possible on this\n"
+                   "  system, 10 --check found differences");
     const auto fields = AdapterListFields();
     tool.AddFormOptions(fields);
     tool.AddColumnOptions(fields);

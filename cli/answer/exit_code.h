@@ -11,6 +11,9 @@ enum ExitCode : int
     EXIT_USAGE = 2,
     EXIT_NO_SUCH_ADAPTER = 3,
     EXIT_NEEDS_ELEVATION = 4,
+    EXIT_TIME_OVER = 5,
+    EXIT_NOT_VERIFIED = 6,
+    EXIT_NOT_POSSIBLE = 8,
     EXIT_DIFFERENCES = 10
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iostream>
 #include <thread>
 #include <utility>
 
@@ -12,9 +11,8 @@
 #include "adapters/library_call.h"
 #include "answer/table.h"
 #include "answer/value_text.h"
+#include "change/permission.h"
 #include "records/answer_schema.h"
-#include "system/console.h"
-#include "system/elevation.h"
 #include "system/progress.h"
 
 namespace zelkctl
@@ -97,28 +95,6 @@ Failure FailureOf(const Change& change, ExitCode code, std::string sReason, std:
                     .sHint = std::move(sHint)});
 }
 
-void RequireElevation(const Change& change)
-{
-    if (change.bNeedsElevation && !IsElevated())
-        throw FailureOf(change, EXIT_NEEDS_ELEVATION, "this requires elevation; nothing was changed",
-                        "Run it from an elevated prompt, or preview it with --check.");
-}
-
-void RequireConfirmation(const Change& change, const ChangeOptions& options)
-{
-    if (change.reach != Reach::SESSION || options.bConfirmed)
-        return;
-    const std::string sWarning = std::string("this can disconnect sessions") +
-                                 (change.adapter ? " through adapter " + Quoted(*change.adapter) : "");
-    if (!IsTerminal(stdin) || !IsTerminal(stderr))
-        throw FailureOf(change, EXIT_USAGE, sWarning + "; nothing was changed", "Pass --yes to confirm.");
-    std::cerr << "Warning: " << sWarning << ". Continue? [y/N] " << std::flush;
-    std::string sReply;
-    std::getline(std::cin, sReply);
-    if (sReply != "y" && sReply != "Y" && sReply != "yes")
-        throw Failure({.sReason = "not confirmed; nothing was changed"}); // no operation has run that could have failed
-}
-
 bool RunWithProgress(const Change& change)
 {
     const ProgressDisplay progress(change.sDoing);
@@ -194,8 +170,11 @@ Answer Perform(const Change& change, const ChangeOptions& options)
     std::vector<Reading> readings = ReadBefore(change);
     if (options.bCheck)
         return DifferencesOf(readings);
-    RequireElevation(change);
-    RequireConfirmation(change, options);
+    const std::string sAdapter = change.adapter ? zelk::NameOf(*change.adapter) : "";
+    if (change.bNeedsElevation)
+        RequireElevation(sAdapter);
+    if (change.reach == Reach::SESSION)
+        RequireConfirmation(sAdapter, options.bConfirmed);
 
     const TraceReader trace;
     if (!RunWithProgress(change))

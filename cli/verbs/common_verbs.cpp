@@ -6,9 +6,11 @@
 #include <state/fields/json_value.h>
 #include <state/reading/read_machine.h>
 
+#include "answer/cell_text.h"
 #include "answer/failure.h"
 #include "answer/value_text.h"
 #include "records/answer_schema.h"
+#include "system/number.h"
 
 namespace zelkctl
 {
@@ -36,6 +38,17 @@ Failure NotReadable(const zelk::Adapter& adapter)
     for (const zelk::Problem& problem : adapter.problems)
         sReason += "; " + TextOf(zelk::ToJson(problem));
     return Failure({.sReason = sReason, .sOperation = "ReadMachine", .sAdapter = zelk::NameOf(adapter)});
+}
+
+std::chrono::seconds ParseTimeout(const std::string& sText)
+{
+    constexpr unsigned long LONGEST = 86400;
+    if (sText.empty())
+        return StateChangeOptions().timeout;
+    const auto ulSeconds = ParseNumber(sText);
+    if (!ulSeconds || *ulSeconds < 1 || *ulSeconds > LONGEST)
+        throw UsageError("--timeout", Quoted(sText) + " is not a number of seconds from 1 to 86400");
+    return std::chrono::seconds(*ulSeconds);
 }
 
 } // namespace
@@ -101,6 +114,16 @@ std::function<Answer()> AddChange(Command verb, std::function<Change()> plan)
     return [=, plan = std::move(plan)] {
         return Perform(plan(), {.bCheck = check(), .bVerify = !noVerify(), .bConfirmed = yes()});
     };
+}
+
+std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
+{
+    const auto check = verb.AddFlag("--check", "Show what would be changed and how, but change nothing");
+    const auto keep = verb.AddFlag("--keep", "Do not undo what was done if a step fails");
+    const auto timeout = verb.AddOption(
+        {"--timeout", "How long each command, and the verification, may take; 60 by default", "SECONDS"});
+    verb.AddJsonFlag();
+    return [=] { return StateChangeOptions{.bCheck = check(), .bKeep = keep(), .timeout = ParseTimeout(timeout())}; };
 }
 
 Aspect ItemBecomes(const zelk::Adapter& adapter, const std::string& sKey, Json wanted)

@@ -8,6 +8,7 @@
 
 #include "adapters/adapter.h"
 #include "change/change.h"
+#include "change/state_change.h"
 #include "parser/command.h"
 #include "records/shown_fields.h"
 
@@ -46,6 +47,9 @@ Command AddAdapterListVerb(Command noun, const ListVerb& list);
 void MakeChangeVerb(Command verb, std::function<Change()> plan);
 /// Likewise for a verb that does so only at times: gives what does it.
 std::function<Answer()> AddChange(Command verb, std::function<Change()> plan);
+
+/// Adds --check, --keep, --timeout and --json, and what the user gave for them.
+std::function<StateChangeOptions()> AddStateChangeOptions(Command verb);
 
 constexpr bool HasIpv4(TOLVA::FAMILY_TYPE enFamily) noexcept
 {

@@ -1,0 +1,162 @@
+#include "change/change_text.h"
+
+#include <algorithm>
+
+#include "answer/cell_text.h"
+#include "answer/table.h"
+#include "answer/value_text.h"
+#include "records/shown_fields.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+/// What people call the item of an adapter or of the machine.
+std::string LabelOf(const std::string& sPath)
+{
+    constexpr std::string_view IDENTITY = "identity.";
+    const bool bIdentity = sPath.starts_with(IDENTITY);
+    const std::string sKey = bIdentity ? sPath.substr(IDENTITY.size()) : sPath;
+    const auto fields = bIdentity ? ShownFields<zelk::Identity>() : ShownFields<zelk::Adapter>();
+    const auto found = std::ranges::find(fields, sKey, &Field::sKey);
+    return found != fields.end() ? found->sLabel : sPath;
+}
+
+/// With what a list of addresses alone does not tell. What somebody has set by hand is the usual case.
+std::string ElementText(const Json& element)
+{
+    std::string text = TextOf(element);
+    if (element.is_object() && element.contains("metric") && !element["metric"].is_null())
+        text += " metric " + element["metric"].dump();
+    if (element.is_object() && element.contains("origin") && element["origin"].is_string() &&
+        element["origin"] != "manual")
+        text += " (" + element["origin"].get<std::string>() + ')';
+    if (element.is_object() && element.contains("store") && element["store"] == "active")
+        text += " (until the next start)";
+    return text;
+}
+
+Table::Cell LinesOf(const Json& value)
+{
+    if (!value.is_array() || value.empty())
+        return {TextOf(value)};
+    Table::Cell lines;
+    std::ranges::transform(value, std::back_inserter(lines), ElementText);
+    return lines;
+}
+
+/// What is in use, and below it what is configured where that is something else.
+Table::Cell BeforeLines(const Json& before)
+{
+    if (!before.is_object() || !before.contains("inUse"))
+        return LinesOf(before);
+    Table::Cell lines = LinesOf(before["inUse"]);
+    const Table::Cell configured = LinesOf(before["configured"]);
+    if (lines != configured)
+        for (const std::string& sLine : configured)
+            lines.push_back("configured: " + sLine);
+    return lines;
+}
+
+std::string AdapterPrefix(const std::string& sAdapter)
+{
+    return sAdapter.empty() ? "" : Printable(sAdapter) + ": ";
+}
+
+std::string StepText(const zelk::Step& step)
+{
+    return AdapterPrefix(step.adapter) + Printable(step.text);
+}
+
+std::string OutcomeText(zelk::StepOutcome outcome)
+{
+    switch (outcome)
+    {
+    case zelk::StepOutcome::DONE: return "done";
+    case zelk::StepOutcome::FAILED: return "failed";
+    case zelk::StepOutcome::TIMED_OUT: return "not done in time";
+    case zelk::StepOutcome::CANCELLED: return "cancelled";
+    case zelk::StepOutcome::NOT_RUN: break;
+    }
+    return "not started";
+}
+
+std::string WithoutLineEnd(std::string text)
+{
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
+        text.pop_back();
+    return text;
+}
+
+std::string StepLines(const std::vector<zelk::StepResult>& steps, const char* pszIndent)
+{
+    std::string text;
+    for (const zelk::StepResult& result : steps)
+    {
+        text += pszIndent + StepText(result.step) + ": " + OutcomeText(result.outcome) + " (" +
+                std::to_string(result.duration.count()) + " ms)\n";
+        if (!result.reason.empty())
+            text += std::string(pszIndent) + "  " + Printable(result.reason) + '\n';
+        if (const std::string sOutput = WithoutLineEnd(result.output); !result.reason.empty() && !sOutput.empty())
+            text += std::string(pszIndent) + "  It printed: " + Printable(sOutput) + '\n';
+    }
+    return text;
+}
+
+std::string OpenLines(const std::vector<zelk::Item>& items)
+{
+    std::string text;
+    for (const zelk::Item& item : items)
+    {
+        text += "Not as wanted: " + AdapterPrefix(item.adapter) + LabelOf(item.path) + ':';
+        const Table::Cell lines = BeforeLines(item.before);
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            text += (i == 0 ? " " : ", ") + lines[i];
+        text += '\n';
+    }
+    return text;
+}
+
+} // namespace
+
+std::string TextOf(const zelk::Plan& plan)
+{
+    if (plan.items.empty())
+        return {};
+    Table table;
+    table.Add({{"Adapter"}, {"Item"}, {"Before"}, {"After"}});
+    for (const zelk::Item& item : plan.items)
+        table.Add({{item.adapter.empty() ? "-" : Printable(item.adapter)},
+                   {LabelOf(item.path)},
+                   BeforeLines(item.before),
+                   LinesOf(item.after)},
+                  Colour::WATCH);
+    std::string text = table.Text() + "\nSteps:\n";
+    for (const zelk::Step& step : plan.steps)
+    {
+        const std::string sCommand = zelk::CommandText(step.action);
+        text += "  " + StepText(step) + "\n    " + Printable(sCommand.empty() ? zelk::MeansOf(step.action) : sCommand) +
+                '\n';
+    }
+    return text;
+}
+
+std::string TextOf(const zelk::ApplyResult& result)
+{
+    std::string text = StepLines(result.steps, "");
+    if (result.undo)
+        text += "Undone:\n" + StepLines(result.undo->steps, "  ");
+    return text + OpenLines(result.undo ? result.undo->open : result.open);
+}
+
+std::string TextOf(const zelk::Progress& progress)
+{
+    if (progress.step == nullptr)
+        return "Verifying";
+    const bool bUndoing = progress.phase == zelk::Progress::Phase::UNDOING;
+    return (bUndoing ? "Undoing: " : "") + StepText(*progress.step) + " (" + std::to_string(progress.number) + " of " +
+           std::to_string(progress.count) + ')';
+}
+
+} // namespace zelkctl

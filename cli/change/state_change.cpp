@@ -1,0 +1,217 @@
+#include "change/state_change.h"
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <utility>
+
+#include <state/apply/apply.h>
+#include <state/fields/schema.h>
+
+#include "answer/cell_text.h"
+#include "answer/failure.h"
+#include "change/change_text.h"
+#include "change/permission.h"
+#include "records/answer_schema.h"
+#include "system/interrupt.h"
+#include "system/progress.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+template <class T>
+Json JsonListOf(const std::vector<T>& values)
+{
+    Json list = Json::array();
+    for (const T& value : values)
+        list.push_back(zelk::ToJson(value));
+    return list;
+}
+
+std::vector<std::string> NotesOf(const StateChange& change, const zelk::Plan& plan)
+{
+    std::vector<std::string> notes = change.notes;
+    notes.insert(notes.end(), plan.notes.begin(), plan.notes.end());
+    return notes;
+}
+
+Answer DifferencesOf(const zelk::Plan& plan, std::vector<std::string> notes)
+{
+    Json result;
+    result["differs"] = !plan.items.empty();
+    result["items"] = JsonListOf(plan.items);
+    result["steps"] = JsonListOf(plan.steps);
+    result["notes"] = notes;
+    if (plan.items.empty())
+        notes.emplace_back("Nothing would be changed.");
+    return {.value = std::move(result),
+            .text = TextOf(plan),
+            .notes = std::move(notes),
+            .code = plan.items.empty() ? EXIT_DONE : EXIT_DIFFERENCES};
+}
+
+ExitCode CodeOf(zelk::Outcome outcome)
+{
+    switch (outcome)
+    {
+    case zelk::Outcome::UNCHANGED:
+    case zelk::Outcome::CHANGED: return EXIT_DONE;
+    case zelk::Outcome::NOT_VERIFIED: return EXIT_NOT_VERIFIED;
+    case zelk::Outcome::TIMED_OUT: return EXIT_TIME_OVER;
+    case zelk::Outcome::NEEDS_ELEVATION: return EXIT_NEEDS_ELEVATION;
+    case zelk::Outcome::FAILED:
+    case zelk::Outcome::CANCELLED: break;
+    }
+    return EXIT_OPERATION_FAILED;
+}
+
+/// What has become of a change that was not completed.
+std::string FateOf(const zelk::ApplyResult& result)
+{
+    const char* const pszWhat =
+        result.outcome == zelk::Outcome::CANCELLED ? "The change was cancelled" : "The change failed";
+    if (!result.undo)
+        return std::string(pszWhat) + "; what was done was kept.";
+    return std::string(pszWhat) + (result.undo->open.empty() ? "; what was done was undone."
+                                                             : "; not everything that was done could be undone.");
+}
+
+std::string SentenceOf(const StateChange& change, const zelk::ApplyResult& result)
+{
+    switch (result.outcome)
+    {
+    case zelk::Outcome::UNCHANGED: return "Nothing had to be changed.";
+    case zelk::Outcome::CHANGED: return change.sDone;
+    case zelk::Outcome::NOT_VERIFIED: return "All steps were done, but the machine does not show the whole change yet.";
+    default: return FateOf(result);
+    }
+}
+
+/// The change itself, with progress on the error output. Ctrl+C undoes it.
+zelk::ApplyResult Apply(const zelk::Machine& machine, const zelk::Plan& plan, const StateChangeOptions& options)
+{
+    const InterruptGuard guard;
+    std::unique_ptr<ProgressDisplay> pDisplay;
+    zelk::ApplyOptions how;
+    how.timeout = options.timeout;
+    how.keep = options.bKeep;
+    how.isCancelled = &InterruptGuard::IsInterrupted;
+    how.progress = [&](const zelk::Progress& progress) {
+        pDisplay.reset(); // the old line goes before the new one comes
+        pDisplay = std::make_unique<ProgressDisplay>(TextOf(progress));
+    };
+    return zelk::Apply(machine, plan, how);
+}
+
+std::string AdaptersOf(const zelk::Plan& plan)
+{
+    std::set<std::string> names;
+    for (const zelk::Item& item : plan.items)
+        names.insert(item.adapter);
+    return names.size() == 1 ? *names.begin() : "";
+}
+
+ExitCode CodeOf(const std::vector<zelk::Fault>& faults)
+{
+    const auto Has = [&](zelk::FaultKind kind) {
+        return std::ranges::find(faults, kind, &zelk::Fault::kind) != faults.end();
+    };
+    if (Has(zelk::FaultKind::MEANING)) // what no system could do counts before what this one cannot
+        return EXIT_USAGE;
+    return Has(zelk::FaultKind::ADAPTER) ? EXIT_NO_SUCH_ADAPTER : EXIT_NOT_POSSIBLE;
+}
+
+Json ItemSchema()
+{
+    const Json any = Json::object();
+    return ObjectOf({{"adapter", zelk::OrNull(zelk::SchemaOfType("string"))},
+                     {"path", zelk::SchemaOfType("string")},
+                     {"before", any},
+                     {"after", any}});
+}
+
+Json StepSchema(bool bDone)
+{
+    const Json text = zelk::SchemaOfType("string");
+    Json schema = ObjectOf({{"adapter", zelk::OrNull(text)},
+                            {"step", text},
+                            {"means", text},
+                            {"command", zelk::OrNull(text)},
+                            {"undoRestores", {{"type", "array"}, {"items", text}}}});
+    if (!bDone)
+        return schema;
+    const Json integer = zelk::SchemaOfType("integer");
+    const Json more = ObjectOf({{"outcome", {{"enum", {"done", "failed", "timedOut", "cancelled", "notRun"}}}},
+                                {"durationMs", integer},
+                                {"exitCode", zelk::OrNull(integer)},
+                                {"error", zelk::OrNull(integer)},
+                                {"reason", zelk::OrNull(text)},
+                                {"output", zelk::OrNull(text)}});
+    schema["properties"].update(more["properties"]);
+    for (const Json& name : more["required"])
+        schema["required"].push_back(name);
+    return schema;
+}
+
+Json ArrayOf(Json schema)
+{
+    return {{"type", "array"}, {"items", std::move(schema)}};
+}
+
+} // namespace
+
+void RefuseFaults(const std::vector<zelk::Fault>& faults)
+{
+    if (faults.empty())
+        return;
+    std::string sReason = "nothing was changed, because this cannot be applied:";
+    for (const zelk::Fault& fault : faults)
+        sReason += "\n  " + (fault.place.empty() ? "" : Printable(fault.place) + ": ") + Printable(fault.text);
+    throw Failure({.code = CodeOf(faults), .sReason = std::move(sReason)});
+}
+
+Answer Perform(const zelk::Machine& machine, const StateChange& change, const StateChangeOptions& options)
+{
+    std::vector<zelk::Fault> faults;
+    const zelk::Plan plan = zelk::MakePlan(machine, change.state, faults);
+    RefuseFaults(faults);
+    auto notes = NotesOf(change, plan);
+    if (options.bCheck)
+        return DifferencesOf(plan, std::move(notes));
+    if (!plan.items.empty())
+    {
+        RequireElevation(AdaptersOf(plan));
+        if (change.bCanDisconnect)
+            RequireConfirmation(AdaptersOf(plan), options.bConfirmed);
+    }
+    const zelk::ApplyResult result = Apply(machine, plan, options);
+    Json value = zelk::ToJson(result, plan);
+    value["notes"] = notes;
+    notes.push_back(SentenceOf(change, result));
+    return {
+        .value = std::move(value), .text = TextOf(result), .notes = std::move(notes), .code = CodeOf(result.outcome)};
+}
+
+Json StateChangeSchema()
+{
+    const Json boolean = zelk::SchemaOfType("boolean");
+    const Json texts = ArrayOf(zelk::SchemaOfType("string"));
+    const Json items = ArrayOf(ItemSchema());
+    const Json steps = ArrayOf(StepSchema(true));
+    const Json undo = ObjectOf({{"complete", boolean}, {"steps", steps}, {"differences", items}});
+    const Json outcome = {{"enum", {"unchanged", "changed", "notVerified", "failed", "timedOut", "cancelled"}}};
+    return AnyOf(
+        {ObjectOf({{"differs", boolean}, {"items", items}, {"steps", ArrayOf(StepSchema(false))}, {"notes", texts}}),
+         ObjectOf({{"changed", boolean},
+                   {"outcome", outcome},
+                   {"items", items},
+                   {"steps", steps},
+                   {"differences", items},
+                   {"undo", zelk::OrNull(undo)},
+                   {"notes", texts},
+                   {"adapters", ListOf("adapter")}})});
+}
+
+} // namespace zelkctl

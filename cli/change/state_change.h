@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include <state/desired/desired_state.h>
+#include <state/desired/fault.h>
+#include <state/machine/machine.h>
+
+#include "answer/answer.h"
+
+namespace zelkctl
+{
+
+/// A change that takes the machine to a desired state.
+struct StateChange
+{
+    zelk::DesiredState state;
+    std::string sDone;                   ///< after it, a sentence
+    bool bCanDisconnect = false;         ///< whoever is connected to the machine, so that it has to be confirmed
+    std::vector<std::string> notes = {}; ///< what a person should know beside that, a sentence each
+};
+
+/// What the user decides about every such change.
+struct StateChangeOptions
+{
+    bool bCheck = false;     ///< show, change nothing
+    bool bConfirmed = false; ///< nobody need be asked
+    bool bKeep = false;      ///< what was done stays when a step fails
+    std::chrono::seconds timeout = std::chrono::seconds(60);
+};
+
+/// Throws a Failure that tells all that is wrong, if anything is.
+void RefuseFaults(const std::vector<zelk::Fault>& faults);
+
+/// Plans the change on the machine as it was just read, and does it, or tells what it would do. Throws Failure where
+/// nothing may be changed; what fails later is part of the answer.
+Answer Perform(const zelk::Machine& machine, const StateChange& change, const StateChangeOptions& options);
+
+/// JSON Schemas of the two answers that it gives, together.
+Json StateChangeSchema();
+
+} // namespace zelkctl

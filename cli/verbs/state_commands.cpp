@@ -1,0 +1,107 @@
+#include "verbs/state_commands.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include <state/desired/export.h>
+#include <state/desired/json_form.h>
+#include <state/reading/read_machine.h>
+
+#include "answer/cell_text.h"
+#include "answer/failure.h"
+#include "answer/value_text.h"
+#include "system/utf8.h"
+#include "verbs/common_verbs.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+Answer Export(const std::vector<std::string>& names)
+{
+    const zelk::Machine machine = zelk::ReadMachine();
+    std::vector<const zelk::Adapter*> adapters;
+    for (const std::string& sName : names)
+        adapters.push_back(&FindAdapter(machine, sName));
+    const bool bAll = names.empty();
+    const auto result = zelk::ExportState(machine, bAll ? zelk::ExportedAdapters(machine) : adapters, bAll);
+    Json state = zelk::ToJson(result.state);
+    std::string sText = Dump(state, 2) + '\n';
+    return {.value = std::move(state), .text = std::move(sText), .notes = result.leftOut};
+}
+
+/// A text as programs of this system write one: UTF-8, or UTF-16 with its mark.
+std::string Decode(std::string bytes)
+{
+    if (!bytes.starts_with("\xFF\xFE"))
+        return bytes;
+    const auto ByteAt = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+    std::wstring text;
+    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
+        text += static_cast<wchar_t>(ByteAt(i) | ByteAt(i + 1) << 8);
+    return ToUtf8(text);
+}
+
+std::string ReadAll(std::istream& stream)
+{
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::string ReadDocument(const std::string& sFile)
+{
+    if (sFile == "-")
+        return Decode(ReadAll(std::cin));
+    std::ifstream file(std::filesystem::path(FromUtf8(sFile)), std::ios::binary);
+    std::string bytes = ReadAll(file);
+    if (!file.is_open() || file.bad())
+        throw UsageError("FILE", Quoted(sFile) + " cannot be read");
+    return Decode(std::move(bytes));
+}
+
+void AddExport(Command tool)
+{
+    Command verb =
+        tool.AddVerb({"export", "Print the configuration of adapters as a desired state", "export lan0 > lan0.json"});
+    verb.AddRemark("Without ADAPTER it prints all adapters and the names of the machine. \"zelkctl apply\" takes the\n"
+                   "machine back to that state.");
+    const auto names = verb.AddOptionalArguments({ADAPTER_ARGUMENT, "Only these adapters", ADAPTER_FORM});
+    verb.Answers({}, [names] { return Export(names()); });
+}
+
+StateChange ParseChange(const std::string& sFile)
+{
+    std::vector<zelk::Fault> faults;
+    StateChange change{.state = zelk::ParseDesiredState(ReadDocument(sFile), faults),
+                       .sDone = "The machine is in the desired state."};
+    RefuseFaults(faults);
+    return change;
+}
+
+void AddApply(Command tool)
+{
+    Command verb = tool.AddVerb({"apply", "Take the machine to a desired state", "apply lan0.json --check"});
+    verb.AddRemark(
+        "Whatever the document does not mention is left alone. If a step fails, or on Ctrl+C, what was done\n"
+        "is undone.");
+    const auto file =
+        verb.AddArgument({"FILE", "Document with the desired state; - reads the standard input", "PATH|-"});
+    const auto options = AddStateChangeOptions(verb);
+    verb.Answers(StateChangeSchema, [file, options] {
+        const auto given = options();
+        const StateChange change = ParseChange(file());
+        return Perform(zelk::ReadMachine(), change, given);
+    });
+}
+
+} // namespace
+
+void AddStateCommands(Command tool)
+{
+    AddExport(tool);
+    AddApply(tool);
+}
+
+} // namespace zelkctl
