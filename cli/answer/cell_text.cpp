@@ -71,6 +71,18 @@ std::string Printable(std::string_view text)
     return result;
 }
 
+std::string OneLine(std::string_view text)
+{
+    std::string joined;
+    for (std::size_t end = 0; !text.empty(); text.remove_prefix(std::min(end + 1, text.size())))
+    {
+        end = std::min(text.find_first_of("\r\n"), text.size());
+        if (end > 0)
+            joined.append(joined.empty() ? "" : " ").append(text.substr(0, end));
+    }
+    return Printable(joined);
+}
+
 std::string Quoted(std::string_view text)
 {
     return '"' + Printable(text) + '"';

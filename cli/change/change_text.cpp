@@ -12,17 +12,6 @@ namespace zelkctl
 namespace
 {
 
-/// What people call the item of an adapter or of the machine.
-std::string LabelOf(const std::string& sPath)
-{
-    constexpr std::string_view IDENTITY = "identity.";
-    const bool bIdentity = sPath.starts_with(IDENTITY);
-    const std::string sKey = bIdentity ? sPath.substr(IDENTITY.size()) : sPath;
-    const auto fields = bIdentity ? ShownFields<zelk::Identity>() : ShownFields<zelk::Adapter>();
-    const auto found = std::ranges::find(fields, sKey, &Field::sKey);
-    return found != fields.end() ? found->sLabel : sPath;
-}
-
 /// With what a list of addresses alone does not tell. What somebody has set by hand is the usual case.
 std::string ElementText(const Json& element)
 {
@@ -52,6 +41,8 @@ Table::Cell BeforeLines(const Json& before)
     if (!before.is_object() || !before.contains("inUse"))
         return LinesOf(before);
     Table::Cell lines = LinesOf(before["inUse"]);
+    if (before["configured"].is_null())
+        return lines;
     const Table::Cell configured = LinesOf(before["configured"]);
     if (lines != configured)
         for (const std::string& sLine : configured)
@@ -82,13 +73,6 @@ std::string OutcomeText(zelk::StepOutcome outcome)
     return "not started";
 }
 
-std::string WithoutLineEnd(std::string text)
-{
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
-        text.pop_back();
-    return text;
-}
-
 std::string StepLines(const std::vector<zelk::StepResult>& steps, const char* pszIndent)
 {
     std::string text;
@@ -98,8 +82,8 @@ std::string StepLines(const std::vector<zelk::StepResult>& steps, const char* ps
                 std::to_string(result.duration.count()) + " ms)\n";
         if (!result.reason.empty())
             text += std::string(pszIndent) + "  " + Printable(result.reason) + '\n';
-        if (const std::string sOutput = WithoutLineEnd(result.output); !result.reason.empty() && !sOutput.empty())
-            text += std::string(pszIndent) + "  It printed: " + Printable(sOutput) + '\n';
+        if (const std::string sOutput = OneLine(result.output); !result.reason.empty() && !sOutput.empty())
+            text += std::string(pszIndent) + "  It printed: " + sOutput + '\n';
     }
     return text;
 }
@@ -119,6 +103,16 @@ std::string OpenLines(const std::vector<zelk::Item>& items)
 }
 
 } // namespace
+
+std::string LabelOf(const std::string& sPath)
+{
+    constexpr std::string_view IDENTITY = "identity.";
+    const bool bIdentity = sPath.starts_with(IDENTITY);
+    const std::string sKey = bIdentity ? sPath.substr(IDENTITY.size()) : sPath;
+    const auto fields = bIdentity ? ShownFields<zelk::Identity>() : ShownFields<zelk::Adapter>();
+    const auto found = std::ranges::find(fields, sKey, &Field::sKey);
+    return found != fields.end() ? found->sLabel : sPath;
+}
 
 std::string TextOf(const zelk::Plan& plan)
 {

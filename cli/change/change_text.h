@@ -9,6 +9,9 @@ namespace zelkctl
 
 // How people read a plan, and what has become of it.
 
+/// What people call an item of an adapter, such as "ipv4.addresses", or of the machine.
+std::string LabelOf(const std::string& sPath);
+
 /// What differs and the steps that would be taken; empty when nothing differs.
 std::string TextOf(const zelk::Plan& plan);
 

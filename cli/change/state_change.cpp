@@ -8,6 +8,7 @@
 #include <state/apply/apply.h>
 #include <state/fields/schema.h>
 
+#include "adapters/library_call.h"
 #include "answer/cell_text.h"
 #include "answer/failure.h"
 #include "change/change_text.h"
@@ -28,13 +29,6 @@ Json JsonListOf(const std::vector<T>& values)
     for (const T& value : values)
         list.push_back(zelk::ToJson(value));
     return list;
-}
-
-std::vector<std::string> NotesOf(const StateChange& change, const zelk::Plan& plan)
-{
-    std::vector<std::string> notes = change.notes;
-    notes.insert(notes.end(), plan.notes.begin(), plan.notes.end());
-    return notes;
 }
 
 Answer DifferencesOf(const zelk::Plan& plan, std::vector<std::string> notes)
@@ -98,6 +92,7 @@ zelk::ApplyResult Apply(const zelk::Machine& machine, const zelk::Plan& plan, co
     how.timeout = options.timeout;
     how.keep = options.bKeep;
     how.isCancelled = &InterruptGuard::IsInterrupted;
+    how.watchLibrary = [] { return [pTrace = std::make_shared<TraceReader>()] { return Explanation(*pTrace); }; };
     how.progress = [&](const zelk::Progress& progress) {
         pDisplay.reset(); // the old line goes before the new one comes
         pDisplay = std::make_unique<ProgressDisplay>(TextOf(progress));
@@ -121,6 +116,35 @@ ExitCode CodeOf(const std::vector<zelk::Fault>& faults)
     if (Has(zelk::FaultKind::MEANING)) // what no system could do counts before what this one cannot
         return EXIT_USAGE;
     return Has(zelk::FaultKind::ADAPTER) ? EXIT_NO_SUCH_ADAPTER : EXIT_NOT_POSSIBLE;
+}
+
+std::string PlaceInDocument(const std::string& sPlace)
+{
+    return Printable(sPlace);
+}
+
+/// The item that a place in a state of one adapter, or of the machine, belongs to; empty for none.
+std::string ItemAt(const std::string& sPlace)
+{
+    constexpr std::string_view ADAPTER = "/adapters/0";
+    std::string sPath = sPlace.substr(sPlace.starts_with(ADAPTER) ? ADAPTER.size() : 0);
+    if (const std::size_t index = sPath.find_first_of("0123456789", sPath.rfind('/')); index != std::string::npos)
+        sPath.erase(sPath.rfind('/'));
+    std::ranges::replace(sPath, '/', '.');
+    return sPath.empty() ? "" : LabelOf(sPath.substr(1));
+}
+
+void RefuseFaults(const std::vector<zelk::Fault>& faults, std::string (*pNameOf)(const std::string&))
+{
+    if (faults.empty())
+        return;
+    std::string sReason = "nothing was changed, because this cannot be applied:";
+    for (const zelk::Fault& fault : faults)
+    {
+        const std::string sName = pNameOf(fault.place);
+        sReason += "\n  " + (sName.empty() ? "" : sName + ": ") + Printable(fault.text);
+    }
+    throw Failure({.code = CodeOf(faults), .sReason = std::move(sReason)});
 }
 
 Json ItemSchema()
@@ -162,22 +186,17 @@ Json ArrayOf(Json schema)
 
 } // namespace
 
-void RefuseFaults(const std::vector<zelk::Fault>& faults)
+void RefuseDocument(const std::vector<zelk::Fault>& faults)
 {
-    if (faults.empty())
-        return;
-    std::string sReason = "nothing was changed, because this cannot be applied:";
-    for (const zelk::Fault& fault : faults)
-        sReason += "\n  " + (fault.place.empty() ? "" : Printable(fault.place) + ": ") + Printable(fault.text);
-    throw Failure({.code = CodeOf(faults), .sReason = std::move(sReason)});
+    RefuseFaults(faults, &PlaceInDocument);
 }
 
 Answer Perform(const zelk::Machine& machine, const StateChange& change, const StateChangeOptions& options)
 {
     std::vector<zelk::Fault> faults;
     const zelk::Plan plan = zelk::MakePlan(machine, change.state, faults);
-    RefuseFaults(faults);
-    auto notes = NotesOf(change, plan);
+    RefuseFaults(faults, change.bIsDocument ? &PlaceInDocument : &ItemAt);
+    auto notes = plan.notes;
     if (options.bCheck)
         return DifferencesOf(plan, std::move(notes));
     if (!plan.items.empty())

@@ -17,9 +17,9 @@ namespace zelkctl
 struct StateChange
 {
     zelk::DesiredState state;
-    std::string sDone;                   ///< after it, a sentence
-    bool bCanDisconnect = false;         ///< whoever is connected to the machine, so that it has to be confirmed
-    std::vector<std::string> notes = {}; ///< what a person should know beside that, a sentence each
+    std::string sDone;           ///< after it, a sentence
+    bool bIsDocument = false;    ///< whether it was given as JSON, so that faults name places in it
+    bool bCanDisconnect = false; ///< whoever is connected to the machine, so that it has to be confirmed
 };
 
 /// What the user decides about every such change.
@@ -31,8 +31,8 @@ struct StateChangeOptions
     std::chrono::seconds timeout = std::chrono::seconds(60);
 };
 
-/// Throws a Failure that tells all that is wrong, if anything is.
-void RefuseFaults(const std::vector<zelk::Fault>& faults);
+/// Throws a Failure that tells all that is wrong with a document, if anything is.
+void RefuseDocument(const std::vector<zelk::Fault>& faults);
 
 /// Plans the change on the machine as it was just read, and does it, or tells what it would do. Throws Failure where
 /// nothing may be changed; what fails later is part of the answer.

@@ -157,6 +157,16 @@ GivenText Command::AddOption(const ParameterHelp& help)
     return TextOf(AddTextOption(*m_pParser, help));
 }
 
+GivenText Command::AddChoice(const ParameterHelp& help, const std::vector<std::string>& values)
+{
+    return TextOf(*AddTextOption(*m_pParser, help).check(AllOf("value", values)));
+}
+
+GivenTexts Command::AddOptions(const ParameterHelp& help)
+{
+    return TextsOf(AddListOption(*m_pParser, help));
+}
+
 GivenFlag Command::AddFlag(const std::string& sName, const std::string& sDescription)
 {
     return FlagOf(AddFlagOption(*m_pParser, sName, sDescription));

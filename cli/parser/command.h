@@ -61,6 +61,10 @@ public:
     GivenTexts AddArguments(const ParameterHelp& help);
     GivenTexts AddOptionalArguments(const ParameterHelp& help);
     GivenText AddOption(const ParameterHelp& help);
+    /// One whose text is one of the values.
+    GivenText AddChoice(const ParameterHelp& help, const std::vector<std::string>& values);
+    /// One that can be given several times, or with several values.
+    GivenTexts AddOptions(const ParameterHelp& help);
     GivenFlag AddFlag(const std::string& sName, const std::string& sDescription);
     /// Two flags of which only one can be given.
     std::pair<GivenFlag, GivenFlag> AddAlternatives(const ParameterHelp& one, const ParameterHelp& other);

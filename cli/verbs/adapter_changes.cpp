@@ -6,8 +6,8 @@
 
 #include "adapters/library_call.h"
 #include "answer/cell_text.h"
+#include "answer/failure.h"
 #include "records/answer_schema.h"
-#include "system/utf8.h"
 #include "verbs/common_verbs.h"
 
 namespace zelkctl
@@ -15,46 +15,69 @@ namespace zelkctl
 namespace
 {
 
-Change Enable(const zelk::Adapter& adapter)
+void AddEnable(Command noun)
 {
-    return {.sOperation = "EnableAdapter",
-            .adapter = adapter,
-            .sDoing = "Enabling the adapter",
-            .sDone = "Adapter " + Quoted(adapter) + " is enabled.",
-            .aspects = {ItemBecomes(adapter, "enabled", true)},
-            .operation = [info = NicInfoOf(adapter)] { return TOLVA::EnableAdapter(info); }};
+    Command verb = noun.AddVerb({"enable", "Enable an adapter", "adapter enable lan0"});
+    MakeStateVerb(verb, [adapter = AddAdapterIn(verb)](const zelk::Machine& machine) {
+        const zelk::Adapter& found = adapter(machine);
+        zelk::DesiredAdapter desired;
+        desired.enabled = true;
+        return ChangeOf(found, std::move(desired), "Adapter " + Quoted(found) + " is enabled.");
+    });
 }
 
-Change Disable(const zelk::Adapter& adapter)
+void AddDisable(Command noun)
 {
-    return {.sOperation = "DisableAdapter",
-            .adapter = adapter,
-            .sDoing = "Disabling the adapter",
-            .sDone = "Adapter " + Quoted(adapter) + " is disabled.",
-            .aspects = {ItemBecomes(adapter, "enabled", false)},
-            .operation = [info = NicInfoOf(adapter)] { return TOLVA::DisableAdapter(info); },
-            .reach = Reach::SESSION};
+    Command verb = noun.AddVerb({"disable", "Disable an adapter", "adapter disable lan0 --yes"});
+    MakeStateVerb(verb, [adapter = AddAdapterIn(verb)](const zelk::Machine& machine) {
+        const zelk::Adapter& found = adapter(machine);
+        zelk::DesiredAdapter desired;
+        desired.enabled = false;
+        StateChange change = ChangeOf(found, std::move(desired), "Adapter " + Quoted(found) + " is disabled.");
+        change.bCanDisconnect = true;
+        return change;
+    });
 }
 
-TOLVA::HARDWARE_ADDRESS ParseHardwareAddress(const std::string& sText)
+void AddRename(Command noun)
 {
-    const TraceReader trace;
-    const TOLVA::HARDWARE_ADDRESS address(velmor::string(FromUtf8(sText)));
-    if (address.size() == 0)
-        throw UsageError("ADDRESS", Quoted(sText) + " is not a hardware address: " + Explanation(trace));
-    return address;
+    Command verb = noun.AddVerb({"rename", "Rename the connection of an adapter", "adapter rename lan0 Uplink"});
+    const auto adapter = AddAdapterIn(verb);
+    const auto name = verb.AddArgument({"NAME", "The new name", "NAME"});
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        const zelk::Adapter& found = adapter(machine);
+        zelk::DesiredAdapter desired;
+        desired.connectionName = name();
+        return ChangeOf(found, std::move(desired),
+                        "Adapter " + Quoted(found) + " is called " + Quoted(name()) + " now.");
+    });
 }
 
-Change SetMac(const zelk::Adapter& adapter, const TOLVA::HARDWARE_ADDRESS& address)
+zelk::AutomaticOr<zelk::HardwareAddress> ParseHardwareAddress(const std::string& sText)
 {
-    const std::string sAddress = ToUtf8(velmor::string(address).c_str());
-    return {.sOperation = "SetHardwareAddress",
-            .adapter = adapter,
-            .sDoing = "Restarting the adapter",
-            .sDone = "Adapter " + Quoted(adapter) + " has the hardware address " + sAddress + '.',
-            .aspects = {ItemBecomes(adapter, "hardwareAddress", sAddress)},
-            .operation = [address, info = NicInfoOf(adapter)] { return TOLVA::SetHardwareAddress(info, address); },
-            .reach = Reach::SESSION};
+    if (sText == "default")
+        return zelk::Automatic();
+    if (const auto address = zelk::HardwareAddress::Parse(sText))
+        return *address;
+    throw UsageError("ADDRESS", Quoted(sText) + " is neither a hardware address nor \"default\"");
+}
+
+void AddSetMac(Command noun)
+{
+    Command verb = noun.AddVerb({"set-mac", "Set the hardware address of an adapter and restart it",
+                                 "adapter set-mac lan0 02-00-00-00-00-01 --check"});
+    const auto adapter = AddAdapterIn(verb);
+    const auto mac = verb.AddArgument(
+        {"ADDRESS", "The new hardware address, or \"default\" for the adapter's own", "XX-XX-XX-XX-XX-XX|default"});
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        zelk::DesiredAdapter desired;
+        desired.hardwareAddress = ParseHardwareAddress(mac());
+        const zelk::Adapter& found = adapter(machine);
+        StateChange change =
+            ChangeOf(found, std::move(desired), "Adapter " + Quoted(found) + " has the hardware address given.");
+        change.bCanDisconnect = true;
+        return change;
+    });
 }
 
 /// The system may have no sheet to show; the library does not call that a failure.
@@ -82,21 +105,10 @@ Json OptionsSchema()
 
 void AddAdapterChanges(Command noun)
 {
-    Command enable = noun.AddVerb({"enable", "Enable an adapter", "adapter enable lan0"});
-    MakeChangeVerb(enable, [adapter = AddAdapterArgument(enable)] { return Enable(adapter()); });
-
-    Command disable = noun.AddVerb({"disable", "Disable an adapter", "adapter disable lan0 --yes"});
-    MakeChangeVerb(disable, [adapter = AddAdapterArgument(disable)] { return Disable(adapter()); });
-
-    Command setMac = noun.AddVerb({"set-mac", "Set the hardware address of an adapter and restart it",
-                                   "adapter set-mac lan0 02-00-00-00-00-01 --check"});
-    const auto adapter = AddAdapterArgument(setMac);
-    const auto mac = setMac.AddArgument({"ADDRESS", "The new hardware address", "XX-XX-XX-XX-XX-XX"});
-    MakeChangeVerb(setMac, [adapter, mac] {
-        const auto address = ParseHardwareAddress(mac());
-        return SetMac(adapter(), address);
-    });
-
+    AddEnable(noun);
+    AddDisable(noun);
+    AddRename(noun);
+    AddSetMac(noun);
     Command options =
         noun.AddVerb({"options", "Open the system's property sheet of an adapter", "adapter options lan0"});
     options.AddJsonFlag();

@@ -1,6 +1,7 @@
 #include "verbs/common_verbs.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <state/fields/json_value.h>
@@ -53,22 +54,65 @@ std::chrono::seconds ParseTimeout(const std::string& sText)
 
 } // namespace
 
-GivenAdapter AddAdapterArgument(Command verb)
+TOLVA::FAMILY_TYPE GivenFamilies::ForLibrary() const
 {
-    const auto wanted = verb.AddArgument({ADAPTER_ARGUMENT,
-                                          "Its name, GUID, index or hardware address; if that is ambiguous, put "
-                                          "\"name:\", \"guid:\", \"index:\" or \"mac:\" before it",
-                                          ADAPTER_FORM});
-    return [wanted] { return FindAdapter(zelk::ReadMachine({.identity = false}), wanted()); };
+    return ipv4() ? TOLVA::FAMILY_IPV4 : ipv6() ? TOLVA::FAMILY_IPV6 : TOLVA::FAMILY_BOTH;
 }
 
-GivenFamily AddFamilyFlags(Command verb)
+std::vector<zelk::Family> GivenFamilies::Of(const zelk::Machine& machine, const zelk::Adapter& adapter) const
 {
-    const auto [ipv4, ipv6] = verb.AddAlternatives({"--ipv4", "Only IPv4 instead of both families", ""},
-                                                   {"--ipv6", "Only IPv6 instead of both families", ""});
-    return [ipv4 = ipv4, ipv6 = ipv6] {
-        return ipv4() ? TOLVA::FAMILY_IPV4 : ipv6() ? TOLVA::FAMILY_IPV6 : TOLVA::FAMILY_BOTH;
-    };
+    if (ipv4())
+        return {zelk::Family::IPV4};
+    if (ipv6())
+        return {zelk::Family::IPV6};
+    const bool bHasIpv6 = machine.environment.backEnd == zelk::BackEnd::VISTA && adapter.ipv6.enabled.value_or(false);
+    return bHasIpv6 ? std::vector{zelk::Family::IPV4, zelk::Family::IPV6} : std::vector{zelk::Family::IPV4};
+}
+
+GivenAdapter AddAdapterArgument(Command verb)
+{
+    return [adapter = AddAdapterIn(verb)] { return adapter(zelk::ReadMachine({.identity = false})); };
+}
+
+AdapterIn AddAdapterIn(Command verb)
+{
+    const auto wanted =
+        verb.AddArgument({ADAPTER_ARGUMENT,
+                          "Its name, GUID, index or hardware address; if that is ambiguous, put \"name:\", \"guid:\", "
+                          "\"index:\" or \"mac:\" before it",
+                          ADAPTER_FORM});
+    return [wanted](const zelk::Machine& machine) -> const zelk::Adapter& { return FindAdapter(machine, wanted()); };
+}
+
+GivenFamilies AddFamilyFlags(Command verb)
+{
+    auto [ipv4, ipv6] = verb.AddAlternatives({"--ipv4", "Only IPv4 instead of both families", ""},
+                                             {"--ipv6", "Only IPv6 instead of both families", ""});
+    return {std::move(ipv4), std::move(ipv6)};
+}
+
+GivenFlag AddYesFlag(Command verb)
+{
+    return verb.AddFlag("--yes", "Confirm a change that can disconnect sessions, without being asked");
+}
+
+GivenSeconds AddTimeoutOption(Command verb, const std::string& sDescription)
+{
+    return [timeout = verb.AddOption({"--timeout", sDescription, "SECONDS"})] { return ParseTimeout(timeout()); };
+}
+
+GivenNumber AddMetricOption(Command verb)
+{
+    return
+        [metric = verb.AddOption({"--metric", "The metric, from 1 to 9999", "N"})]() -> std::optional<std::uint32_t> {
+            const std::string sText = metric();
+            if (sText.empty())
+                return std::nullopt;
+            const auto ulMetric = ParseNumber(sText);
+            if (!ulMetric)
+                throw UsageError("--metric", Quoted(sText) + " is not a number");
+            return *ulMetric;
+        };
 }
 
 Command AddAdapterPartVerb(Command noun, const CommandHelp& help, const std::vector<std::string>& keys)
@@ -100,38 +144,44 @@ Command AddAdapterListVerb(Command noun, const ListVerb& list)
     return verb;
 }
 
-void MakeChangeVerb(Command verb, std::function<Change()> plan)
+StateChange ChangeOf(const zelk::Adapter& adapter, zelk::DesiredAdapter desired, std::string sDone)
 {
-    verb.Answers(ChangeSchema, AddChange(verb, std::move(plan)));
+    desired.adapter = adapter.guid ? "guid:" + adapter.guid->ToText() : zelk::NameOf(adapter);
+    StateChange change{.state = {}, .sDone = std::move(sDone)};
+    change.state.adapters.push_back(std::move(desired));
+    return change;
 }
 
-std::function<Answer()> AddChange(Command verb, std::function<Change()> plan)
+void SetDnsServers(const std::vector<zelk::IpAddress>& servers, zelk::DesiredAdapter& desired)
 {
-    const auto check = verb.AddFlag("--check", "Show the state before and after, but change nothing");
-    const auto noVerify = verb.AddFlag("--no-verify", "Do not verify that the machine shows the change");
-    const auto yes = verb.AddFlag("--yes", "Confirm a change that can disconnect sessions, without being asked");
-    verb.AddJsonFlag();
-    return [=, plan = std::move(plan)] {
-        return Perform(plan(), {.bCheck = check(), .bVerify = !noVerify(), .bConfirmed = yes()});
-    };
+    for (const zelk::Family family : zelk::FAMILIES)
+    {
+        std::vector<zelk::IpAddress> list;
+        std::ranges::copy_if(servers, std::back_inserter(list),
+                             [=](const zelk::IpAddress& server) { return server.GetFamily() == family; });
+        if (!list.empty())
+            desired.Of(family).dnsServers = std::move(list);
+    }
+}
+
+void MakeStateVerb(Command verb, std::function<StateChange(const zelk::Machine&)> plan)
+{
+    const auto yes = AddYesFlag(verb);
+    verb.Answers(StateChangeSchema, [=, options = AddStateChangeOptions(verb), plan = std::move(plan)] {
+        auto given = options();
+        given.bConfirmed = yes();
+        const zelk::Machine machine = zelk::ReadMachine();
+        return Perform(machine, plan(machine), given);
+    });
 }
 
 std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
 {
     const auto check = verb.AddFlag("--check", "Show what would be changed and how, but change nothing");
     const auto keep = verb.AddFlag("--keep", "Do not undo what was done if a step fails");
-    const auto timeout = verb.AddOption(
-        {"--timeout", "How long each command, and the verification, may take; 60 by default", "SECONDS"});
+    const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
     verb.AddJsonFlag();
-    return [=] { return StateChangeOptions{.bCheck = check(), .bKeep = keep(), .timeout = ParseTimeout(timeout())}; };
-}
-
-Aspect ItemBecomes(const zelk::Adapter& adapter, const std::string& sKey, Json wanted)
-{
-    const Field field = Only({sKey}, ShownFields<zelk::Adapter>()).front();
-    return AdapterAspect(
-        adapter, sKey, field.sLabel, [field](const zelk::Adapter& now) { return ValueOf(field, zelk::ToJson(now)); },
-        std::move(wanted));
+    return [=] { return StateChangeOptions{.bCheck = check(), .bKeep = keep(), .timeout = timeout()}; };
 }
 
 } // namespace zelkctl

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <zelk_nm/tolva.h>
 
 #include "adapters/adapter.h"
-#include "change/change.h"
 #include "change/state_change.h"
 #include "parser/command.h"
 #include "records/shown_fields.h"
@@ -20,13 +22,33 @@ inline constexpr const char* ADAPTER_FORM = "NAME|{GUID}|#INDEX|MAC";
 
 // What verbs of several nouns have in common. What the user gave is asked for when the command line was read.
 using GivenAdapter = std::function<zelk::Adapter()>; ///< as it is at that time
-using GivenFamily = std::function<TOLVA::FAMILY_TYPE()>;
+using AdapterIn = std::function<const zelk::Adapter&(const zelk::Machine&)>;
+using GivenNumber = std::function<std::optional<std::uint32_t>()>;
+using GivenSeconds = std::function<std::chrono::seconds()>;
+
+/// The address families that the user chose; without a choice both are meant.
+struct GivenFamilies
+{
+    GivenFlag ipv4;
+    GivenFlag ipv6;
+
+    [[nodiscard]] TOLVA::FAMILY_TYPE ForLibrary() const;
+    /// Without those that nobody chose and the adapter, or the system, does not have or cannot configure.
+    [[nodiscard]] std::vector<zelk::Family> Of(const zelk::Machine& machine, const zelk::Adapter& adapter) const;
+};
 
 /// Makes an adapter, in the user's words, the verb's argument.
 GivenAdapter AddAdapterArgument(Command verb);
 
-/// Lets the user choose one address family; both are meant by default.
-GivenFamily AddFamilyFlags(Command verb);
+/// Likewise of a machine that was read already.
+AdapterIn AddAdapterIn(Command verb);
+
+/// Lets the user choose one address family.
+GivenFamilies AddFamilyFlags(Command verb);
+GivenFlag AddYesFlag(Command verb);
+GivenSeconds AddTimeoutOption(Command verb, const std::string& sDescription);
+/// The metric of a route or a gateway.
+GivenNumber AddMetricOption(Command verb);
 
 /// A verb that shows the part of an adapter with these keys; its JSON is the whole adapter.
 Command AddAdapterPartVerb(Command noun, const CommandHelp& help, const std::vector<std::string>& keys);
@@ -42,34 +64,16 @@ struct ListVerb
 };
 Command AddAdapterListVerb(Command noun, const ListVerb& list);
 
-/// Makes the verb one that changes something: `plan` is asked for the change when the command line was read. Adds
-/// --check, --no-verify, --yes and --json.
-void MakeChangeVerb(Command verb, std::function<Change()> plan);
-/// Likewise for a verb that does so only at times: gives what does it.
-std::function<Answer()> AddChange(Command verb, std::function<Change()> plan);
+/// A change of this adapter to what is desired of it.
+StateChange ChangeOf(const zelk::Adapter& adapter, zelk::DesiredAdapter desired, std::string sDone);
 
+/// Wants the servers, of each family of which there are any.
+void SetDnsServers(const std::vector<zelk::IpAddress>& servers, zelk::DesiredAdapter& desired);
+
+/// Makes the verb one that takes the machine to a state: `plan` is asked for it when the command line and the machine
+/// were read. Adds --check, --yes, --keep, --timeout and --json.
+void MakeStateVerb(Command verb, std::function<StateChange(const zelk::Machine&)> plan);
 /// Adds --check, --keep, --timeout and --json, and what the user gave for them.
 std::function<StateChangeOptions()> AddStateChangeOptions(Command verb);
-
-constexpr bool HasIpv4(TOLVA::FAMILY_TYPE enFamily) noexcept
-{
-    return enFamily != TOLVA::FAMILY_IPV6;
-}
-
-constexpr bool HasIpv6(TOLVA::FAMILY_TYPE enFamily) noexcept
-{
-    return enFamily != TOLVA::FAMILY_IPV4;
-}
-
-/// "IPv4", "IPv6", or "IPv4 and IPv6".
-constexpr const char* FamilyText(TOLVA::FAMILY_TYPE enFamily) noexcept
-{
-    if (enFamily == TOLVA::FAMILY_BOTH)
-        return "IPv4 and IPv6";
-    return enFamily == TOLVA::FAMILY_IPV4 ? "IPv4" : "IPv6";
-}
-
-/// That the adapter's item with this key becomes the value.
-Aspect ItemBecomes(const zelk::Adapter& adapter, const std::string& sKey, Json wanted);
 
 } // namespace zelkctl

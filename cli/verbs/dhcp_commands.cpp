@@ -1,9 +1,18 @@
 #include "verbs/dhcp_commands.h"
 
+#include <algorithm>
 #include <string>
-#include <vector>
+#include <thread>
+#include <utility>
 
-#include "verbs/address_aspects.h"
+#include <state/fields/json_value.h>
+#include <state/reading/read_machine.h>
+
+#include "adapters/library_call.h"
+#include "change/permission.h"
+#include "records/answer_schema.h"
+#include "system/command_search.h"
+#include "system/progress.h"
 #include "verbs/common_verbs.h"
 
 namespace zelkctl
@@ -11,7 +20,7 @@ namespace zelkctl
 namespace
 {
 
-/// A verb that changes the leases of one family or both.
+/// A verb that has the DHCP client do something now. Nothing is configured otherwise afterwards.
 struct LeaseVerb
 {
     CommandHelp help;
@@ -19,87 +28,133 @@ struct LeaseVerb
     bool (*pOperation)(const TOLVA::NIC_INFO&, TOLVA::FAMILY_TYPE);
     const char* pszDoing;
     const char* pszDone;
-    std::vector<Aspect> (*pAspects)(const zelk::Adapter&, TOLVA::FAMILY_TYPE);
-    Reach reach;
+    bool bLeased; ///< whether the adapter has a leased IPv4 address afterwards
 };
-
-/// The server may offer something else, or nothing: whatever can be read of IPv6 will do.
-Aspect Ipv6Identity(const zelk::Adapter& adapter)
-{
-    Aspect aspect = ItemBecomes(adapter, "ipv6.dhcpDuid", {});
-    aspect.isReached = [](const Json&) { return true; };
-    return aspect;
-}
-
-std::vector<Aspect> LeaseAspects(const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily, bool bLeased)
-{
-    std::vector<Aspect> aspects;
-    if (HasIpv4(enFamily))
-        aspects.push_back(LeasedIpv4Addresses(adapter, bLeased));
-    if (HasIpv6(enFamily))
-        aspects.push_back(Ipv6Identity(adapter));
-    return aspects;
-}
-
-std::vector<Aspect> Renewed(const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
-{
-    return LeaseAspects(adapter, enFamily, true);
-}
-
-std::vector<Aspect> Released(const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
-{
-    return LeaseAspects(adapter, enFamily, false);
-}
-
-/// Of IPv6 the library keeps no setting: an adapter without static addresses asks by itself.
-std::vector<Aspect> Returned(const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
-{
-    std::vector<Aspect> aspects;
-    if (HasIpv4(enFamily))
-    {
-        aspects.push_back(ItemBecomes(adapter, "ipv4.configured.dhcp", true));
-        aspects.push_back(NoStaticAddresses(adapter, zelk::Family::IPV4));
-    }
-    if (HasIpv6(enFamily))
-        aspects.push_back(NoStaticAddresses(adapter, zelk::Family::IPV6));
-    return aspects;
-}
 
 const LeaseVerb LEASE_VERBS[] = {
     {{"renew", "Renew the DHCP lease of one adapter", "dhcp renew lan0 --ipv4"},
      "RenewDhcp",
      &TOLVA::RenewDhcp,
      "Renewing the lease",
-     " has renewed its lease",
-     Renewed,
-     Reach::SETTINGS},
+     " has renewed its lease.",
+     true},
     {{"release", "Release the DHCP lease of one adapter", "dhcp release lan0 --ipv4 --yes"},
      "ReleaseDhcp",
      &TOLVA::ReleaseDhcp,
      "Releasing the lease",
-     " has released its lease",
-     Released,
-     Reach::SESSION},
-    {{"return", "Replace static addresses of one adapter by DHCP: removes them, restarts it and renews the lease",
-      "dhcp return lan0 --ipv4 --yes"},
-     "ReturnToDhcp",
-     &TOLVA::ReturnToDhcp,
-     "Returning to DHCP",
-     " uses DHCP",
-     Returned,
-     Reach::SESSION}};
+     " has released its lease.",
+     false}};
 
-Change ChangeLease(const LeaseVerb& verb, const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
+bool HasLeasedAddress(const zelk::Adapter& adapter)
 {
-    const std::string sFamilies = std::string(" (") + FamilyText(enFamily) + ')';
-    return {.sOperation = verb.pszOperation,
-            .adapter = adapter,
-            .sDoing = verb.pszDoing + sFamilies,
-            .sDone = "Adapter " + Quoted(adapter) + verb.pszDone + sFamilies + '.',
-            .aspects = verb.pAspects(adapter, enFamily),
-            .operation = [=, info = NicInfoOf(adapter)] { return verb.pOperation(info, enFamily); },
-            .reach = verb.reach,
-            .bNeedsIpv6 = enFamily == TOLVA::FAMILY_IPV6};
+    const auto& addresses = adapter.ipv4.addresses;
+    return addresses && std::ranges::any_of(*addresses, [](const zelk::Address& address) {
+               return address.origin == zelk::AddressOrigin::DHCP && !address.address.IsLinkLocal();
+           });
+}
+
+/// Reads the machine until the adapter has a lease or none, or the time is over: how it stands then.
+std::pair<bool, Json> AwaitLease(const zelk::Adapter& adapter, bool bLeased, std::chrono::seconds timeout)
+{
+    constexpr auto INTERVAL = std::chrono::milliseconds(250);
+    const ProgressDisplay progress("Verifying");
+    const auto end = std::chrono::steady_clock::now() + timeout;
+    for (;;)
+    {
+        const zelk::Machine machine = zelk::ReadMachine({.identity = false});
+        const zelk::Adapter* const pNow = SameAdapter(machine, adapter);
+        const bool bReached = pNow != nullptr && HasLeasedAddress(*pNow) == bLeased;
+        if (bReached || std::chrono::steady_clock::now() >= end)
+            return {bReached, pNow != nullptr ? zelk::ToJson(*pNow) : Json()};
+        std::this_thread::sleep_for(INTERVAL);
+    }
+}
+
+Answer ChangeLease(const LeaseVerb& verb, const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily,
+                   std::chrono::seconds timeout)
+{
+    const TraceReader trace;
+    {
+        const ProgressDisplay progress(verb.pszDoing);
+        SearchSystemDirectoryFirst(); // the library starts ipconfig by its name
+        if (!verb.pOperation(NicInfoOf(adapter), enFamily))
+            throw OperationFailed(verb.pszOperation, &adapter, trace, enFamily == TOLVA::FAMILY_IPV6);
+    }
+    const std::string sSurvived = trace.Problems().empty() ? "" : Explanation(trace);
+    // Of IPv6 nothing tells a lease: the router's addresses look the same.
+    auto [bVerified, now] = enFamily == TOLVA::FAMILY_IPV6 ? std::pair(false, zelk::ToJson(adapter))
+                                                           : AwaitLease(adapter, verb.bLeased, timeout);
+    Answer answer{.value = {{"done", true},
+                            {"verified", bVerified},
+                            {"wentOnAfter", sSurvived.empty() ? Json() : Json(sSurvived)},
+                            {"adapter", std::move(now)}},
+                  .text = ""};
+    if (!bVerified && enFamily != TOLVA::FAMILY_IPV6)
+    {
+        answer.code = EXIT_NOT_VERIFIED;
+        answer.notes = {"The library reported success, but adapter " + Quoted(adapter) +
+                        (verb.bLeased ? " has no leased IPv4 address." : " still has a leased IPv4 address.")};
+    }
+    else
+        answer.notes = {"Adapter " + Quoted(adapter) + verb.pszDone};
+    if (!sSurvived.empty())
+        answer.notes.push_back("The library reported a problem on the way: " + sSurvived);
+    return answer;
+}
+
+Json LeaseSchema()
+{
+    const Json boolean = zelk::SchemaOfType("boolean");
+    return ObjectOf({{"done", boolean},
+                     {"verified", boolean},
+                     {"wentOnAfter", zelk::OrNull(zelk::SchemaOfType("string"))},
+                     {"adapter", zelk::OrNull(zelk::ReferenceTo("adapter"))}});
+}
+
+void AddLeaseVerb(Command noun, const LeaseVerb& lease)
+{
+    Command verb = noun.AddVerb(lease.help);
+    const auto adapter = AddAdapterArgument(verb);
+    const auto families = AddFamilyFlags(verb);
+    const auto yes = lease.bLeased ? GivenFlag([] { return true; }) : AddYesFlag(verb);
+    const auto timeout = AddTimeoutOption(verb, "How long to wait until the adapter shows it; 60 by default");
+    verb.AddJsonFlag();
+    verb.Answers(LeaseSchema, [=, &lease] {
+        const auto limit = timeout();
+        const zelk::Adapter found = adapter();
+        RequireElevation(zelk::NameOf(found));
+        RequireConfirmation(zelk::NameOf(found), yes());
+        return ChangeLease(lease, found, families.ForLibrary(), limit);
+    });
+}
+
+void AddReturn(Command noun)
+{
+    Command verb =
+        noun.AddVerb({"return", "Return one adapter to DHCP and automatic addresses", "dhcp return lan0 --ipv4 --yes"});
+    verb.AddRemark("Static addresses, default gateways and DNS servers are removed.");
+    const auto adapter = AddAdapterIn(verb);
+    const auto families = AddFamilyFlags(verb);
+    const auto keepDns = verb.AddFlag("--keep-dns", "Keep the static DNS servers");
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        const zelk::Adapter& found = adapter(machine);
+        zelk::DesiredAdapter desired;
+        for (const zelk::Family family : families.Of(machine, found))
+        {
+            zelk::DesiredIp& ip = desired.Of(family);
+            if (family == zelk::Family::IPV4)
+                ip.dhcp = true;
+            else
+                ip.addresses.emplace();
+            ip.gateways.emplace();
+            if (!keepDns())
+                ip.dnsServers = zelk::Automatic();
+        }
+        StateChange change =
+            ChangeOf(found, std::move(desired), "Adapter " + Quoted(found) + " uses DHCP and automatic addresses.");
+        change.bCanDisconnect = true;
+        return change;
+    });
 }
 
 } // namespace
@@ -112,12 +167,8 @@ void AddDhcpCommands(Command tool)
                         "ipv4.lease.obtained", "ipv4.lease.expires", "ipv4.autoconfiguration", "ipv6.dhcp",
                         "ipv6.dhcpIaid", "ipv6.dhcpDuid"});
     for (const LeaseVerb& lease : LEASE_VERBS)
-    {
-        Command verb = noun.AddVerb(lease.help);
-        MakeChangeVerb(verb, [&lease, adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
-            return ChangeLease(lease, adapter(), family());
-        });
-    }
+        AddLeaseVerb(noun, lease);
+    AddReturn(noun);
 }
 
 } // namespace zelkctl

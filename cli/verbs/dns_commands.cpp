@@ -1,12 +1,19 @@
 #include "verbs/dns_commands.h"
 
-#include <algorithm>
-#include <iterator>
 #include <string>
-#include <vector>
 
+#include <state/apply/process.h>
+
+#include "adapters/adapter.h"
+#include "answer/cell_text.h"
+#include "answer/failure.h"
+#include "change/permission.h"
 #include "parser/ip_argument.h"
 #include "records/answer_schema.h"
+#include "system/interrupt.h"
+#include "system/progress.h"
+#include "system/system_error.h"
+#include "system/utf8.h"
 #include "verbs/common_verbs.h"
 
 namespace zelkctl
@@ -14,77 +21,85 @@ namespace zelkctl
 namespace
 {
 
-/// Only the first server is used at once.
-void AddServers(const zelk::Adapter& adapter, const std::string& sFamily, zelk::Family family,
-                const std::vector<zelk::IpAddress>& servers, std::vector<Aspect>& aspects)
-{
-    Json wanted = Json::array();
-    for (const zelk::IpAddress& server : servers)
-        if (server.GetFamily() == family)
-            wanted.push_back(server.ToText());
-    if (wanted.empty())
-        return;
-    for (const char* pszKey : {".configured.dnsServers", ".dnsServers"})
-    {
-        Aspect aspect = ItemBecomes(adapter, sFamily + pszKey, wanted);
-        aspect.isReached = [first = wanted.front()](const Json& now) {
-            return std::ranges::find(now, first) != now.end();
-        };
-        aspects.push_back(std::move(aspect));
-    }
-}
-
-Change SetServers(const zelk::Adapter& adapter, const std::vector<zelk::IpAddress>& servers)
-{
-    std::vector<velmor::ip_address> wanted;
-    std::ranges::transform(servers, std::back_inserter(wanted), ToVelmor);
-    Change change{.sOperation = "SetDnsServerList",
-                  .adapter = adapter,
-                  .sDoing = "Setting the DNS servers",
-                  .sDone = "Adapter " + Quoted(adapter) + " has static DNS servers.",
-                  .operation = [wanted, info = NicInfoOf(adapter)] { return TOLVA::SetDnsServerList(info, wanted); },
-                  .bNeedsIpv6 = !std::ranges::all_of(servers, &zelk::IpAddress::IsIpv4)};
-    AddServers(adapter, "ipv4", zelk::Family::IPV4, servers, change.aspects);
-    AddServers(adapter, "ipv6", zelk::Family::IPV6, servers, change.aspects);
-    return change;
-}
-
 void AddSet(Command noun)
 {
     Command verb =
         noun.AddVerb({"set", "Set static DNS servers of one adapter", "dns set lan0 192.168.1.1 2001:db8::53"});
-    verb.AddRemark(
-        "They replace those of both families. The first one is used at once, the others when the adapter is\n"
-        "configured again.");
-    const auto adapter = AddAdapterArgument(verb);
+    verb.AddRemark("They replace those of their family. If all of them are of one family, the servers of the other\n"
+                   "family remain.");
+    const auto adapter = AddAdapterIn(verb);
     const auto servers = verb.AddArguments({"SERVER", "The servers, in order of preference", "ADDRESS"});
-    MakeChangeVerb(verb, [adapter, servers] {
-        const auto wanted = ParseAddresses("SERVER", servers());
-        return SetServers(adapter(), wanted);
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        zelk::DesiredAdapter desired;
+        SetDnsServers(ParseAddresses("SERVER", servers()), desired);
+        const zelk::Adapter& found = adapter(machine);
+        return ChangeOf(found, std::move(desired), "Adapter " + Quoted(found) + " has the DNS servers given.");
     });
-}
-
-Change ReturnToAutomatic(const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily)
-{
-    Change change{.sOperation = "ReturnDnsToDhcp",
-                  .adapter = adapter,
-                  .sDoing = "Removing the static DNS servers",
-                  .sDone = "Adapter " + Quoted(adapter) + " has no static DNS servers (" + FamilyText(enFamily) + ").",
-                  .operation = [=, info = NicInfoOf(adapter)] { return TOLVA::ReturnDnsToDhcp(info, enFamily); }};
-    if (HasIpv4(enFamily))
-        change.aspects.push_back(ItemBecomes(adapter, "ipv4.configured.dnsServers", "automatic"));
-    if (HasIpv6(enFamily))
-        change.aspects.push_back(ItemBecomes(adapter, "ipv6.configured.dnsServers", "automatic"));
-    return change;
 }
 
 void AddReturn(Command noun)
 {
     Command verb = noun.AddVerb({"return", "Remove the static DNS servers of one adapter", "dns return lan0 --ipv4"});
-    verb.AddRemark("Nothing else changes until the adapter is configured again.");
-    MakeChangeVerb(verb, [adapter = AddAdapterArgument(verb), family = AddFamilyFlags(verb)] {
-        return ReturnToAutomatic(adapter(), family());
+    const auto adapter = AddAdapterIn(verb);
+    const auto families = AddFamilyFlags(verb);
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        const zelk::Adapter& found = adapter(machine);
+        zelk::DesiredAdapter desired;
+        for (const zelk::Family family : families.Of(machine, found))
+            desired.Of(family).dnsServers = zelk::Automatic();
+        return ChangeOf(found, std::move(desired), "Adapter " + Quoted(found) + " has no static DNS servers.");
     });
+}
+
+/// A verb that has the system's own command do it.
+struct ResolverVerb
+{
+    CommandHelp help;
+    const wchar_t* pszArgument; ///< of ipconfig
+    const char* pszDoing;
+    const char* pszDone;
+};
+
+const ResolverVerb RESOLVER_VERBS[] = {
+    {{"flush", "Empty the cache of the system's DNS resolver", "dns flush"},
+     L"/flushdns",
+     "Emptying the cache",
+     "The cache of the DNS resolver is empty."},
+    {{"register", "Renew all DHCP leases and register the names of this machine in DNS again", "dns register"},
+     L"/registerdns",
+     "Registering the names",
+     "The registration of the names has been started."}};
+
+Answer Perform(const ResolverVerb& verb, std::chrono::seconds timeout)
+{
+    RequireElevation("");
+    const InterruptGuard guard;
+    const ProgressDisplay progress(verb.pszDoing);
+    const auto result =
+        zelk::RunSystemProgram(L"ipconfig.exe", {verb.pszArgument}, timeout, &InterruptGuard::IsInterrupted);
+    const std::string sCommand = "ipconfig " + ToUtf8(std::wstring_view(verb.pszArgument));
+    if (result.timedOut)
+        throw Failure({.code = EXIT_TIME_OVER, .sReason = sCommand + " did not end in time and was ended"});
+    if (result.cancelled)
+        throw Failure({.sReason = sCommand + " was cancelled"});
+    if (result.error != 0)
+        throw Failure({.sReason = sCommand + " cannot be run: " + SystemText(result.error)});
+    if (result.exitCode != 0u)
+        throw Failure({.sReason = sCommand + " ended with exit code " + std::to_string(*result.exitCode) +
+                                  (result.output.empty() ? "" : "; it printed: " + OneLine(result.output))});
+    return {.value = {{"done", true}}, .text = "", .notes = {verb.pszDone}};
+}
+
+void AddResolverVerb(Command noun, const ResolverVerb& resolver)
+{
+    Command verb = noun.AddVerb(resolver.help);
+    const auto timeout = AddTimeoutOption(verb, "How long the command may take; 60 by default");
+    verb.AddJsonFlag();
+    verb.Answers(
+        [] {
+            return ObjectOf({{"done", zelk::SchemaOfType("boolean")}});
+        },
+        [&resolver, timeout] { return Perform(resolver, timeout()); });
 }
 
 } // namespace
@@ -103,6 +118,8 @@ void AddDnsCommands(Command tool)
         noun, {"status", "Show the DNS servers in use and the static ones of one adapter", "dns status lan0"},
         {"ipv4.dnsServers", "ipv4.configured.dnsServers", "ipv6.dnsServers", "ipv6.configured.dnsServers"});
     AddReturn(noun);
+    for (const ResolverVerb& resolver : RESOLVER_VERBS)
+        AddResolverVerb(noun, resolver);
 }
 
 } // namespace zelkctl

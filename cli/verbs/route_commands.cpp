@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
-#include "adapters/library_call.h"
-#include "answer/cell_text.h"
+#include <state/desired/export.h>
+
+#include "adapters/adapter.h"
+#include "answer/failure.h"
 #include "parser/ip_argument.h"
-#include "system/number.h"
 #include "verbs/common_verbs.h"
 
 namespace zelkctl
@@ -14,79 +16,158 @@ namespace zelkctl
 namespace
 {
 
-unsigned long ParseMetric(const std::string& sText)
+/// A route as it is given on a command line.
+struct GivenRoute
 {
-    const auto ulMetric = ParseNumber(sText.empty() ? "0" : sText);
-    if (!ulMetric)
-        throw UsageError("--metric", Quoted(sText) + " is not a number from 0 to 4294967295");
-    return *ulMetric;
-}
+    zelk::IpPrefix destination;
+    std::optional<zelk::IpAddress> nextHop; ///< absent only where any is meant
+    std::optional<std::uint32_t> metric;
+    bool bPersistent = false;
+};
 
-/// What the user gives for a new route.
-zelk::Route ParseRoute(const std::string& sDestination, const std::string& sNextHop, const std::string& sMetric)
+GivenRoute ParseRoute(const std::string& sDestination, const std::string& sNextHop)
 {
-    zelk::Route route;
+    GivenRoute route;
     route.destination = ParseNetwork("DESTINATION", sDestination);
+    if (sNextHop.empty())
+        return route;
     route.nextHop = ParseAddress("NEXTHOP", sNextHop);
-    if (route.nextHop.GetFamily() != route.destination.address.GetFamily())
-        throw UsageError("NEXTHOP", "destination and next hop have to be of the same family, IPv4 or IPv6");
-    route.metric = ParseMetric(sMetric);
+    if (route.nextHop->GetFamily() != route.destination.address.GetFamily())
+        throw UsageError("NEXTHOP", "destination and next hop must be of the same family, IPv4 or IPv6");
     return route;
 }
 
-std::string TextOf(const zelk::Route& route)
+enum class Edit
 {
-    return route.destination.ToText() + " via " + route.nextHop.ToText();
+    ADD,   ///< beside the others; one that is there gets the metric and the store
+    SET,   ///< the only one to its destination
+    REMOVE ///< it, or all to the destination
+};
+
+/// Default routes are an adapter's gateways.
+struct GatewayList
+{
+    using Element = zelk::Gateway;
+
+    static bool IsTo(const Element&, const GivenRoute&) { return true; }
+    static const zelk::IpAddress& NextHop(const Element& gateway) { return gateway.address; }
+    static Element New(const GivenRoute& given) { return {*given.nextHop, given.metric}; }
+    static void Change(Element& gateway, const GivenRoute& given)
+    {
+        if (given.metric)
+            gateway.metric = given.metric;
+    }
+};
+
+struct RouteList
+{
+    using Element = zelk::DesiredRoute;
+
+    static bool IsTo(const Element& route, const GivenRoute& given) { return route.destination == given.destination; }
+    static const zelk::IpAddress& NextHop(const Element& route) { return route.nextHop; }
+    static Element New(const GivenRoute& given)
+    {
+        return {given.destination, *given.nextHop, given.metric,
+                given.bPersistent ? zelk::RouteStore::PERSISTENT : zelk::RouteStore::ACTIVE};
+    }
+    static void Change(Element& route, const GivenRoute& given)
+    {
+        if (given.metric)
+            route.metric = given.metric;
+        if (given.bPersistent)
+            route.store = zelk::RouteStore::PERSISTENT;
+    }
+};
+
+template <class List>
+void Apply(Edit edit, const GivenRoute& given, std::vector<typename List::Element>& list)
+{
+    const auto IsMeant = [&](const auto& element) {
+        return List::IsTo(element, given) && (!given.nextHop || List::NextHop(element) == *given.nextHop);
+    };
+    if (edit == Edit::REMOVE)
+    {
+        std::erase_if(list, IsMeant);
+        return;
+    }
+    if (edit == Edit::SET)
+        std::erase_if(list, [&](const auto& element) { return List::IsTo(element, given) && !IsMeant(element); });
+    const auto found = std::ranges::find_if(list, IsMeant);
+    if (found == list.end())
+        list.push_back(List::New(given));
+    else
+        List::Change(*found, given);
 }
 
-/// The metric is not compared: the library raises it until the system takes it.
-Aspect RoutePresent(const zelk::Adapter& adapter, const std::string& sRoute)
+/// The adapter's routes, or gateways, with the change in them.
+zelk::DesiredAdapter DesiredOf(const zelk::Adapter& adapter, Edit edit, const GivenRoute& given)
 {
-    return AdapterAspect(
-        adapter, "route", "Route",
-        [sRoute](const zelk::Adapter& now) {
-            const bool bPresent = now.routes && std::ranges::find(*now.routes, sRoute, TextOf) != now.routes->end();
-            return bPresent ? Json(sRoute) : Json();
-        },
-        sRoute);
+    const zelk::DesiredAdapter present = zelk::ConfigurationOf(adapter);
+    const zelk::Family family = given.destination.address.GetFamily();
+    zelk::DesiredAdapter desired;
+    desired.Of(family).gateways = present.Of(family).gateways;
+    desired.routes = present.routes;
+    const bool bDefault = given.destination.length == 0;
+    if (bDefault ? !desired.Of(family).gateways : !desired.routes)
+        throw Failure({.code = EXIT_NOT_POSSIBLE,
+                       .sReason = "the routes of the adapter are not known; nothing was changed",
+                       .sAdapter = zelk::NameOf(adapter),
+                       .sHint = "\"zelkctl adapter show\" says why."});
+    if (bDefault)
+    {
+        Apply<GatewayList>(edit, given, *desired.Of(family).gateways);
+        desired.routes.reset();
+    }
+    else
+    {
+        Apply<RouteList>(edit, given, *desired.routes);
+        desired.Of(family).gateways.reset();
+    }
+    return desired;
 }
 
-TOLVA::ROUTE_INFO RouteInfoOf(const zelk::Adapter& adapter, const zelk::Route& route)
+StateChange ChangeRoutes(const zelk::Adapter& adapter, Edit edit, const GivenRoute& given)
 {
-    TOLVA::ROUTE_INFO info;
-    Call("GetAdapterIndex", &adapter, [&] { return TOLVA::GetAdapterIndex(NicInfoOf(adapter), info.ulIndex); });
-    info.Destination = ToVelmor(route.destination.address);
-    info.PrefixLength = route.destination.length;
-    info.NextHop = ToVelmor(route.nextHop);
-    info.ulMetric = route.metric.value_or(0);
-    return info;
+    const std::string sRoute = "the route to " + given.destination.ToText() +
+                               (given.nextHop ? " via " + given.nextHop->ToText() : std::string());
+    StateChange change =
+        ChangeOf(adapter, DesiredOf(adapter, edit, given),
+                 "Adapter " + Quoted(adapter) + (edit == Edit::REMOVE ? " no longer has " : " has ") + sRoute + '.');
+    change.bCanDisconnect = edit != Edit::ADD || given.destination.length == 0;
+    return change;
 }
 
-Change AddRoute(const zelk::Adapter& adapter, const zelk::Route& route)
+const ParameterHelp DESTINATION = {"DESTINATION", "The destination network; 0.0.0.0/0 or ::/0 for a default route",
+                                   "ADDRESS/PREFIX"};
+
+void AddAddOrSet(Command noun, const CommandHelp& help, Edit edit)
 {
-    const std::string sRoute = TextOf(route);
-    return {.sOperation = "AddAdapterRoute",
-            .adapter = adapter,
-            .sDoing = "Adding the route",
-            .sDone = "Adapter " + Quoted(adapter) + " has the route " + sRoute + '.',
-            .aspects = {RoutePresent(adapter, sRoute)},
-            .operation = [info = NicInfoOf(adapter),
-                          wanted = RouteInfoOf(adapter, route)] { return TOLVA::AddAdapterRoute(info, wanted); },
-            .reach = route.destination.length == 0 ? Reach::SESSION : Reach::SETTINGS,
-            .bNeedsIpv6 = !route.nextHop.IsIpv4()};
+    Command verb = noun.AddVerb(help);
+    const auto adapter = AddAdapterIn(verb);
+    const auto destination = verb.AddArgument(DESTINATION);
+    const auto nextHop = verb.AddArgument({"NEXTHOP", "Address of the gateway; 0.0.0.0 or :: for none", "ADDRESS"});
+    const auto metric = AddMetricOption(verb);
+    const auto persistent = verb.AddFlag("--persistent", "Keep the route after the next start of the system");
+    verb.AddRemark("A route that exists keeps its metric and its store unless others are given. Default routes are\n"
+                   "always persistent.");
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        GivenRoute route = ParseRoute(destination(), nextHop());
+        route.metric = metric();
+        route.bPersistent = persistent();
+        return ChangeRoutes(adapter(machine), edit, route);
+    });
 }
 
-void AddAdd(Command noun)
+void AddRemove(Command noun)
 {
-    Command verb = noun.AddVerb({"add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1 --check"});
-    const auto adapter = AddAdapterArgument(verb);
-    const auto destination = verb.AddArgument(
-        {"DESTINATION", "The destination network; 0.0.0.0/0 or ::/0 for a default route", "ADDRESS/PREFIX"});
-    const auto nextHop = verb.AddArgument({"NEXTHOP", "Address of the gateway", "ADDRESS"});
-    const auto metric = verb.AddOption({"--metric", "The metric, 0 by default; one that is too low is raised", "N"});
-    MakeChangeVerb(verb, [=] {
-        const zelk::Route route = ParseRoute(destination(), nextHop(), metric());
-        return AddRoute(adapter(), route);
+    Command verb = noun.AddVerb({"remove", "Remove a route from one adapter", "route remove lan0 10.0.0.0/8 --check"});
+    const auto adapter = AddAdapterIn(verb);
+    const auto destination = verb.AddArgument(DESTINATION);
+    const auto nextHop = verb.AddOptionalArgument(
+        {"NEXTHOP", "Address of the gateway; without it all static routes to the destination are meant", "ADDRESS"});
+    MakeStateVerb(verb, [=](const zelk::Machine& machine) {
+        const GivenRoute route = ParseRoute(destination(), nextHop());
+        return ChangeRoutes(adapter(machine), Edit::REMOVE, route);
     });
 }
 
@@ -100,7 +181,13 @@ void AddRouteCommands(Command tool)
                               ShownFields<zelk::Route>(),
                               "route",
                               "The adapter has no routes."});
-    AddAdd(noun);
+    AddAddOrSet(noun, {"add", "Add a route to one adapter", "route add lan0 10.0.0.0/8 192.168.1.1 --check"},
+                Edit::ADD);
+    AddAddOrSet(noun,
+                {"set", "Make a route the only one of an adapter to its destination",
+                 "route set lan0 10.0.0.0/8 192.168.1.2 --persistent --yes"},
+                Edit::SET);
+    AddRemove(noun);
 }
 
 } // namespace zelkctl

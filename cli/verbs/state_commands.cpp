@@ -75,8 +75,9 @@ StateChange ParseChange(const std::string& sFile)
 {
     std::vector<zelk::Fault> faults;
     StateChange change{.state = zelk::ParseDesiredState(ReadDocument(sFile), faults),
-                       .sDone = "The machine is in the desired state."};
-    RefuseFaults(faults);
+                       .sDone = "The machine is in the desired state.",
+                       .bIsDocument = true};
+    RefuseDocument(faults);
     return change;
 }
 

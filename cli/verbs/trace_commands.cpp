@@ -154,22 +154,21 @@ void AddShow(Command noun)
                  });
 }
 
-Change SetLevel(const TraceLocation& location, unsigned int uiLevel)
+/// Writes the level unless it is only asked what that would change.
+Answer SetLevel(const TraceLocation& location, unsigned int uiLevel, bool bCheck)
 {
-    return {.sOperation = "WritePrivateProfileString",
-            .sDoing = "Setting the trace level",
-            .sDone = std::string("The trace level is ") + std::to_string(uiLevel) + " (" +
-                     TRACE_LEVELS[uiLevel].pszName + ") for each program of the directory that starts from now on.",
-            .aspects = {{.sKey = "level",
-                         .sLabel = "Level",
-                         .read = [=](CurrentMachine&) { return Json(ReadTraceSettings(location).uiLevel); },
-                         .wanted = uiLevel}},
-            .operation =
-                [=] {
-                    WriteTraceLevel(location, uiLevel);
-                    return true;
-                },
-            .bNeedsElevation = false};
+    const TraceSettings before = ReadTraceSettings(location);
+    if (bCheck)
+        return {.value = zelk::ToJson(before),
+                .text = "",
+                .notes = {"The trace level is " + std::to_string(before.uiLevel) + "; it would be " +
+                          std::to_string(uiLevel) + '.'},
+                .code = before.uiLevel == uiLevel ? EXIT_DONE : EXIT_DIFFERENCES};
+    WriteTraceLevel(location, uiLevel);
+    return {.value = zelk::ToJson(ReadTraceSettings(location)),
+            .text = "",
+            .notes = {std::string("The trace level is ") + std::to_string(uiLevel) + " (" +
+                      TRACE_LEVELS[uiLevel].pszName + ") for each program of the directory that starts from now on."}};
 }
 
 void AddLevel(Command noun)
@@ -179,21 +178,17 @@ void AddLevel(Command noun)
                    "A program reads the level when it constructs a TOLVA, which also empties its trace.");
     const auto level = verb.AddOptionalArgument({"LEVEL", "The new level", "[0-4]"}, {"0", "1", "2", "3", "4"});
     const auto location = AddProgramOption(verb);
-    const auto change = AddChange(
-        verb, [level, location] { return SetLevel(location(), static_cast<unsigned int>(std::stoul(level()))); });
+    const auto check = verb.AddFlag("--check", "Show whether the level would be changed, but change nothing");
     const auto fields = ShownFields<TraceSettings>();
-    verb.AddGetOption(fields);
-    verb.Answers(
-        [] {
-            return AnyOf({zelk::ReferenceTo("traceSettings"), ChangeSchema()});
-        },
-        [=] {
-            if (level().empty())
-                return Answer{.value = zelk::ToJson(ReadTraceSettings(location())), .fields = fields};
-            if (!verb.ChosenForm().sGet.empty())
-                throw UsageError("--get", "it shows the level and cannot be combined with a new one");
-            return change();
-        });
+    verb.AddFormOptions(fields);
+    verb.Answers([] { return zelk::ReferenceTo("traceSettings"); },
+                 [=] {
+                     if (level().empty())
+                         return Answer{.value = zelk::ToJson(ReadTraceSettings(location())), .fields = fields};
+                     if (!verb.ChosenForm().sGet.empty())
+                         throw UsageError("--get", "it shows the level and cannot be combined with a new one");
+                     return SetLevel(location(), static_cast<unsigned int>(std::stoul(level())), check());
+                 });
 }
 
 void AddPath(Command noun)

@@ -1,6 +1,7 @@
 // Stands in for the system's netsh: does what the simulated Windows does, and writes it to the kernel of the network
 // namespace and to the registry as Windows keeps it. The last word of a connection's name is the link. The environment
-// can have it refuse a command that holds a text, or hang at it.
+// can have it refuse a command that holds a text, hang at it, do nothing and report success, or have no DHCP server
+// answer.
 
 #include <algorithm>
 #include <cstdio>
@@ -146,6 +147,8 @@ int main(int argc, char** argv)
     const std::string line = CommandText(command);
     if (IsMeant("ZELK_HANG", line))
         ::Sleep(INFINITE);
+    if (IsMeant("ZELK_IDLE", line))
+        return 0;
     SimulatedWindows windows;
     windows.machine = ReadMachine();
     Repair(windows.machine);
@@ -157,6 +160,9 @@ int main(int argc, char** argv)
         std::puts("The parameter is incorrect.");
         return 1;
     }
+    for (Adapter& adapter : windows.machine.adapters)
+        if (adapter.ipv4.configured.dhcp == true && IsMeant("ZELK_NO_LEASE", line))
+            adapter.ipv4.addresses->clear();
     for (std::size_t i = 0; i < before.adapters.size(); ++i)
         if (before.adapters[i] != windows.machine.adapters[i])
             WriteBack(before.adapters[i], windows.machine.adapters[i]);

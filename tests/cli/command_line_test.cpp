@@ -34,7 +34,9 @@ TEST_F(CommandLine, ExplainsWhatIsWrongWithIt)
         {L"address set lan0 192.0.2.1", "needs a prefix length", "--help"},
         {L"dns set lan0 192.0.2.1 192.0.2.1", "given twice", "--help"},
         {L"route add lan0 10.0.0.0/8 2001:db8::1", "same family", "--help"},
-        {L"identity set-name \"two words\"", "is not a computer name", "--help"},
+        {L"identity set-name \"two words\"", "Computer name: must be 1 to 63 letters", ""},
+        {L"settings set lan0 --netbios maybe", "\"maybe\" is not a value", "--help"},
+        {L"dns return lan0 --timeout 0", "\"0\" is not a number of seconds", "--help"},
     };
     for (const auto& row : rows)
     {

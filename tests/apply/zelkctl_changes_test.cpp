@@ -1,0 +1,316 @@
+// The verbs of the real zelkctl that change something, on a kernel and a registry that a stand-in for netsh changes.
+
+#include <algorithm>
+#include <future>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <cli/zelkctl_test.h>
+#include <e2e/unix_command.h>
+#include <state/platform/registry_keys.h>
+#include <state/platform/utf8.h>
+#include <state/reading/read_machine.h>
+#include <support/registry_scope.h>
+
+using namespace testing_support;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using Json = nlohmann::json;
+
+namespace
+{
+
+/// Both links are installed adapters; the first one has everything.
+class ZelkctlChanges : public ZelkctlTest
+{
+protected:
+    struct Planned
+    {
+        DWORD dwExitCode;
+        std::vector<std::string> paths; ///< of what differs
+        Json result;
+    };
+
+    static void SetUpTestSuite()
+    {
+        for (const zelk::Adapter& adapter : zelk::ReadMachine().adapters)
+            if (adapter.friendlyName && adapter.friendlyName->starts_with("lan"))
+                Register(zelk::FromUtf8(adapter.guid->ToText()), zelk::FromUtf8(*adapter.friendlyName));
+        WriteFileBytes(BesideProgram(L"start.json"), START);
+        ::RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Wine\\AppDefaults\\zelkctl-older.exe", L"Version", REG_SZ,
+                          L"winxp64", sizeof(L"winxp64"));
+        ::CopyFileW(BesideProgram(L"zelkctl.exe").c_str(), BesideProgram(L"zelkctl-older.exe").c_str(), FALSE);
+    }
+
+    void SetUp() override
+    {
+        const Result result = Run(L"apply \"" + BesideProgram(L"start.json").wstring() + L"\" --timeout 15");
+        ASSERT_EQ(0U, result.dwExitCode) << result.sOut << result.sErr;
+    }
+
+    static void Register(const std::wstring& sGuid, const std::wstring& sLink)
+    {
+        const DWORD dwOff = 0;
+        const std::wstring sName = L"Connection " + sLink;
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::CONNECTIONS + (L'\\' + sGuid) + L"\\Connection").c_str(), L"Name",
+                          REG_SZ, sName.c_str(), static_cast<DWORD>((sName.size() + 1) * sizeof(wchar_t)));
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + sGuid).c_str(), L"EnableDHCP", REG_DWORD, &dwOff,
+                          sizeof(dwOff));
+        if (sLink == L"lan0")
+            s_sFirst = zelk::IPV4_INTERFACES + sGuid;
+    }
+
+    /// What the kernel has of the first link.
+    static std::string Kernel()
+    {
+        std::string sOutput;
+        EXPECT_TRUE(RunUnix("ip -o addr show dev lan0 | awk '{print $4}' | sort; ip route show dev lan0 | sort; "
+                            "ip -6 route show default; cat /etc/resolv.conf",
+                            sOutput));
+        return sOutput;
+    }
+
+    static Planned Plan(const std::wstring& sArguments, const Start& start = {})
+    {
+        const Result run = Run(sArguments + L" --check --json", start);
+        Planned planned{run.dwExitCode, {}, Json::parse(run.sOut).value("result", Json::object())};
+        for (const Json& item : planned.result.value("items", Json::array()))
+            planned.paths.push_back(item["path"]);
+        return planned;
+    }
+
+    /// The answer of a change that ends as expected.
+    static Json Do(const std::wstring& sArguments, DWORD dwExitCode, const Start& start = {})
+    {
+        const Result run = Run(sArguments + L" --json --timeout 15", start);
+        EXPECT_EQ(dwExitCode, run.dwExitCode) << run.sOut << run.sErr;
+        const Json answer = Json::parse(run.sOut);
+        return answer.contains("result") ? answer["result"] : answer["error"];
+    }
+
+    static std::vector<std::string> CommandsOf(const Json& result)
+    {
+        std::vector<std::string> commands;
+        for (const Json& step : result["steps"])
+            commands.push_back(step["command"].is_null() ? step["means"] : step["command"]);
+        return commands;
+    }
+
+    static inline std::wstring s_sFirst; ///< the registry key of the first link
+    static constexpr const char* START = R"({"schemaVersion": 1, "adapters": [
+        {"adapter": "lan0", "ipv4": {"addresses": ["192.0.2.10/24"], "gateways": [{"address": "192.0.2.1", "metric": 5}],
+                                     "dnsServers": ["192.0.2.53", "192.0.2.54"]},
+         "ipv6": {"addresses": ["2001:db8::10/64"]}, "routes": []},
+        {"adapter": "lan1", "ipv4": {"addresses": ["203.0.113.7/24"], "gateways": []}, "routes": []}]})";
+};
+
+/// A stand-in does something else with commands that hold the text.
+class StandIn
+{
+public:
+    StandIn(const char* pszVariable, const char* pszText) : m_pszVariable(pszVariable)
+    {
+        ::SetEnvironmentVariableA(pszVariable, pszText);
+    }
+    StandIn(const StandIn&) = delete;
+    StandIn& operator=(const StandIn&) = delete;
+    ~StandIn() { ::SetEnvironmentVariableA(m_pszVariable, nullptr); }
+
+private:
+    const char* m_pszVariable;
+};
+
+TEST_F(ZelkctlChanges, OrderAndEachOfTheDnsServersCount)
+{
+    EXPECT_EQ(0U, Plan(L"dns set lan0 192.0.2.53 192.0.2.54").dwExitCode);
+    for (const wchar_t* pszServers : {L"192.0.2.54 192.0.2.53", L"192.0.2.53 192.0.2.55", L"192.0.2.53"})
+    {
+        const Planned planned = Plan(std::wstring(L"dns set lan0 ") + pszServers);
+        EXPECT_EQ(10U, planned.dwExitCode);
+        EXPECT_THAT(planned.paths, ElementsAre("ipv4.dnsServers"));
+    }
+    Do(L"dns set lan0 192.0.2.54 192.0.2.53", 0);
+    EXPECT_THAT(Kernel(), HasSubstr("nameserver 192.0.2.54\nnameserver 192.0.2.53\n"));
+}
+
+TEST_F(ZelkctlChanges, DnsServersOfOneFamilyLeaveThoseOfTheOther)
+{
+    const RegistryValueScope other(std::wstring(zelk::IPV6_INTERFACES) + s_sFirst.substr(s_sFirst.rfind(L'\\') + 1),
+                                   L"NameServer", StringData(L"2001:db8::53"));
+    const Planned planned = Plan(L"dns set lan0 192.0.2.55");
+    EXPECT_THAT(planned.paths, ElementsAre("ipv4.dnsServers"));
+    EXPECT_THAT(CommandsOf(planned.result), Not(testing::Contains(HasSubstr("ipv6"))));
+}
+
+TEST_F(ZelkctlChanges, AreVerifiedAsAWhole)
+{
+    const StandIn idle("ZELK_IDLE", "index=2");
+    const Result run = Run(L"dns set lan0 192.0.2.54 192.0.2.53 --json --timeout 2");
+    EXPECT_EQ(6U, run.dwExitCode) << run.sOut;
+    const Json result = Json::parse(run.sOut)["result"];
+    EXPECT_EQ("notVerified", result["outcome"]);
+    EXPECT_EQ("ipv4.dnsServers", result["differences"][0]["path"]);
+}
+
+TEST_F(ZelkctlChanges, WhatDhcpGaveIsNotStatic)
+{
+    const RegistryValueScope dhcp(s_sFirst, L"EnableDHCP", DwordData(1));
+    const RegistryValueScope gateway(s_sFirst, L"DefaultGateway", StringData(std::wstring(1, L'\0'), REG_MULTI_SZ));
+    const Planned address = Plan(L"address set lan0 192.0.2.10/24");
+    EXPECT_EQ(10U, address.dwExitCode);
+    EXPECT_THAT(address.paths, testing::Contains("ipv4.dhcp"));
+    const Planned set = Plan(L"gateway set lan0 192.0.2.1");
+    EXPECT_EQ(10U, set.dwExitCode);
+    EXPECT_THAT(set.paths, ElementsAre("ipv4.gateways"));
+    EXPECT_EQ("dhcp", set.result["items"][0]["before"]["inUse"][0]["origin"]);
+    EXPECT_EQ(8U, Plan(L"address add lan0 192.0.2.11/24").dwExitCode);
+}
+
+TEST_F(ZelkctlChanges, Ipv6AddressesShowWhichOnesGoAndLeaveLinkLocalOnes)
+{
+    std::string sOutput;
+    ASSERT_TRUE(RunUnix("ip addr replace fe80::10/64 dev lan0 nodad", sOutput)) << sOutput;
+    const Planned planned = Plan(L"address set lan0 2001:db8::20/64");
+    EXPECT_EQ(Json::array({"2001:db8::10/64"}), planned.result["items"][0]["before"]["configured"]);
+    EXPECT_THAT(CommandsOf(planned.result), Not(testing::Contains(HasSubstr("fe80::10"))));
+    Do(L"address set lan0 2001:db8::20/64 --yes", 0);
+    EXPECT_THAT(Kernel(), testing::AllOf(HasSubstr("2001:db8::20/64"), HasSubstr("fe80::10/64"),
+                                         HasSubstr("192.0.2.10/24"), Not(HasSubstr("2001:db8::10"))));
+}
+
+TEST_F(ZelkctlChanges, AnAddressThatStandsIsNotTouched)
+{
+    const std::string sKernel = Kernel();
+    const Json result = Do(L"address set lan0 192.0.2.10/24 --yes", 0, {.bElevated = false});
+    EXPECT_EQ(false, result["changed"]);
+    EXPECT_EQ(Json::array(), result["steps"]);
+    EXPECT_EQ(sKernel, Kernel());
+    Do(L"address set lan0 192.0.2.10/24 192.0.2.11/24 --yes", 0); // several of IPv4
+    EXPECT_THAT(Kernel(),
+                testing::AllOf(HasSubstr("192.0.2.10/24\n192.0.2.11/24"), HasSubstr("default via 192.0.2.1")));
+}
+
+TEST_F(ZelkctlChanges, AddressAndGatewayAreOneCommand)
+{
+    const Json result = Do(L"address set lan0 198.51.100.1/25 --gateway 198.51.100.126 --dns 198.51.100.53 --yes", 0);
+    EXPECT_EQ("netsh.exe interface ipv4 set address \"Connection lan0\" static 198.51.100.1 255.255.255.128 "
+              "198.51.100.126",
+              CommandsOf(result).at(0));
+    EXPECT_THAT(Kernel(), testing::AllOf(HasSubstr("198.51.100.1/25"), HasSubstr("default via 198.51.100.126"),
+                                         HasSubstr("nameserver 198.51.100.53"), Not(HasSubstr("192.0.2."))));
+}
+
+TEST_F(ZelkctlChanges, WhatCannotBeMeantChangesNothing)
+{
+    const std::string sKernel = Kernel();
+    for (const wchar_t* pszArguments :
+         {L"address set lan0 224.0.0.1/4 --yes", L"address set lan0 127.0.0.1/8 --yes",
+          L"address set lan0 192.0.2.0/24 --yes", L"address set lan0 192.0.2.255/24 --yes",
+          L"address set lan0 192.0.2.20/24 --gateway 198.51.100.1 --yes", L"gateway set lan0 192.0.2.10 --yes",
+          L"dns set lan0 224.0.0.251", L"route add lan0 10.0.0.1/8 192.0.2.9", L"settings set lan0 --metric 0",
+          L"adapter rename lan0 \"a|b\"", L"identity set-name \"two words\"",
+          L"adapter set-mac lan0 01-00-00-00-00-01"})
+    {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(pszArguments)));
+        EXPECT_EQ("usage", Do(pszArguments, 2)["kind"]);
+    }
+    EXPECT_EQ(sKernel, Kernel());
+}
+
+TEST_F(ZelkctlChanges, TheMetricOfARouteCounts)
+{
+    Do(L"route add lan0 10.0.0.0/8 192.0.2.9 --metric 3", 0);
+    EXPECT_EQ(0U, Plan(L"route add lan0 10.0.0.0/8 192.0.2.9").dwExitCode);
+    EXPECT_THAT(Plan(L"route add lan0 10.0.0.0/8 192.0.2.9 --metric 4").paths, ElementsAre("routes"));
+    EXPECT_THAT(Plan(L"route add lan0 10.0.0.0/8 192.0.2.9 --persistent").paths, ElementsAre("routes"));
+    Do(L"route set lan0 10.0.0.0/8 192.0.2.8 --metric 6 --yes", 0);
+    EXPECT_THAT(Kernel(), testing::AllOf(HasSubstr("10.0.0.0/8 via 192.0.2.8 metric 6"), Not(HasSubstr("192.0.2.9"))));
+    Do(L"route remove lan0 10.0.0.0/8 --yes", 0);
+    Do(L"route set lan0 0.0.0.0/0 192.0.2.2 --metric 4 --yes", 0);
+    EXPECT_THAT(Kernel(), testing::AllOf(Not(HasSubstr("10.0.0.0")), Not(HasSubstr("via 192.0.2.1 ")),
+                                         HasSubstr("default via 192.0.2.2 metric 4")));
+}
+
+TEST_F(ZelkctlChanges, BeforeVistaIpv6IsRefused)
+{
+    const std::string sKernel = Kernel();
+    const Start start{.pszProgram = L"zelkctl-older.exe"};
+    for (const wchar_t* pszArguments :
+         {L"gateway set lan0 fe80::1 --yes", L"dns set lan0 2001:db8::53", L"settings set lan0 --mtu 1400"})
+        EXPECT_EQ("unsupported", Do(pszArguments, 8, start)["kind"]) << testing::PrintToString(pszArguments);
+    EXPECT_EQ(sKernel, Kernel());
+}
+
+TEST_F(ZelkctlChanges, ReturningToDhcpForgetsWhatIsStaticAndWantsALease)
+{
+    EXPECT_THAT(Plan(L"dhcp return lan0 --ipv4").paths, ElementsAre("ipv4.dhcp", "ipv4.gateways", "ipv4.dnsServers"));
+    EXPECT_THAT(Plan(L"dhcp return lan0 --ipv4 --keep-dns").paths, ElementsAre("ipv4.dhcp", "ipv4.gateways"));
+    Do(L"dhcp return lan0 --ipv4 --yes", 0);
+    ASSERT_NO_FATAL_FAILURE(SetUp());
+    const StandIn noServer("ZELK_NO_LEASE", "dhcp");
+    const Result run = Run(L"dhcp return lan0 --ipv4 --yes --timeout 3");
+    EXPECT_EQ(6U, run.dwExitCode) << run.sOut << run.sErr;
+    EXPECT_THAT(Kernel(), Not(HasSubstr("192.0.2.")));
+}
+
+TEST_F(ZelkctlChanges, AreRefusedUndoneOrDone)
+{
+    const std::wstring sSet = L"address set lan0 192.0.2.20/24 192.0.2.21/24 --dns 192.0.2.55 ";
+    const struct
+    {
+        std::wstring sArguments;
+        Start start;
+        const char* pszVariable; ///< of the stand-in
+        DWORD dwExitCode;
+        const char* pszSaid; ///< on either output
+    } rows[] = {
+        {sSet + L"--check", {.bElevated = false}, "ZELK_NONE", 10, "set dnsservers"},
+        {sSet, {}, "ZELK_NONE", 2, "Pass --yes to confirm."},
+        {sSet + L"--yes", {.bElevated = false}, "ZELK_NONE", 4, "this requires elevation; nothing was changed"},
+        {sSet + L"--yes", {}, "ZELK_REFUSED", 1, "The change failed; what was done was undone."},
+        {sSet + L"--yes --timeout 3", {}, "ZELK_HANG", 5, "netsh.exe did not end in time and was ended."},
+    };
+    const std::string sKernel = Kernel();
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(testing::PrintToString(row.sArguments) + row.pszVariable);
+        const StandIn standIn(row.pszVariable, "192.0.2.55");
+        const Result result = Run(row.sArguments, row.start);
+        EXPECT_EQ(row.dwExitCode, result.dwExitCode) << result.sErr;
+        EXPECT_THAT(result.sOut + result.sErr, HasSubstr(row.pszSaid));
+        EXPECT_EQ(sKernel, Kernel());
+    }
+    const StandIn refuses("ZELK_REFUSED", "192.0.2.55");
+    EXPECT_TRUE(Do(sSet + L"--yes --keep", 1)["undo"].is_null());
+    EXPECT_THAT(Kernel(), HasSubstr("192.0.2.21/24"));
+}
+
+TEST_F(ZelkctlChanges, WhatIsExportedChangesNothing)
+{
+    const Result exported = Run(L"export");
+    EXPECT_EQ(0U, exported.dwExitCode) << exported.sErr;
+    WriteFileBytes(BesideProgram(L"exported.json"), exported.sOut);
+    EXPECT_EQ(0U, Plan(L"apply \"" + BesideProgram(L"exported.json").wstring() + L'"').dwExitCode);
+    EXPECT_EQ(Json::parse(exported.sOut)["adapters"][0]["ipv4"]["addresses"], Json::array({"192.0.2.10/24"}));
+}
+
+/// Each example of the page on desired states, one after the other.
+TEST_F(ZelkctlChanges, ReachTheStatesThatTheDocumentsShow)
+{
+    const std::string sPage = ReadFileBytes(ZELK_DOCUMENTS "/desired-state.md");
+    const std::filesystem::path file = BesideProgram(L"example.json");
+    int examples = 0;
+    for (std::size_t begin = sPage.find("```json\n"); begin != std::string::npos;
+         begin = sPage.find("```json\n", begin + 1), ++examples)
+    {
+        const std::size_t first = begin + std::string_view("```json\n").size();
+        WriteFileBytes(file, sPage.substr(first, sPage.find("```", first) - first));
+        const Json result = Do(L"apply \"" + file.wstring() + L'"', 0);
+        EXPECT_EQ("changed", result.value("outcome", "")) << result.dump(1);
+    }
+    EXPECT_LE(2, examples);
+}
+
+} // namespace
