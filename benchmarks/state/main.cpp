@@ -78,7 +78,10 @@ try
     const double reading = MeasureAndPrint(Reading(installed.Count()));
     good &= CompareGrowth(argv[2], installed.Count(), reading);
     if (installed.Count() >= MANY)
+    {
         MeasureAndPrint(AdapterListProcess(installed.Count()));
+        MeasureAndPrint(ApplyNothingProcess(installed.Count()));
+    }
     return good ? 0 : 1;
 }
 catch (const std::exception& error)
