@@ -7,6 +7,7 @@
 #include <state/apply/ipv6_binding.h>
 #include <state/apply/library_call.h>
 #include <state/apply/process.h>
+#include <state/apply/stored_form.h>
 #include <state/apply/stored_routes.h>
 #include <state/apply/stored_settings.h>
 #include <state/desired/standing.h>
@@ -143,7 +144,7 @@ class Change
 {
 public:
     Change(const Machine& before, const Plan& plan, const ApplyOptions& options)
-        : m_before(before), m_plan(plan), m_options(options)
+        : m_before(before), m_plan(plan), m_options(options), m_storedForm(plan.targets)
     {
     }
 
@@ -237,15 +238,18 @@ private:
         });
     }
 
-    /// Whoever becomes a DHCP client and has a link gets an address.
-    [[nodiscard]] bool HasLeases() const
+    /// Whoever becomes a DHCP client and has a link is to get an address.
+    void ExpectLeases()
     {
-        return std::ranges::all_of(m_plan.targets, [&](const Target& target) {
+        for (const Target& target : m_plan.targets)
+        {
             const Adapter* const before = FindAdapter(m_before, target.guid);
             const Adapter* const now = FindAdapter(m_result.now, target.guid);
-            const bool awaited = target.desired.ipv4.dhcp == true && before != nullptr && !DhcpStands(*before, true);
-            return !awaited || now == nullptr || !IsUp(*now) || !AddressesInUse(*now, Family::IPV4).empty();
-        });
+            const bool becomes = target.desired.ipv4.dhcp == true && before != nullptr && !DhcpStands(*before, true);
+            if (becomes && now != nullptr && IsUp(*now) && AddressesInUse(*now, Family::IPV4).empty())
+                m_result.open.push_back(
+                    {target.name, "ipv4.addresses", Json::array(), "an address from a DHCP server"});
+        }
     }
 
     Outcome Verify(milliseconds timeout)
@@ -255,7 +259,8 @@ private:
         {
             m_result.now = ReadAnew();
             m_result.open = Differences(m_result.now, m_plan.targets, m_plan.identity);
-            if (m_result.open.empty() && HasLeases())
+            ExpectLeases();
+            if (m_result.open.empty())
                 return Outcome::CHANGED;
             if (m_options.isCancelled && m_options.isCancelled())
                 return Outcome::CANCELLED;
@@ -286,10 +291,12 @@ private:
     }
 
     /// In several rounds: a step that fails because its work is done already must not keep the others from being taken.
+    /// To the letter is tried once, since no command can be told everything; the registry's letters are put right at
+    /// the end.
     void TakeBack()
     {
         constexpr int MOST_ROUNDS = 3;
-        const auto targets = RestoredTargets(m_before, StepsRun());
+        auto targets = RestoredTargets(m_before, StepsRun());
         const auto identity = RestoredIdentity(m_before, StepsRun());
         Undo& undo = m_result.undo.emplace();
         const Performer performer(m_options, false);
@@ -306,6 +313,8 @@ private:
                 Report(Progress::Phase::UNDOING, &step, undo.steps.size() + 1, plan.steps.size());
                 undo.steps.push_back(performer.Perform(now, step));
             }
+            for (Target& target : targets)
+                target.exact = false;
         }
         const auto end = Clock::now() + m_options.timeout;
         while (!undo.open.empty() && Clock::now() < end)
@@ -314,11 +323,14 @@ private:
             if (!undo.open.empty())
                 std::this_thread::sleep_for(INTERVAL);
         }
+        if (undo.open.empty())
+            m_storedForm.Restore();
     }
 
     const Machine& m_before;
     const Plan& m_plan;
     const ApplyOptions& m_options;
+    StoredForm m_storedForm; ///< before the change
     ApplyResult m_result;
 };
 

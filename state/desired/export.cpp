@@ -47,7 +47,13 @@ DesiredIp ConfigurationOf(const Adapter& adapter, Family family)
         ip.netbios = settings.configured.netbios;
     }
     else if (adapter.index && adapter.enabled != false)
+    {
         ip.enabled = settings.enabled;
+        if (!ip.addresses && AddressesInUse(adapter, family).empty()) // as where IPv6 is not bound
+            ip.addresses.emplace();
+        if (!ip.gateways && settings.gateways.value_or(std::vector<Gateway>()).empty())
+            ip.gateways.emplace();
+    }
     return ip;
 }
 
@@ -227,6 +233,8 @@ Export ExportState(const Machine& machine, const std::vector<const Adapter*>& ad
     {
         DesiredAdapter desired = ConfigurationOf(*adapter);
         desired.adapter = UniqueName(machine, *adapter);
+        if (!machine.environment.protocolBinding) // as it is, because nothing could change it
+            desired.ipv6.enabled.reset();
         Sieve sieve(machine, *adapter, desired, result.leftOut);
         sieve.Run();
         sieve.SieveFaults();

@@ -53,9 +53,12 @@ Addresses OfFamily(const std::optional<Addresses>& addresses, Family family)
 bool IsForeignServer(const Machine& machine, const Adapter& adapter, const IpAddress& server)
 {
     return std::ranges::any_of(machine.adapters, [&](const Adapter& other) {
-        const auto& configured = other.Of(server.GetFamily()).configured.dnsServers;
+        const IpSettings& settings = other.Of(server.GetFamily());
+        const auto& configured = settings.configured.dnsServers;
         const auto* const servers = configured ? std::get_if<Addresses>(&*configured) : nullptr;
-        return other.guid != adapter.guid && servers != nullptr && Has(*servers, server);
+        const auto leased = settings.lease ? settings.lease->dnsServers : std::nullopt;
+        const bool given = leased ? Has(*leased, server) : settings.configured.dhcp == true; // by whom is not known
+        return other.guid != adapter.guid && (servers != nullptr ? Has(*servers, server) : given);
     });
 }
 
@@ -134,8 +137,8 @@ bool AddressesStand(const Adapter& adapter, Family family, const Prefixes& wante
 {
     const auto configured = ConfiguredAddresses(adapter, family);
     const Prefixes used = AddressesInUse(adapter, family);
-    if (!configured)
-        return false;
+    if (!configured) // such as where the protocol is not bound
+        return family == Family::IPV6 && wanted.empty() && used.empty();
     if (family == Family::IPV6) // those of the system's own stand beside them, and may be named
         return Includes(wanted, *configured) && Includes(used, wanted);
     if (adapter.ipv4.configured.dhcp == true || !HaveSame(*configured, wanted))
@@ -143,11 +146,18 @@ bool AddressesStand(const Adapter& adapter, Family family, const Prefixes& wante
     return Includes(wanted, used) && (!IsUp(adapter) || Includes(used, wanted));
 }
 
+bool IsConfiguredExactly(const Adapter& adapter, const DesiredIp& wanted)
+{
+    const ConfiguredIp& configured = adapter.ipv4.configured;
+    return (!wanted.gateways || configured.gateways == wanted.gateways) &&
+           (!wanted.addresses || configured.dhcp == true || configured.addresses == wanted.addresses);
+}
+
 bool GatewaysStand(const Adapter& adapter, Family family, const std::vector<Gateway>& wanted)
 {
     const IpSettings& settings = adapter.Of(family);
     if (!settings.configured.gateways || !settings.gateways)
-        return false;
+        return family == Family::IPV6 && wanted.empty() && settings.gateways.value_or(std::vector<Gateway>()).empty();
     const auto& configured = *settings.configured.gateways;
     if (!HasNoOther(configured, wanted) || (family == Family::IPV4 && !IncludesGateways(configured, wanted)))
         return false;

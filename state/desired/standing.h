@@ -27,6 +27,9 @@ std::vector<Route> StaticRoutes(const Adapter& adapter);
 
 bool DhcpStands(const Adapter& adapter, bool wanted);
 bool AddressesStand(const Adapter& adapter, Family family, const std::vector<IpPrefix>& wanted);
+/// Whether the IPv4 addresses and gateways that are wanted are configured to the letter: in this order, and a metric
+/// that is absent is the system's choice.
+bool IsConfiguredExactly(const Adapter& adapter, const DesiredIp& wanted);
 bool GatewaysStand(const Adapter& adapter, Family family, const std::vector<Gateway>& wanted);
 /// A server that only another adapter is configured to use may stand among those in use: some systems keep one list.
 bool DnsServersStand(const Machine& machine, const Adapter& adapter, Family family,

@@ -24,8 +24,8 @@ struct Environment
     std::optional<std::string> product; ///< "ProductName" of the registry, such as "Windows 10 Pro"
     BackEnd backEnd = BackEnd::VISTA;   ///< follows from the version
     bool bootImage = false;             ///< runs from a pre-installation image (the key MiniNT or MyMiniNT exists)
-    bool protocolBinding = false; ///< whether protocols can be bound to adapters and unbound (INetCfg is installed)
-    std::optional<bool> elevated; ///< whether this process may change the configuration
+    bool protocolBinding = false;       ///< whether protocols can be bound to adapters and unbound (INetCfg knows some)
+    std::optional<bool> elevated;       ///< whether this process may change the configuration
 
     bool operator==(const Environment&) const = default;
 };

@@ -1,8 +1,10 @@
 #include <state/plan/address_steps.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <state/desired/standing.h>
+#include <state/plan/route_command.h>
 
 namespace zelk
 {
@@ -38,7 +40,6 @@ void Join(Prefixes& list, const Prefixes& more)
 const Texts IPV4_TOUCHES = {"ipv4.dhcp", "ipv4.addresses", "ipv4.gateways", "ipv4.dnsServers", "routes"};
 const Texts IPV4_GATEWAY = {"ipv4.gateways"};
 const Texts IPV6_TOUCHES = {"ipv6.addresses", "ipv6.gateways", "routes"};
-const Texts IPV6_GATEWAY = {"ipv6.gateways"};
 
 /// Gateways that are to be added and to be removed. One whose metric is another is both.
 struct GatewayChange
@@ -68,16 +69,42 @@ bool GatewayStands(const Adapter& adapter, Family family, const Gateway& wanted)
     return configured && (!IsUp(adapter) || HasGateway(settings.gateways, wanted));
 }
 
-GatewayChange CompareGateways(const Adapter& adapter, Family family, const Gateways& wanted)
+/// How many elements of a list, from the first on, are present in this order: the others can only be put behind them.
+template <class T>
+std::size_t CountInOrder(const std::vector<T>& wanted, const std::vector<T>& present)
+{
+    for (std::size_t count = wanted.size(); count > 0; --count)
+    {
+        const std::vector<T> first(wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(count));
+        std::vector<T> kept = present;
+        std::erase_if(kept, [&](const T& one) { return !Has(first, one); });
+        if (kept == first)
+            return count;
+    }
+    return 0;
+}
+
+std::vector<IpAddress> AddressesOf(const Gateways& gateways)
+{
+    std::vector<IpAddress> addresses;
+    for (const Gateway& gateway : gateways)
+        addresses.push_back(gateway.address);
+    return addresses;
+}
+
+GatewayChange CompareGateways(const Adapter& adapter, Family family, const Gateways& wanted, bool exact)
 {
     Gateways present = adapter.Of(family).configured.gateways.value_or(Gateways());
+    const std::size_t inOrder = CountInOrder(AddressesOf(wanted), AddressesOf(present));
     for (const Gateway& gateway : StaticGatewaysInUse(adapter, family))
         if (Find(present, gateway.address) == nullptr)
             present.push_back(gateway);
     GatewayChange change;
     for (const Gateway& gateway : wanted)
     {
-        if (GatewayStands(adapter, family, gateway))
+        const bool ordered = !exact || (change.added.empty() && std::cmp_less(&gateway - wanted.data(), inOrder) &&
+                                        Find(present, gateway.address)->metric == gateway.metric);
+        if (ordered && GatewayStands(adapter, family, gateway))
             continue;
         change.added.push_back(gateway);
         if (Find(present, gateway.address) != nullptr)
@@ -97,22 +124,34 @@ bool AddressStands(const Adapter& adapter, const IpPrefix& address)
            (!IsUp(adapter) || Has(AddressesInUse(adapter, Family::IPV4), address));
 }
 
+/// Those of the wanted addresses that can stay as they are.
+Prefixes StandingAddresses(const Adapter& adapter, const Prefixes& wanted, bool exact)
+{
+    Prefixes standing = adapter.ipv4.configured.addresses.value_or(Prefixes());
+    std::erase_if(standing, [&](const IpPrefix& one) { return !Has(wanted, one) || !AddressStands(adapter, one); });
+    if (!exact)
+        return standing;
+    const std::size_t count = CountInOrder(wanted, standing);
+    return {wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
 class Ipv4Planner
 {
 public:
-    Ipv4Planner(const Adapter& adapter, const DesiredIp& wanted, StepList& steps)
-        : m_adapter(adapter), m_wanted(wanted), m_steps(steps)
+    Ipv4Planner(const Adapter& adapter, const DesiredIp& wanted, bool exact, StepList& steps)
+        : m_adapter(adapter), m_wanted(wanted), m_exact(exact), m_steps(steps)
     {
     }
 
     void Plan()
     {
+        const bool asStored = !m_exact || IsConfiguredExactly(m_adapter, m_wanted);
         if (m_wanted.dhcp == true && !DhcpStands(m_adapter, true))
             BecomeClient();
-        else if (m_wanted.addresses && !AddressesStand(m_adapter, Family::IPV4, *m_wanted.addresses))
+        else if (m_wanted.addresses && (!asStored || !AddressesStand(m_adapter, Family::IPV4, *m_wanted.addresses)))
             PlanAddresses(*m_wanted.addresses);
-        else if (m_wanted.gateways && !GatewaysStand(m_adapter, Family::IPV4, *m_wanted.gateways))
-            PlanGateways(*m_wanted.gateways);
+        else if (m_wanted.gateways && (!asStored || !GatewaysStand(m_adapter, Family::IPV4, *m_wanted.gateways)))
+            DhcpStands(m_adapter, true) ? PlanClientGateways(*m_wanted.gateways) : PlanGateways(*m_wanted.gateways);
     }
 
 private:
@@ -123,8 +162,33 @@ private:
                 RemoveGateway(gateway.address);
         m_steps.Netsh(Family::IPV4, "Makes the adapter a DHCP client", {"set", "address", Name(), "dhcp"},
                       IPV4_TOUCHES);
-        for (const Gateway& gateway : m_wanted.gateways.value_or(Gateways()))
-            AddGateway(gateway);
+        // Their routes come when it is known which ones the DHCP server gives.
+        if (m_wanted.gateways && !m_wanted.gateways->empty())
+            StoreGateways(*m_wanted.gateways);
+    }
+
+    /// netsh takes gateways for adapters with static addresses only.
+    void PlanClientGateways(const Gateways& wanted)
+    {
+        const Gateways used = m_adapter.ipv4.gateways.value_or(Gateways());
+        const auto& lease = m_adapter.ipv4.lease;
+        const auto leased = lease ? lease->gateways.value_or(std::vector<IpAddress>()) : std::vector<IpAddress>();
+        const GatewayChange change = CompareGateways(m_adapter, Family::IPV4, wanted, false);
+        for (const Gateway& gateway : IsUp(m_adapter) ? change.added : Gateways())
+            if (!HasIp(used, gateway.address))
+                PlanRouteCommand(RouteVerb::ADD, DefaultRoute(gateway), m_steps);
+            else if (!HasGateway(used, gateway))
+                PlanRouteCommand(RouteVerb::CHANGE, DefaultRoute(gateway), m_steps);
+        StoreGateways(wanted);
+        for (const IpAddress& gateway : change.removed)
+            if (HasIp(used, gateway) && !Has(leased, gateway))
+                PlanRouteCommand(RouteVerb::REMOVE, DefaultRoute({gateway, std::nullopt}), m_steps);
+    }
+
+    void StoreGateways(const Gateways& gateways)
+    {
+        m_steps.Add(gateways.empty() ? "Removes the stored gateways" : "Stores the gateways", StoredSetting{gateways},
+                    IPV4_GATEWAY);
     }
 
     void PlanAddresses(const Prefixes& wanted)
@@ -132,13 +196,13 @@ private:
         const Prefixes used = AddressesInUse(m_adapter, Family::IPV4);
         const Prefixes configured = ConfiguredAddresses(m_adapter, Family::IPV4).value_or(Prefixes());
         const bool isStatic = m_adapter.ipv4.configured.dhcp == false;
-        const auto stands = [this](const IpPrefix& address) { return AddressStands(m_adapter, address); };
+        const Prefixes standing = StandingAddresses(m_adapter, wanted, m_exact);
         if (wanted.empty())
             RemoveAll(used, configured, isStatic);
-        else if (std::ranges::none_of(wanted, stands))
+        else if (standing.empty())
             Replace(wanted, used);
         else
-            Change(wanted, used, configured, stands);
+            Change(wanted, used, configured, standing);
     }
 
     /// Static without an address: there is no command for it but to remove the last one.
@@ -163,15 +227,17 @@ private:
     void Replace(const Prefixes& wanted, const Prefixes& used)
     {
         Gateways gateways = m_wanted.gateways.value_or(Gateways());
-        const IpPrefix first = FirstOf(wanted, used, gateways);
-        const auto gateway =
-            std::ranges::find_if(gateways, [&](const Gateway& one) { return first.Contains(one.address); });
+        const IpPrefix first = m_exact ? wanted.front() : FirstOf(wanted, used, gateways);
+        auto gateway = std::ranges::find_if(gateways, [&](const Gateway& one) { return first.Contains(one.address); });
+        if (m_exact && gateway != gateways.begin())
+            gateway = gateways.end();
         SetStatic(first, gateway != gateways.end() ? &*gateway : nullptr);
         if (gateway != gateways.end())
             gateways.erase(gateway);
+        Gateways none;
         for (const IpPrefix& address : wanted)
             if (address != first)
-                AddAddress(address, gateways);
+                AddAddress(address, m_exact ? none : gateways);
         for (const Gateway& one : gateways)
             AddGateway(one);
     }
@@ -190,17 +256,16 @@ private:
     }
 
     /// Some stay: what is new comes before what is old goes.
-    template <class Stands>
-    void Change(const Prefixes& wanted, const Prefixes& used, const Prefixes& configured, Stands stands)
+    void Change(const Prefixes& wanted, const Prefixes& used, const Prefixes& configured, const Prefixes& standing)
     {
         Prefixes present = used;
         Join(present, configured);
         GatewayChange gateways;
         if (m_wanted.gateways)
-            gateways = CompareGateways(m_adapter, Family::IPV4, *m_wanted.gateways);
+            gateways = CompareGateways(m_adapter, Family::IPV4, *m_wanted.gateways, m_exact);
         for (const IpPrefix& address : wanted)
         {
-            if (stands(address))
+            if (Has(standing, address))
                 continue;
             if (HasIp(present, address.address)) // with another prefix, or only in one of both places
                 PlanRemoval(address.address, m_steps);
@@ -217,7 +282,10 @@ private:
             }
     }
 
-    void PlanGateways(const Gateways& wanted) { PlanGateways(CompareGateways(m_adapter, Family::IPV4, wanted)); }
+    void PlanGateways(const Gateways& wanted)
+    {
+        PlanGateways(CompareGateways(m_adapter, Family::IPV4, wanted, m_exact));
+    }
 
     void PlanGateways(const GatewayChange& change)
     {
@@ -240,6 +308,8 @@ private:
             if (const std::string metric = MetricText(*gateway); !metric.empty())
                 arguments.push_back(metric);
         }
+        else if (m_steps.IsBeforeVista()) // where the old ones stay otherwise
+            arguments.emplace_back("none");
         m_steps.Netsh(Family::IPV4,
                       "Sets the static address " + address.ToText() +
                           (gateway != nullptr ? " with the gateway " + gateway->address.ToText() : std::string()) +
@@ -295,6 +365,7 @@ private:
 
     const Adapter& m_adapter;
     const DesiredIp& m_wanted;
+    bool m_exact;
     StepList& m_steps;
 };
 
@@ -306,19 +377,12 @@ void RemoveIpv6(const IpAddress& address, StepList& steps)
 
 void PlanIpv6Gateways(const Adapter& adapter, const Gateways& wanted, StepList& steps)
 {
-    const GatewayChange change = CompareGateways(adapter, Family::IPV6, wanted);
+    const GatewayChange change = CompareGateways(adapter, Family::IPV6, wanted, false);
     for (const Gateway& gateway : change.added)
-    {
-        const bool known = Has(change.replaced, gateway.address);
-        Texts arguments = {known ? "set" : "add", "route", "::/0", steps.ConnectionName(), gateway.address.ToText()};
-        if (gateway.metric)
-            arguments.push_back("metric=" + std::to_string(*gateway.metric));
-        steps.Netsh(Family::IPV6, (known ? "Changes the gateway " : "Adds the gateway ") + gateway.address.ToText(),
-                    std::move(arguments), IPV6_GATEWAY);
-    }
+        PlanRouteCommand(Has(change.replaced, gateway.address) ? RouteVerb::CHANGE : RouteVerb::ADD,
+                         DefaultRoute(gateway), steps);
     for (const IpAddress& gateway : change.removed)
-        steps.Netsh(Family::IPV6, "Removes the gateway " + gateway.ToText(),
-                    {"delete", "route", "::/0", steps.ConnectionName(), gateway.ToText()}, IPV6_GATEWAY);
+        PlanRouteCommand(RouteVerb::REMOVE, DefaultRoute({gateway, std::nullopt}), steps);
 }
 
 } // namespace
@@ -329,17 +393,17 @@ void PlanRemoval(const IpAddress& address, StepList& steps)
                 {"delete", "address", steps.ConnectionName(), address.ToText()}, IPV4_TOUCHES);
 }
 
-bool ReplacesAddresses(const Adapter& adapter, const DesiredIp& wanted)
+bool ReplacesAddresses(const Adapter& adapter, const DesiredIp& wanted, bool exact)
 {
     if (wanted.dhcp == true)
         return !DhcpStands(adapter, true);
     return wanted.addresses && !AddressesStand(adapter, Family::IPV4, *wanted.addresses) &&
-           std::ranges::none_of(*wanted.addresses, [&](const IpPrefix& one) { return AddressStands(adapter, one); });
+           StandingAddresses(adapter, *wanted.addresses, exact).empty();
 }
 
-void PlanIpv4(const Adapter& adapter, const DesiredIp& wanted, StepList& steps)
+void PlanIpv4(const Adapter& adapter, const DesiredIp& wanted, bool exact, StepList& steps)
 {
-    Ipv4Planner(adapter, wanted, steps).Plan();
+    Ipv4Planner(adapter, wanted, exact, steps).Plan();
 }
 
 void PlanIpv6(const Adapter& adapter, const DesiredIp& wanted, StepList& steps)

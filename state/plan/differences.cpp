@@ -109,10 +109,11 @@ private:
         const std::string path = family == Family::IPV4 ? "ipv4." : "ipv6.";
         if (ip.dhcp && !DhcpStands(m_adapter, *ip.dhcp))
             Add(path + "dhcp", InUse(JsonOf(settings.dhcp), JsonOf(settings.configured.dhcp)), *ip.dhcp);
-        if (ip.addresses && !AddressesStand(m_adapter, family, *ip.addresses))
+        const bool asStored = !m_target.exact || family == Family::IPV6 || IsConfiguredExactly(m_adapter, ip);
+        if (ip.addresses && (!asStored || !AddressesStand(m_adapter, family, *ip.addresses)))
             Add(path + "addresses", InUse(AddressesOf(settings), JsonOf(ConfiguredAddresses(m_adapter, family))),
                 JsonOf(*ip.addresses));
-        if (ip.gateways && !GatewaysStand(m_adapter, family, *ip.gateways))
+        if (ip.gateways && (!asStored || !GatewaysStand(m_adapter, family, *ip.gateways)))
             Add(path + "gateways", InUse(GatewaysOf(m_adapter, family), JsonOf(settings.configured.gateways)),
                 JsonOf(*ip.gateways));
         if (ip.dnsServers && !DnsServersStand(m_machine, m_adapter, family, *ip.dnsServers))

@@ -60,7 +60,7 @@ private:
         const bool old = m_machine.environment.backEnd == BackEnd::PRE_VISTA;
         const bool ofInterface = item.path.ends_with(".metric") || item.path.ends_with(".mtu");
         if (item.path == "ipv6.enabled" && !old && !m_machine.environment.protocolBinding)
-            Refuse(item.path, "cannot be set: this system has no interface (INetCfg) for binding protocols");
+            Refuse(item.path, "cannot be set: this system has no protocols that can be bound to adapters (INetCfg)");
         else if (old && item.path.starts_with("ipv6."))
             Refuse(item.path, "cannot be set on a system before Windows Vista");
         else if (old && ofInterface)
@@ -121,7 +121,7 @@ public:
 private:
     [[nodiscard]] const Adapter* Now(const Target& target) const { return FindAdapter(m_machine, target.guid); }
 
-    StepList StepsOf(const Adapter& adapter) { return {adapter, m_machine.environment.backEnd, m_steps}; }
+    StepList StepsOf(const Adapter& adapter) { return {adapter, m_machine.environment, m_steps}; }
 
     void StartDevice(const Target& target)
     {
@@ -171,7 +171,7 @@ private:
         const Adapter* const adapter = Now(target);
         if (adapter == nullptr)
             return;
-        const bool flushed = ReplacesAddresses(*adapter, target.desired.ipv4);
+        const bool flushed = ReplacesAddresses(*adapter, target.desired.ipv4, target.exact);
         if (flushed)
             m_flushed.insert(target.guid);
         StepList steps = StepsOf(*adapter);
@@ -240,7 +240,7 @@ private:
             return;
         const DesiredAdapter& desired = target.desired;
         StepList steps = StepsOf(*adapter);
-        PlanIpv4(*adapter, desired.ipv4, steps);
+        PlanIpv4(*adapter, desired.ipv4, target.exact, steps);
         PlanIpv6(*adapter, desired.ipv6, steps);
         if (desired.routes)
             PlanRouteAdditions(*adapter, *desired.routes, m_flushed.contains(target.guid), steps);
@@ -248,7 +248,7 @@ private:
         {
             const DesiredIp& ip = desired.Of(family);
             if (ip.dnsServers)
-                PlanDnsServers(m_machine, *adapter, family, *ip.dnsServers, steps);
+                PlanDnsServers(m_machine, *adapter, family, desired, steps);
             PlanInterface(*adapter, family, ip, steps);
         }
         PlanStored(*adapter, desired.ipv4, steps);
@@ -346,7 +346,7 @@ Plan MakePlan(const Machine& machine, const DesiredState& state, std::vector<Fau
         const std::string place = PlaceOf("/adapters", i);
         if (adapters[i]->guid)
             targets.push_back(
-                {*adapters[i]->guid, NameOf(*adapters[i]), place, Complete(*adapters[i], state.adapters[i])});
+                {*adapters[i]->guid, NameOf(*adapters[i]), place, Complete(*adapters[i], state.adapters[i]), false});
         else
             faults.push_back({FaultKind::SYSTEM, place, "this adapter has no GUID by which it could be changed"});
     }

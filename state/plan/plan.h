@@ -18,6 +18,7 @@ struct Target
     std::string name;  ///< before the change
     std::string place; ///< of its desired state, as a JSON pointer
     DesiredAdapter desired;
+    bool exact = false; ///< IPv4 addresses and gateways are wanted to the letter, as when taken back
 };
 
 /// What a machine shall be, what of it is different now, and the steps from here to there.

@@ -55,7 +55,7 @@ std::vector<Target> RestoredTargets(const Machine& before, const std::vector<Ste
         {
             DesiredAdapter whole = ConfigurationOf(*adapter);
             whole.connectionName = adapter->connectionName;
-            targets.push_back({guid, NameOf(*adapter), "", Select(whole, paths)});
+            targets.push_back({guid, NameOf(*adapter), "", Select(whole, paths), true});
         }
     return targets;
 }

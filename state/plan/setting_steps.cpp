@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <state/desired/standing.h>
+#include <state/plan/route_command.h>
 
 namespace zelk
 {
@@ -54,11 +55,8 @@ private:
     /// A new one is stored unless it is not to be.
     void Add(const DesiredRoute& route)
     {
-        const bool stored = route.store != RouteStore::ACTIVE;
-        if (m_steps.IsBeforeVista())
-            return RouteCommand(stored ? Texts{"-p", "ADD"} : Texts{"ADD"}, route);
-        NetshRoute("add", "Adds the route ", route);
-        if (stored && route.nextHop.IsIpv4())
+        PlanRouteCommand(RouteVerb::ADD, route, m_steps);
+        if (!m_steps.IsBeforeVista() && route.store != RouteStore::ACTIVE && route.nextHop.IsIpv4())
             Store(route, route.metric);
     }
 
@@ -73,10 +71,8 @@ private:
         const bool wasStored = now.store != RouteStore::ACTIVE;
         const bool stored = wanted.store ? wanted.store != RouteStore::ACTIVE : wasStored;
         const bool otherMetric = wanted.metric && now.metric != wanted.metric;
-        if (!active)
-            NetshRoute("add", "Adds the route ", wanted);
-        else if (otherMetric)
-            NetshRoute("set", "Changes the metric of the route ", wanted);
+        if (!active || otherMetric)
+            PlanRouteCommand(active ? RouteVerb::CHANGE : RouteVerb::ADD, wanted, m_steps);
         if (!now.nextHop.IsIpv4())
             return;
         if (stored && (!wasStored || otherMetric))
@@ -87,66 +83,23 @@ private:
 
     void Remove(const Route& route)
     {
-        const DesiredRoute old{route.destination, route.nextHop, std::nullopt, std::nullopt};
-        if (m_steps.IsBeforeVista())
-            return RouteCommand({"DELETE"}, old);
-        if (route.store != RouteStore::PERSISTENT)
-            m_steps.Netsh(route.nextHop.GetFamily(), "Removes the route " + TextOf(old), Arguments("delete", old),
-                          {"routes"});
-        if (route.store != RouteStore::ACTIVE)
+        const bool old = m_steps.IsBeforeVista(); // there one command removes both
+        if (old || route.store != RouteStore::PERSISTENT)
+            PlanRouteCommand(RouteVerb::REMOVE, {route.destination, route.nextHop, {}, {}}, m_steps);
+        if (!old && route.store != RouteStore::ACTIVE)
             Unstore(route);
-    }
-
-    /// The command keeps IPv4 routes in a store of its own that nothing documented can read; so it makes the active
-    /// route, and the stored one is written where the route command keeps it.
-    void NetshRoute(const char* verb, const char* text, const DesiredRoute& route)
-    {
-        Texts arguments = Arguments(verb, route);
-        if (route.metric)
-            arguments.push_back("metric=" + std::to_string(*route.metric));
-        if (route.nextHop.IsIpv4() || route.store == RouteStore::ACTIVE)
-            arguments.emplace_back("store=active");
-        m_steps.Netsh(route.nextHop.GetFamily(), text + TextOf(route), std::move(arguments), {"routes"});
-    }
-
-    [[nodiscard]] Texts Arguments(const char* verb, const DesiredRoute& route) const
-    {
-        Texts arguments = {verb, "route", route.destination.ToText(), m_steps.ConnectionName()};
-        if (!route.nextHop.IsUnspecified())
-            arguments.push_back(route.nextHop.ToText());
-        return arguments;
     }
 
     void Store(const DesiredRoute& route, std::optional<std::uint32_t> metric)
     {
-        m_steps.Add("Stores the route " + TextOf(route), StoredRoute{route.destination, route.nextHop, metric, true},
+        m_steps.Add("Stores the " + TextOf(route), StoredRoute{route.destination, route.nextHop, metric, true},
                     {"routes"});
     }
 
     void Unstore(const Route& route)
     {
-        m_steps.Add("Removes the stored route " + TextOf({route.destination, route.nextHop, {}, {}}),
+        m_steps.Add("Removes the stored " + TextOf({route.destination, route.nextHop, {}, {}}),
                     StoredRoute{route.destination, route.nextHop, std::nullopt, false}, {"routes"});
-    }
-
-    /// Before Vista netsh knows no routes.
-    void RouteCommand(Texts verb, const DesiredRoute& route)
-    {
-        const std::string text = (verb.back() == "ADD" ? "Adds the route " : "Removes the route ") + TextOf(route);
-        const IpPrefix mask =
-            IpPrefix{IpAddress(IpAddress::Ipv4Bytes{255, 255, 255, 255}), route.destination.length}.Network();
-        verb.insert(verb.end(),
-                    {route.destination.address.ToText(), "MASK", mask.address.ToText(), route.nextHop.ToText()});
-        if (route.metric)
-            verb.insert(verb.end(), {"METRIC", std::to_string(*route.metric)});
-        verb.insert(verb.end(), {"IF", std::to_string(m_steps.Index())});
-        m_steps.Add(text, Command{Program::ROUTE, std::move(verb)}, {"routes"});
-    }
-
-    static std::string TextOf(const DesiredRoute& route)
-    {
-        return route.destination.ToText() +
-               (route.nextHop.IsUnspecified() ? " on the link" : " through " + route.nextHop.ToText());
     }
 
     const Adapter& m_adapter;
@@ -155,25 +108,86 @@ private:
     StepList& m_steps;
 };
 
+/// Plans the DNS servers of one family.
+class DnsPlanner
+{
+public:
+    DnsPlanner(const Adapter& adapter, Family family, StepList& steps)
+        : m_adapter(adapter), m_family(family), m_steps(steps)
+    {
+    }
+
+    void Plan(const DesiredAdapter& desired)
+    {
+        const auto* const servers = std::get_if<Servers>(&*desired.Of(m_family).dnsServers);
+        if (servers == nullptr)
+            return LeaveToNetwork(desired.ipv4.dhcp.value_or(DhcpStands(m_adapter, true)));
+        const std::size_t standing = Standing(*servers);
+        if (standing == 0)
+            Command("Sets the DNS server " + servers->front().ToText() + " in place of all others",
+                    {"set", Object(), m_steps.ConnectionName(), "static", servers->front().ToText()});
+        for (std::size_t i = std::max<std::size_t>(standing, 1); i < servers->size(); ++i)
+            Command(
+                "Adds the DNS server " + (*servers)[i].ToText(),
+                {"add", Object(), m_steps.ConnectionName(), (*servers)[i].ToText(), "index=" + std::to_string(i + 1)});
+    }
+
+private:
+    using Servers = std::vector<IpAddress>;
+
+    /// Before Vista only a DHCP client may be told to take what the network gives.
+    void LeaveToNetwork(bool client)
+    {
+        Texts arguments = {"set", Object(), m_steps.ConnectionName(), "dhcp"};
+        if (m_steps.IsBeforeVista() && !client)
+        {
+            arguments.back() = "static";
+            arguments.emplace_back("none");
+        }
+        Netsh("Leaves the DNS servers to the network", std::move(arguments));
+    }
+
+    /// How many of them, from the first on, are the servers that it has.
+    [[nodiscard]] std::size_t Standing(const Servers& wanted) const
+    {
+        const IpSettings& settings = m_adapter.Of(m_family);
+        const auto& configured = settings.configured.dnsServers;
+        const auto* const present = configured ? std::get_if<Servers>(&*configured) : nullptr;
+        const bool begins = present != nullptr && present->size() < wanted.size() &&
+                            std::equal(present->begin(), present->end(), wanted.begin());
+        return begins && (!IsUp(m_adapter) || settings.dnsServers == *present) ? present->size() : 0;
+    }
+
+    /// Windows 7 has another word than Vista, and asks a server before it takes it unless it is told not to.
+    [[nodiscard]] std::string Object() const
+    {
+        return m_steps.IsBeforeVista() ? "dns" : m_steps.IsBeforeWindows7() ? "dnsserver" : "dnsservers";
+    }
+
+    void Command(std::string text, Texts arguments)
+    {
+        if (!m_steps.IsBeforeWindows7())
+            arguments.emplace_back("validate=no");
+        Netsh(std::move(text), std::move(arguments));
+    }
+
+    void Netsh(std::string text, Texts arguments)
+    {
+        m_steps.Netsh(m_family, std::move(text), std::move(arguments), {PathOf(m_family, "dnsServers")});
+    }
+
+    const Adapter& m_adapter;
+    Family m_family;
+    StepList& m_steps;
+};
+
 } // namespace
 
-void PlanDnsServers(const Machine& machine, const Adapter& adapter, Family family,
-                    const AutomaticOr<std::vector<IpAddress>>& wanted, StepList& steps)
+void PlanDnsServers(const Machine& machine, const Adapter& adapter, Family family, const DesiredAdapter& desired,
+                    StepList& steps)
 {
-    if (DnsServersStand(machine, adapter, family, wanted))
-        return;
-    const std::string object = steps.IsBeforeVista() ? "dns" : "dnsservers";
-    const Texts touches = {PathOf(family, "dnsServers")};
-    const auto* const servers = std::get_if<std::vector<IpAddress>>(&wanted);
-    if (servers == nullptr)
-        return steps.Netsh(family, "Leaves the DNS servers to the network",
-                           {"set", object, steps.ConnectionName(), "dhcp"}, touches);
-    steps.Netsh(family, "Sets the DNS server " + servers->front().ToText() + " in place of all others",
-                {"set", object, steps.ConnectionName(), "static", servers->front().ToText()}, touches);
-    for (std::size_t i = 1; i < servers->size(); ++i)
-        steps.Netsh(family, "Adds the DNS server " + (*servers)[i].ToText(),
-                    {"add", object, steps.ConnectionName(), (*servers)[i].ToText(), "index=" + std::to_string(i + 1)},
-                    touches);
+    if (!DnsServersStand(machine, adapter, family, *desired.Of(family).dnsServers))
+        DnsPlanner(adapter, family, steps).Plan(desired);
 }
 
 void PlanInterface(const Adapter& adapter, Family family, const DesiredIp& wanted, StepList& steps)

@@ -7,8 +7,9 @@ namespace zelk
 
 // Each plans the steps that take one part of an adapter to what is wanted, and none where it stands already.
 
-void PlanDnsServers(const Machine& machine, const Adapter& adapter, Family family,
-                    const AutomaticOr<std::vector<IpAddress>>& wanted, StepList& steps);
+/// The DNS servers of one family, which are wanted.
+void PlanDnsServers(const Machine& machine, const Adapter& adapter, Family family, const DesiredAdapter& desired,
+                    StepList& steps);
 /// Metric and MTU of the interface.
 void PlanInterface(const Adapter& adapter, Family family, const DesiredIp& wanted, StepList& steps);
 

@@ -14,12 +14,16 @@ namespace zelk
 class StepList
 {
 public:
-    StepList(const Adapter& adapter, BackEnd backEnd, std::vector<Step>& steps)
-        : m_adapter(adapter), m_backEnd(backEnd), m_steps(steps)
+    StepList(const Adapter& adapter, const Environment& system, std::vector<Step>& steps)
+        : m_adapter(adapter), m_system(system), m_steps(steps)
     {
     }
 
-    [[nodiscard]] bool IsBeforeVista() const noexcept { return m_backEnd == BackEnd::PRE_VISTA; }
+    [[nodiscard]] bool IsBeforeVista() const noexcept { return m_system.backEnd == BackEnd::PRE_VISTA; }
+    [[nodiscard]] bool IsBeforeWindows7() const noexcept
+    {
+        return m_system.majorVersion < 6 || (m_system.majorVersion == 6 && m_system.minorVersion == 0);
+    }
     /// What netsh calls the connection.
     [[nodiscard]] std::string ConnectionName() const { return m_adapter.connectionName.value_or(NameOf(m_adapter)); }
     [[nodiscard]] std::uint32_t Index() const noexcept { return m_adapter.index.value_or(0); }
@@ -39,7 +43,7 @@ public:
 
 private:
     const Adapter& m_adapter;
-    BackEnd m_backEnd;
+    const Environment& m_system;
     std::vector<Step>& m_steps;
 };
 

@@ -26,8 +26,8 @@ inline constexpr wchar_t IPV4_INTERFACES[] = ZELK_SERVICES L"Tcpip\\Parameters\\
 inline constexpr wchar_t IPV6_INTERFACES[] = ZELK_SERVICES L"Tcpip6\\Parameters\\Interfaces\\";
 inline constexpr wchar_t NETBIOS_INTERFACES[] = ZELK_SERVICES L"NetBT\\Parameters\\Interfaces\\Tcpip_";
 
-/// Where the class of INetCfg is registered.
-inline constexpr wchar_t NETWORK_CONFIGURATION[] = L"SOFTWARE\\Classes\\CLSID\\{5B035261-40F9-11D1-AAEC-00805FC1270E}";
+/// Where INetCfg keeps the protocols that can be bound to adapters.
+inline constexpr wchar_t PROTOCOLS[] = ZELK_CONTROL L"Network\\{4D36E975-E325-11CE-BFC1-08002BE10318}";
 
 inline constexpr wchar_t WINDOWS_VERSION[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 

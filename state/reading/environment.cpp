@@ -39,7 +39,7 @@ void ReadEnvironment(Reading& reading)
     environment.servicePack = version.servicePack;
     environment.backEnd = version.IsVistaOrLater() ? BackEnd::VISTA : BackEnd::PRE_VISTA;
     environment.bootImage = std::ranges::any_of(BOOT_IMAGES, [](const wchar_t* key) { return HasKey(key); });
-    environment.protocolBinding = HasKey(NETWORK_CONFIGURATION);
+    environment.protocolBinding = HasKey(PROTOCOLS);
     environment.elevated = IsElevated(reading);
     StoredKey key(WINDOWS_VERSION, reading.machine.problems);
     environment.product = key.Text(L"ProductName").value;

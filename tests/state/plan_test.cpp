@@ -8,6 +8,7 @@
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
 #include <state/desired/standing.h>
+#include <state/desired_walk.h>
 #include <state/plan/restore.h>
 #include <state/simulated_windows.h>
 
@@ -67,6 +68,19 @@ struct Sentence
     std::vector<std::string> commands; ///< behind "netsh interface "
 };
 
+/// Holds the commands of a plan against those expected, and performs them.
+void ExpectCommands(SimulatedWindows windows, const Sentence& sentence, const std::string& start)
+{
+    const DesiredState state = Parse(R"({"adapters": [{"adapter": ")" + std::string(sentence.state) + "}]}");
+    std::vector<std::string> commands;
+    for (const Step& step : PlanFor(windows.machine, state).steps)
+        if (const std::string command = CommandText(step.action); !command.empty())
+            commands.push_back(command.starts_with(start) ? command.substr(start.size()) : command);
+    EXPECT_EQ(sentence.commands, commands) << sentence.state;
+    EXPECT_TRUE(Reach(windows, state)) << sentence.state;
+    EXPECT_TRUE(PlanFor(windows.machine, state).steps.empty()) << sentence.state;
+}
+
 TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
 {
     const Sentence cases[] = {
@@ -83,16 +97,23 @@ TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
         {R"(lan0", "ipv4": {"gateways": [{"address": "192.0.2.1", "metric": 7}]})",
          {"ipv4 delete address lan0 gateway=192.0.2.1", "ipv4 add address lan0 gateway=192.0.2.1 gwmetric=7"}},
         {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.54", "192.0.2.53"]})",
-         {"ipv4 set dnsservers lan0 static 192.0.2.54", "ipv4 add dnsservers lan0 192.0.2.53 index=2"}},
+         {"ipv4 set dnsservers lan0 static 192.0.2.54 validate=no",
+          "ipv4 add dnsservers lan0 192.0.2.53 index=2 validate=no"}},
+        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.53", "192.0.2.54"]})",
+         {"ipv4 add dnsservers lan0 192.0.2.54 index=2 validate=no"}},
         {R"(lan0", "ipv4": {"dnsServers": "automatic"})", {"ipv4 set dnsservers lan0 dhcp"}},
         {R"(lan0", "ipv4": {"dhcp": true})", {"ipv4 set address lan0 dhcp"}},
         {R"(lan0", "ipv4": {"dhcp": true, "gateways": []})",
          {"ipv4 delete address lan0 gateway=192.0.2.1", "ipv4 set address lan0 dhcp"}},
-        {R"(lan1", "ipv4": {"addresses": ["198.18.0.77/24"]})",
-         {"ipv4 set address lan1 static 198.18.0.77 255.255.255.0 198.18.0.1"}},
+        // The very address, and the gateway, that are leased become static.
+        {R"(lan1", "ipv4": {"addresses": ["198.18.2.77/24"]})",
+         {"ipv4 set address lan1 static 198.18.2.77 255.255.255.0 198.18.2.1"}},
+        {R"(lan1", "ipv4": {"gateways": ["198.18.2.1"]})", {}}, // it is stored
+        {R"(lan1", "ipv4": {"gateways": [{"address": "198.18.2.9", "metric": 3}]})",
+         {"ipv4 add route 0.0.0.0/0 lan1 198.18.2.9 metric=3 store=active"}},
         {R"(lan0", "ipv6": {"addresses": ["2001:db8::20/64"], "gateways": ["fe80::1"], "dnsServers": ["2001:db8::53"]})",
          {"ipv6 add address lan0 2001:db8::20/64", "ipv6 add route ::/0 lan0 fe80::1",
-          "ipv6 set dnsservers lan0 static 2001:db8::53"}},
+          "ipv6 set dnsservers lan0 static 2001:db8::53 validate=no"}},
         {R"(lan0", "mtu": 1400, "ipv4": {"metric": 30})",
          {"ipv4 set interface lan0 metric=30", "ipv4 set subinterface lan0 mtu=1400 store=persistent",
           "ipv6 set subinterface lan0 mtu=1400 store=persistent"}},
@@ -104,17 +125,32 @@ TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
           "ipv4 set address lan1 static 10.0.0.10 255.0.0.0"}},
     };
     for (const Sentence& sentence : cases)
-    {
-        SimulatedWindows windows = Start();
-        const DesiredState state = Parse(R"({"adapters": [{"adapter": ")" + std::string(sentence.state) + "}]}");
-        std::vector<std::string> commands;
-        for (const Step& step : PlanFor(windows.machine, state).steps)
-            if (const std::string command = CommandText(step.action); !command.empty())
-                commands.push_back(command.substr(std::string("netsh.exe interface ").size()));
-        EXPECT_EQ(sentence.commands, commands) << sentence.state;
-        EXPECT_TRUE(Reach(windows, state)) << sentence.state;
-        EXPECT_TRUE(PlanFor(windows.machine, state).steps.empty()) << sentence.state;
-    }
+        ExpectCommands(Start(), sentence, "netsh.exe interface ");
+}
+
+TEST(Plan, SpeaksToEverySystemInItsOwnWords)
+{
+    SimulatedWindows old = Start();
+    old.machine.environment.backEnd = BackEnd::PRE_VISTA;
+    old.machine.environment.majorVersion = 5;
+    const Sentence ofOld[] = {
+        {R"(lan0", "ipv4": {"addresses": ["198.51.100.5/25"], "gateways": ["198.51.100.1"], "dnsServers": ["192.0.2.7", "192.0.2.8"]},
+             "routes": [{"destination": "10.9.0.0/16", "nextHop": "198.51.100.2"}])",
+         {"route.exe DELETE 172.16.0.0 MASK 255.240.0.0 10.0.0.1 IF 1",
+          "set address lan0 static 198.51.100.5 255.255.255.128 198.51.100.1 1",
+          "route.exe -p ADD 10.9.0.0 MASK 255.255.0.0 198.51.100.2 IF 1", "set dns lan0 static 192.0.2.7",
+          "add dns lan0 192.0.2.8 index=2"}},
+        {R"(lan0", "ipv4": {"addresses": ["198.51.100.5/25"], "gateways": [], "dnsServers": "automatic"}, "routes": [])",
+         {"route.exe DELETE 172.16.0.0 MASK 255.240.0.0 10.0.0.1 IF 1",
+          "set address lan0 static 198.51.100.5 255.255.255.128 none", "set dns lan0 static none"}},
+        {R"(lan1", "ipv4": {"gateways": ["198.18.2.9"]})", {"route.exe ADD 0.0.0.0 MASK 0.0.0.0 198.18.2.9 IF 2"}},
+    };
+    for (const Sentence& sentence : ofOld)
+        ExpectCommands(old, sentence, "netsh.exe interface ip ");
+    SimulatedWindows vista = Start();
+    vista.machine.environment.majorVersion = 6;
+    ExpectCommands(vista, {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.7"]})", {"set dnsserver lan0 static 192.0.2.7"}},
+                   "netsh.exe interface ipv4 ");
 }
 
 TEST(Plan, RefusesByNameWhatASystemOrAnAdapterCannotDo)
@@ -145,73 +181,6 @@ TEST(Plan, RefusesByNameWhatASystemOrAnAdapterCannotDo)
         faultOf([](SimulatedWindows& windows) { windows.Find("lan0").status = AdapterStatus::DISABLED; }, servers));
 }
 
-/// A walk over desired states that can be meant, from a seed.
-class Walk
-{
-public:
-    explicit Walk(unsigned int seed) : m_random(seed) {}
-
-    DesiredState Next()
-    {
-        Json adapters = Json::array();
-        for (unsigned int i = 0; i < 2; ++i)
-            if (Below(4) != 0)
-                adapters.push_back(NextAdapter(i));
-        return Parse(Json({{"adapters", adapters}}).dump());
-    }
-
-private:
-    unsigned int Below(unsigned int bound) { return std::uniform_int_distribution(0u, bound - 1)(m_random); }
-
-    Json NextAdapter(unsigned int number)
-    {
-        Json adapter = {{"adapter", "lan" + std::to_string(number)}, {"ipv4", Json::object()}};
-        Json& ipv4 = adapter["ipv4"];
-        const bool client = Below(4) == 0;
-        if (client)
-            ipv4["dhcp"] = true;
-        else
-            ipv4["addresses"] = Addresses(number, Below(3) + 1);
-        if (!client && Below(3) != 0)
-            ipv4["gateways"] = Json::array(
-                {{{"address", Net(number) + "." + std::to_string(Below(3) + 1)}, {"metric", Below(9) + 1}}});
-        if (Below(2) != 0)
-            ipv4["dnsServers"] = Below(4) != 0 ? Servers(Below(3) + 1) : Json("automatic");
-        if (Below(2) != 0)
-            adapter["ipv6"] = {
-                {"addresses", Json::array({"2001:db8::" + std::to_string(Below(9) + 10 * number + 1) + "/64"})}};
-        if (!client && Below(2) != 0)
-            adapter["routes"] = Json::array({{{"destination", "172.16.0.0/12"},
-                                              {"nextHop", Net(number) + ".9"},
-                                              {"metric", Below(9) + 1},
-                                              {"store", Below(2) != 0 ? "active" : "persistent"}}});
-        return adapter;
-    }
-
-    static std::string Net(unsigned int number) { return number == 0 ? "192.0.2" : "203.0.113"; }
-
-    /// The first one is on the net of the gateways.
-    Json Addresses(unsigned int number, unsigned int count)
-    {
-        Json addresses = Json::array({Net(number) + "." + std::to_string(Below(5) + 10) + "/24"});
-        for (unsigned int i = 1; i < count; ++i)
-            addresses.push_back("10." + std::to_string(number) + "." + std::to_string(i) + "." +
-                                std::to_string(Below(5) + 10) + "/24");
-        return addresses;
-    }
-
-    Json Servers(unsigned int count)
-    {
-        Json servers = Json::array();
-        for (unsigned int i = 0; i < count; ++i)
-            servers.push_back("198.51.100." + std::to_string(10 * i + Below(9) + 1));
-        std::shuffle(servers.begin(), servers.end(), m_random);
-        return servers;
-    }
-
-    std::mt19937 m_random;
-};
-
 /// Whether every address that the machine has now and will have again is there in between.
 bool KeepsAddresses(const Machine& before, const Plan& plan, const Machine& now)
 {
@@ -227,13 +196,15 @@ TEST(Plan, ReachesWhateverIsWantedAndTheWayBack)
 {
     const unsigned int seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
-    Walk walk(seed);
+    DesiredWalk walk(seed, {1, 2});
     SimulatedWindows windows = Start();
+    ASSERT_TRUE(Reach(windows, Parse(R"({"adapters": [{"adapter": "lan0", "ipv4": {
+        "gateways": [{"address": "192.0.2.1", "metric": 5}]}}]})"))); // without one, the last one would stay
     const Machine first = windows.machine;
     const DesiredState start = ExportState(first, ExportedAdapters(first), false).state;
     for (int i = 0; i < 200; ++i)
     {
-        const DesiredState state = walk.Next();
+        const DesiredState state = Parse(walk.Next().dump());
         const Machine before = windows.machine;
         SimulatedWindows checked = windows;
         const Plan plan = PlanFor(before, state);

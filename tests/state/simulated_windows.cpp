@@ -1,34 +1,123 @@
 #include <state/simulated_windows.h>
 
 #include <algorithm>
-#include <charconv>
 #include <map>
+
+#include <state/desired/host_address.h>
 
 using namespace zelk;
 
 namespace
 {
 
+using Servers = std::vector<IpAddress>;
 using Texts = std::vector<std::string>;
 
-/// The arguments of one netsh command behind the connection's name, with or without their tags.
+/// The parameters that a command of netsh has, in the order in which they can be given without their tags.
+struct Signature
+{
+    const char* context; ///< of a system before Vista: "ip"
+    const char* verb;
+    const char* object;
+    Texts parameters;
+};
+
+const Signature SIGNATURES[] = {
+    {"ipv4", "set", "address", {"name", "source", "address", "mask", "gateway", "gwmetric", "type", "store"}},
+    {"ipv4", "add", "address", {"name", "address", "mask", "type", "gateway", "gwmetric", "store"}},
+    {"ipv4", "delete", "address", {"name", "address", "gateway", "store"}},
+    {"ipv6", "add", "address", {"interface", "address", "type", "validlifetime", "preferredlifetime", "store"}},
+    {"ipv6", "delete", "address", {"interface", "address", "store"}},
+    {"ipv?", "set", "dnsservers", {"name", "source", "address", "register", "validate"}},
+    {"ipv?", "add", "dnsservers", {"name", "address", "index", "validate"}},
+    {"ipv?", "set", "dnsserver", {"name", "source", "address", "register"}},
+    {"ipv?", "add", "dnsserver", {"name", "address", "index"}},
+    {"ipv?", "set", "interface", {"interface", "metric", "store"}},
+    {"ipv?", "set", "subinterface", {"interface", "mtu", "subinterface", "store"}},
+    {"ipv?", "add", "route", {"prefix", "interface", "nexthop", "siteprefixlength", "metric", "publish", "store"}},
+    {"ipv?", "set", "route", {"prefix", "interface", "nexthop", "siteprefixlength", "metric", "publish", "store"}},
+    {"ipv?", "delete", "route", {"prefix", "interface", "nexthop", "store"}},
+    {"ip", "set", "address", {"name", "source", "addr", "mask", "gateway", "gwmetric"}},
+    {"ip", "add", "address", {"name", "addr", "mask", "gateway", "gwmetric"}},
+    {"ip", "delete", "address", {"name", "addr", "gateway"}},
+    {"ip", "set", "dns", {"name", "source", "addr", "register"}},
+    {"ip", "add", "dns", {"name", "addr", "index"}},
+};
+
+/// One command of netsh with its parameters.
 struct Call
 {
-    Family family;
+    Family family = Family::IPV4;
     std::string verb;
     std::string object;
-    Adapter& adapter;
-    Texts words;
-    std::map<std::string, std::string> tags;
+    std::map<std::string, std::string> parameters;
 
-    [[nodiscard]] std::string Word(std::size_t i) const { return i < words.size() ? words[i] : ""; }
-    [[nodiscard]] std::optional<std::uint32_t> Number(const char* tag) const
+    [[nodiscard]] bool Has(const char* name) const { return parameters.contains(name); }
+    [[nodiscard]] std::string Get(const char* name) const { return Has(name) ? parameters.at(name) : ""; }
+    [[nodiscard]] std::string Name() const { return Get(Has("name") ? "name" : "interface"); }
+    [[nodiscard]] std::string Address() const { return Get(Has("addr") ? "addr" : "address"); }
+    [[nodiscard]] std::optional<std::uint32_t> Number(const char* name) const
     {
-        const auto found = tags.find(tag);
-        return found != tags.end() ? std::optional(static_cast<std::uint32_t>(std::stoul(found->second)))
-                                   : std::nullopt;
+        return Has(name) ? std::optional(static_cast<std::uint32_t>(std::stoul(Get(name)))) : std::nullopt;
     }
 };
+
+bool FillIn(const Texts& names, const Texts& arguments, std::map<std::string, std::string>& parameters)
+{
+    std::size_t next = 0;
+    for (const std::string& argument : arguments)
+    {
+        const std::size_t equal = argument.find('=');
+        if (equal == std::string::npos && next == names.size())
+            return false;
+        const std::string name = equal == std::string::npos ? names[next++] : argument.substr(0, equal);
+        if (std::ranges::find(names, name) == names.end() || parameters.contains(name))
+            return false;
+        parameters[name] = equal == std::string::npos ? argument : argument.substr(equal + 1);
+        if (equal != std::string::npos)
+            next = names.size(); // what has no tag stands before what has one
+    }
+    return true;
+}
+
+/// Nothing for a command that this system does not have, or not with these parameters.
+std::optional<Call> Parse(const Texts& arguments, const Environment& system)
+{
+    if (arguments.size() < 5 || arguments[0] != "interface")
+        return std::nullopt;
+    const bool old = system.backEnd == BackEnd::PRE_VISTA;
+    const bool vista = system.majorVersion == 6 && system.minorVersion == 0;
+    for (const Signature& signature : SIGNATURES)
+    {
+        const std::string context = signature.context;
+        const bool ofFamily = context == arguments[1] || (context == "ipv?" && arguments[1].starts_with("ipv"));
+        const bool known = old == (context == "ip") && vista == (signature.object == std::string("dnsserver"));
+        const bool ofDns = std::string(signature.object).starts_with("dnsserver");
+        if (!ofFamily || !(known || (!ofDns && old == (context == "ip"))) || arguments[2] != signature.verb ||
+            arguments[3] != signature.object)
+            continue;
+        Call call{arguments[1] == "ipv6" ? Family::IPV6 : Family::IPV4, arguments[2], arguments[3], {}};
+        if (FillIn(signature.parameters, {arguments.begin() + 4, arguments.end()}, call.parameters))
+            return call;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+Lease LeaseFor(const Adapter& adapter)
+{
+    const std::string net = "198.18." + std::to_string(*adapter.index % 256);
+    Lease lease;
+    lease.address = IpPrefix::Parse(net + ".77/24");
+    lease.server = IpAddress::Parse(net + ".2");
+    lease.gateways = Servers{*IpAddress::Parse(net + ".1")};
+    lease.dnsServers = Servers{*IpAddress::Parse(net + ".53")};
+    return lease;
+}
+
+namespace
+{
 
 bool Holds(const std::vector<Address>& addresses, const IpAddress& wanted)
 {
@@ -89,7 +178,7 @@ std::optional<IpPrefix> Host(const std::string& address, const std::string& mask
     const auto host = IpAddress::Parse(address);
     const auto bits = IpAddress::Parse(mask);
     const auto length = bits ? PrefixLengthOfMask(*bits) : std::nullopt;
-    if (!host || !length || host->IsMulticast() || host->IsLoopback() || host->IsUnspecified())
+    if (!host || !length || !RefuseAsHost({*host, *length}).empty())
         return std::nullopt;
     return IpPrefix{*host, *length};
 }
@@ -106,61 +195,66 @@ bool AddGateway(Adapter& adapter, const std::string& text, std::optional<std::ui
     return true;
 }
 
-bool SetAddress(const Call& call)
+void TakeLease(Adapter& adapter)
 {
-    Adapter& adapter = call.adapter;
+    const Lease& lease = adapter.ipv4.lease.emplace(LeaseFor(adapter));
+    adapter.ipv4.addresses->push_back(Manual(*lease.address));
+    adapter.ipv4.addresses->back().origin = AddressOrigin::DHCP;
+    adapter.routes->push_back(MakeRoute(DefaultOf(Family::IPV4), lease.gateways->front(), 0));
+}
+
+/// Replaces everything, and all routes go with the addresses.
+bool SetAddress(const Call& call, Adapter& adapter)
+{
     IpSettings& ipv4 = adapter.ipv4;
-    const bool client = call.Word(0) == "dhcp";
-    const auto host = client ? std::nullopt : Host(call.Word(1), call.Word(2));
-    if (client ? *ipv4.configured.dhcp : !host)
+    const bool client = call.Get("source") == "dhcp";
+    const auto host = client ? std::nullopt : Host(call.Address(), call.Get("mask"));
+    if (client ? *ipv4.configured.dhcp : !host || call.Get("source") != "static")
         return false;
     ipv4.addresses->clear();
     ipv4.configured.addresses->clear();
     ipv4.configured.gateways->clear();
+    ipv4.lease.reset();
     std::erase_if(*adapter.routes,
                   [](const Route& route) { return route.nextHop.IsIpv4() && route.store != RouteStore::PERSISTENT; });
     ipv4.configured.dhcp = client;
-    ipv4.addresses->push_back(Manual(client ? *IpPrefix::Parse("198.18.0.77/24") : *host));
     if (client)
-    {
-        ipv4.addresses->back().origin = AddressOrigin::DHCP;
-        adapter.routes->push_back(MakeRoute(DefaultOf(Family::IPV4), *IpAddress::Parse("198.18.0.1"), 0));
         return true;
-    }
+    ipv4.addresses->push_back(Manual(*host));
     ipv4.configured.addresses->push_back(*host);
-    const std::string metric = call.Word(4);
-    return call.words.size() < 4 ||
-           AddGateway(adapter, call.Word(3),
-                      metric.empty() ? std::nullopt : std::optional(static_cast<std::uint32_t>(std::stoul(metric))));
+    return !call.Has("gateway") || call.Get("gateway") == "none" ||
+           AddGateway(adapter, call.Get("gateway"), call.Number("gwmetric"));
 }
 
-bool AddIpv4(const Call& call)
+bool AddIpv4(const Call& call, Adapter& adapter)
 {
-    Adapter& adapter = call.adapter;
-    if (!call.words.empty())
+    if (*adapter.ipv4.configured.dhcp)
+        return false;
+    if (!call.Address().empty())
     {
-        const auto host = Host(call.Word(0), call.Word(1));
-        if (!host || *adapter.ipv4.configured.dhcp || Holds(*adapter.ipv4.addresses, host->address))
+        const auto host = Host(call.Address(), call.Get("mask"));
+        if (!host || Holds(*adapter.ipv4.addresses, host->address))
             return false;
         adapter.ipv4.addresses->push_back(Manual(*host));
         adapter.ipv4.configured.addresses->push_back(*host);
     }
-    const auto gateway = call.tags.find("gateway");
-    return gateway == call.tags.end() || AddGateway(adapter, gateway->second, call.Number("gwmetric"));
+    return !call.Has("gateway") || AddGateway(adapter, call.Get("gateway"), call.Number("gwmetric"));
 }
 
-bool DeleteIpv4(const Call& call)
+bool DeleteIpv4(const Call& call, Adapter& adapter)
 {
-    Adapter& adapter = call.adapter;
-    if (const auto tag = call.tags.find("gateway"); tag != call.tags.end())
+    if (*adapter.ipv4.configured.dhcp)
+        return false;
+    if (call.Has("gateway"))
     {
-        const auto gateway = *IpAddress::Parse(tag->second);
-        std::erase_if(*adapter.routes,
-                      [&](const Route& route) { return IsWay(route, DefaultOf(Family::IPV4), gateway); });
-        return std::erase_if(*adapter.ipv4.configured.gateways,
-                             [&](const Gateway& one) { return one.address == gateway; }) != 0;
+        const auto gateway = *IpAddress::Parse(call.Get("gateway"));
+        const auto active = std::erase_if(
+            *adapter.routes, [&](const Route& route) { return IsWay(route, DefaultOf(Family::IPV4), gateway); });
+        const auto stored = std::erase_if(*adapter.ipv4.configured.gateways,
+                                          [&](const Gateway& one) { return one.address == gateway; });
+        return active + stored != 0;
     }
-    const auto address = IpAddress::Parse(call.Word(0));
+    const auto address = IpAddress::Parse(call.Address());
     if (!address || !Holds(*adapter.ipv4.addresses, *address))
         return false;
     std::erase_if(*adapter.ipv4.addresses, [&](const Address& one) { return one.address == *address; });
@@ -169,79 +263,127 @@ bool DeleteIpv4(const Call& call)
     return true;
 }
 
-bool ChangeIpv6(const Call& call)
+bool ChangeIpv6(const Call& call, Adapter& adapter)
 {
-    auto& addresses = *call.adapter.ipv6.addresses;
+    auto& addresses = *adapter.ipv6.addresses;
     if (call.verb == "add")
     {
-        const auto prefix = IpPrefix::Parse(call.Word(0));
-        if (!prefix || Holds(addresses, prefix->address))
+        const auto prefix = IpPrefix::Parse(call.Address());
+        if (!prefix || !RefuseAsHost(*prefix).empty() || Holds(addresses, prefix->address))
             return false;
         addresses.push_back(Manual(*prefix));
         return true;
     }
-    const auto address = IpAddress::Parse(call.Word(0));
+    const auto address = IpAddress::Parse(call.Address());
     const auto same = [&](const Address& one) { return one.address == *address; };
     const bool done = address && std::erase_if(addresses, same) != 0;
-    DropUnreachable(call.adapter);
+    DropUnreachable(adapter);
     return done;
 }
 
-bool ChangeAddress(const Call& call)
+bool ChangeAddress(const Call& call, Adapter& adapter)
 {
     if (call.family == Family::IPV6)
-        return ChangeIpv6(call);
-    return call.verb == "set" ? SetAddress(call) : call.verb == "add" ? AddIpv4(call) : DeleteIpv4(call);
+        return ChangeIpv6(call, adapter);
+    return call.verb == "set"   ? SetAddress(call, adapter)
+           : call.verb == "add" ? AddIpv4(call, adapter)
+                                : DeleteIpv4(call, adapter);
 }
 
-/// The connection's name stands behind the destination.
-bool ChangeRoute(const Call& call, const std::string& destination)
+/// What is not said to be active alone is stored too.
+bool ChangeRoute(const Call& call, Adapter& adapter)
 {
-    auto& routes = *call.adapter.routes;
-    const auto prefix = IpPrefix::Parse(destination);
+    auto& routes = *adapter.routes;
+    const auto prefix = IpPrefix::Parse(call.Get("prefix"));
     const auto nextHop =
-        call.words.empty() ? IpAddress::Unspecified(call.family) : IpAddress::Parse(call.Word(0)).value();
+        call.Has("nexthop") ? IpAddress::Parse(call.Get("nexthop")).value() : IpAddress::Unspecified(call.family);
     const auto same = std::ranges::find_if(routes, [&](const Route& route) { return IsWay(route, *prefix, nextHop); });
-    if ((call.verb == "add") != (same == routes.end()) || !IsOnLink(call.adapter, nextHop))
+    if ((call.verb == "add") != (same == routes.end()) || !IsOnLink(adapter, nextHop))
         return false;
-    if (call.verb == "add")
-        routes.push_back(MakeRoute(*prefix, nextHop, call.Number("metric")));
-    else if (call.verb == "delete")
+    const bool stored = call.Get("store") != "active" && call.family == Family::IPV4;
+    if (call.verb == "delete")
         routes.erase(same);
-    else
+    else if (call.verb == "set")
         same->metric = call.Number("metric");
+    else
+    {
+        std::erase_if(routes, [&](const Route& route) { // the same one when it is in use again
+            return stored && route.destination == *prefix && route.nextHop == nextHop;
+        });
+        routes.push_back(MakeRoute(*prefix, nextHop, call.Number("metric")));
+        routes.back().store = stored ? RouteStore::BOTH : RouteStore::ACTIVE;
+    }
     return true;
 }
 
-bool ChangeServers(const Call& call)
+/// A server that does not answer is taken all the same.
+bool ChangeServers(const Call& call, Adapter& adapter)
 {
-    auto& configured = *call.adapter.Of(call.family).configured.dnsServers;
-    using Servers = std::vector<IpAddress>;
+    auto& configured = *adapter.Of(call.family).configured.dnsServers;
     if (call.verb == "add")
     {
-        auto& servers = std::get<Servers>(configured);
-        if (call.Number("index") != servers.size() + 1)
+        auto* const servers = std::get_if<Servers>(&configured);
+        const std::size_t count = servers != nullptr ? servers->size() : 0;
+        if (servers == nullptr || call.Number("index").value_or(count + 1) != count + 1 ||
+            std::ranges::find(*servers, *IpAddress::Parse(call.Address())) != servers->end())
             return false;
-        servers.push_back(*IpAddress::Parse(call.Word(0)));
+        servers->push_back(*IpAddress::Parse(call.Address()));
     }
-    else if (call.Word(0) == "dhcp")
+    else if (call.Get("source") == "dhcp" && (call.object != "dns" || *adapter.ipv4.configured.dhcp))
         configured = Automatic();
+    else if (call.Get("source") == "static" && call.Address() == "none")
+        configured = Automatic();
+    else if (call.Get("source") == "static")
+        configured = Servers{*IpAddress::Parse(call.Address())};
     else
-        configured = Servers{*IpAddress::Parse(call.Word(1))};
+        return false;
     return true;
 }
 
-bool ChangeInterface(const Call& call)
+bool ChangeInterface(const Call& call, Adapter& adapter)
 {
-    IpSettings& settings = call.adapter.Of(call.family);
+    IpSettings& settings = adapter.Of(call.family);
     if (call.object == "subinterface")
-        settings.mtu = call.Number("mtu");
-    else
     {
-        settings.automaticMetric = call.Number("metric") == 0u;
-        settings.metric = *settings.automaticMetric ? 25 : call.Number("metric");
+        settings.mtu = call.Number("mtu");
+        return true;
     }
+    settings.automaticMetric = call.Number("metric") == 0u;
+    settings.metric = *settings.automaticMetric ? 25 : call.Number("metric");
+    settings.configured.metric = *settings.automaticMetric ? AutomaticOr<std::uint32_t>() : *settings.metric;
     return true;
+}
+
+bool Change(const Call& call, Adapter& adapter)
+{
+    if (call.object == "route")
+        return ChangeRoute(call, adapter);
+    if (call.object == "address")
+        return ChangeAddress(call, adapter);
+    return call.object.starts_with("dns") ? ChangeServers(call, adapter) : ChangeInterface(call, adapter);
+}
+
+/// The route command: [-p] ADD|CHANGE|DELETE network MASK mask nexthop [METRIC number] IF index
+std::optional<Call> ParseRoute(Texts arguments)
+{
+    Call call;
+    call.object = "route";
+    call.parameters["store"] = "active";
+    if (arguments.at(0) == "-p")
+    {
+        call.parameters["store"] = "persistent";
+        arguments.erase(arguments.begin());
+    }
+    call.verb = arguments.at(0) == "CHANGE" ? "set" : arguments[0] == "ADD" ? "add" : "delete";
+    const auto mask = IpAddress::Parse(arguments.at(3));
+    const auto length = mask ? PrefixLengthOfMask(*mask) : std::nullopt;
+    if (arguments.at(2) != "MASK" || !length)
+        return std::nullopt;
+    call.parameters["prefix"] = arguments.at(1) + '/' + std::to_string(*length);
+    call.parameters["nexthop"] = arguments.at(4);
+    for (std::size_t i = 5; i + 1 < arguments.size(); i += 2)
+        call.parameters[arguments[i] == "METRIC" ? "metric" : "interface"] = arguments[i + 1];
+    return call;
 }
 
 void SettleFamily(Adapter& adapter, Family family)
@@ -253,8 +395,9 @@ void SettleFamily(Adapter& adapter, Family family)
     for (const Route& route : *adapter.routes)
         if (route.destination.length == 0 && route.nextHop.GetFamily() == family)
             settings.gateways->push_back({route.nextHop, route.metric});
-    const auto* const servers = std::get_if<std::vector<IpAddress>>(&*settings.configured.dnsServers);
-    settings.dnsServers = servers != nullptr ? *servers : std::vector<IpAddress>();
+    const auto* const servers = std::get_if<Servers>(&*settings.configured.dnsServers);
+    const Servers leased = settings.lease ? settings.lease->dnsServers.value_or(Servers()) : Servers();
+    settings.dnsServers = servers != nullptr ? *servers : leased;
     if (family == Family::IPV4)
         return;
     settings.configured.addresses.emplace();
@@ -295,6 +438,7 @@ Adapter& SimulatedWindows::Add(const std::string& name)
     adapter.ipv4.configured.dnsSuffix = "";
     adapter.ipv4.configured.netbios = NetbiosSetting::DHCP;
     machine.environment.protocolBinding = true;
+    machine.environment.majorVersion = 10;
     Settle();
     return adapter;
 }
@@ -324,26 +468,24 @@ bool SimulatedWindows::Perform(const Step& step)
 
 bool SimulatedWindows::Perform(const Command& command, Adapter*)
 {
-    const Texts& arguments = command.arguments;
-    const bool ofRoute = arguments.at(3) == "route";
-    const std::string& name = arguments.at(ofRoute ? 5 : 4);
-    const auto adapter = std::ranges::find(machine.adapters, name, &Adapter::connectionName);
+    const bool ofRoute = command.program == Program::ROUTE;
+    const auto call = ofRoute ? ParseRoute(command.arguments) : Parse(command.arguments, machine.environment);
+    if (!call)
+        return false;
+    const auto adapter = std::ranges::find_if(machine.adapters, [&](const Adapter& one) {
+        return ofRoute ? std::to_string(one.index.value_or(0)) == call->Name() : one.connectionName == call->Name();
+    });
     if (adapter == machine.adapters.end())
         return false;
-    Call call{arguments[1] == "ipv6" ? Family::IPV6 : Family::IPV4, arguments[2], arguments[3], *adapter, {}, {}};
-    for (std::size_t i = ofRoute ? 6 : 5; i < arguments.size(); ++i)
-    {
-        const std::size_t equal = arguments[i].find('=');
-        if (equal == std::string::npos)
-            call.words.push_back(arguments[i]);
-        else
-            call.tags[arguments[i].substr(0, equal)] = arguments[i].substr(equal + 1);
-    }
-    if (ofRoute)
-        return ChangeRoute(call, arguments[4]);
-    if (call.object == "address")
-        return ChangeAddress(call);
-    return call.object == "dnsservers" ? ChangeServers(call) : ChangeInterface(call);
+    for (const Adapter& other : machine.adapters)
+        if (const auto address = IpAddress::Parse(call->Address());
+            address && call->object == "address" && call->verb != "delete" && &other != &*adapter &&
+            Holds(other.Of(call->family).addresses.value_or(std::vector<Address>()), *address))
+            return false;
+    const bool done = Change(*call, *adapter);
+    if (done && call->object == "address" && call->Get("source") == "dhcp" && dhcpServer)
+        TakeLease(*adapter);
+    return done;
 }
 
 bool SimulatedWindows::Perform(const StoredRoute& stored, Adapter*)

@@ -6,6 +6,9 @@
 #include <state/machine/machine.h>
 #include <state/plan/plan.h>
 
+/// What the server of an adapter's network gives.
+zelk::Lease LeaseFor(const zelk::Adapter& adapter);
+
 /// A machine as a value that the system's commands change as Windows does: what is in use and what is configured, each
 /// by its own rules.
 class SimulatedWindows
@@ -19,7 +22,8 @@ public:
 
     /// Does what the step says. False where Windows would refuse it, or where `refuse` says the number of this step.
     bool Perform(const zelk::Step& step);
-    int refuse = -1; ///< counts down with every step
+    bool dhcpServer = true; ///< whether one answers
+    int refuse = -1;        ///< counts down with every step
 
     /// What concludes from the rest is brought in line; to be called after a change by hand.
     void Settle();
