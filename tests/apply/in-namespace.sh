@@ -8,7 +8,7 @@ set -euo pipefail
 name=zelk-apply-$$
 export WINEPREFIX=$zelk_base_prefix-$name
 export ZELK_UNIX_FOLDER=$WINEPREFIX # where the stand-in leaves the output of commands
-export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;netsh.exe=n"
+export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;netsh.exe,route.exe=n"
 
 skip() {
     echo "skipped: $1"
@@ -54,9 +54,27 @@ done
 wine_prefix_make "$zelk_base_prefix"
 wine_prefix_make
 system=$WINEPREFIX/drive_c/windows/system32
-rm -f -- "$system/netsh.exe" # a link to that of the prefix that this one was copied from
-cp -- "$(dirname -- "$1")/stand_ins/netsh.exe" "$system/netsh.exe"
-ip netns exec "$name" "$zelk_top/scripts/wine-run.sh" "$@" </dev/null &
-rc=0
-wait $! || rc=$?
-exit $rc
+for command in netsh route; do
+    rm -f -- "$system/$command.exe" # a link to that of the prefix that this one was copied from
+    cp -- "$(dirname -- "$1")/stand_ins/netsh.exe" "$system/$command.exe"
+done
+
+# The same program under a name for which Wine plays an older system.
+older=$WINEPREFIX.older/zelk-apply-older.exe
+mkdir -p "${older%/*}"
+cp -- "$1" "$older"
+cp -- "$(dirname -- "$1")/ZELK_NM.DLL" "${older%/*}"
+"$zelk_top/scripts/wine-run.sh" reg add "HKCU\\Software\\Wine\\AppDefaults\\${older##*/}" /v Version /d winxp64 /f >/dev/null
+wine_server_end # the view of the network is that of the namespace in which the server starts
+
+# In the background, so that a signal is heeded at once.
+run() {
+    local rc=0
+    ip netns exec "$name" "$zelk_top/scripts/wine-run.sh" "$@" </dev/null &
+    wait $! || rc=$?
+    return $rc
+}
+failed=0
+run "$@" --gtest_filter=-ApplyBeforeVista.* || failed=1
+ZELK_GENERATION=5 run "$older" --gtest_filter='ApplyBeforeVista.*' || failed=1
+exit $failed

@@ -1,7 +1,6 @@
-// Stands in for the system's netsh: does what the simulated Windows does, and writes it to the kernel of the network
-// namespace and to the registry as Windows keeps it. The last word of a connection's name is the link. The environment
-// can have it refuse a command that holds a text, hang at it, do nothing and report success, or have no DHCP server
-// answer.
+// Stands in for the system's netsh and route: does what the simulated Windows does, and writes it to the kernel of the
+// network namespace and to the registry as Windows keeps it. The environment can have it refuse a command that holds a
+// text, end or hang when it has done it, do nothing and report success, or have no DHCP server answer.
 
 #include <algorithm>
 #include <cstdio>
@@ -9,6 +8,7 @@
 #include <set>
 
 #include <e2e/unix_command.h>
+#include <state/apply/stored_routes.h>
 #include <state/platform/registry_keys.h>
 #include <state/platform/utf8.h>
 #include <state/reading/read_machine.h>
@@ -18,6 +18,8 @@ using namespace zelk;
 
 namespace
 {
+
+const std::vector<Family> ALL(std::begin(FAMILIES), std::end(FAMILIES));
 
 void SetValue(const std::wstring& key, const wchar_t* name, DWORD type, const void* data, std::size_t size)
 {
@@ -55,18 +57,62 @@ void WriteIpv4(const std::wstring& key, const ConfiguredIp& configured)
     SetList(key, L"DefaultGatewayMetric", metrics);
 }
 
-std::string WriteServers(const std::wstring& key, const ConfiguredIp& configured)
+void SetText(const std::wstring& key, const wchar_t* name, const std::string& text)
 {
-    std::string joined, lines;
-    if (const auto* const servers = std::get_if<std::vector<IpAddress>>(&*configured.dnsServers))
-        for (const IpAddress& server : *servers)
+    const std::wstring wide = FromUtf8(text);
+    SetValue(key, name, REG_SZ, wide.c_str(), (wide.size() + 1) * sizeof(wchar_t));
+}
+
+std::string Join(const std::vector<IpAddress>& addresses, const char* separator)
+{
+    std::string text;
+    for (const IpAddress& address : addresses)
+        text += (text.empty() ? "" : separator) + address.ToText();
+    return text;
+}
+
+void WriteServers(const std::wstring& key, const ConfiguredIp& configured)
+{
+    const auto* const servers = std::get_if<std::vector<IpAddress>>(&*configured.dnsServers);
+    SetText(key, L"NameServer", servers != nullptr ? Join(*servers, ",") : "");
+}
+
+void WriteLease(const std::wstring& key, const Lease& lease)
+{
+    SetText(key, L"DhcpIPAddress", lease.address->address.ToText());
+    SetText(key, L"DhcpSubnetMask", "255.255.255.0");
+    SetText(key, L"DhcpServer", lease.server->ToText());
+    SetText(key, L"DhcpNameServer", Join(*lease.dnsServers, " "));
+    SetList(key, L"DhcpDefaultGateway", {lease.gateways->front().ToText()});
+}
+
+void WriteMetric(const std::wstring& key, const ConfiguredIp& configured)
+{
+    const auto* const metric = configured.metric ? std::get_if<std::uint32_t>(&*configured.metric) : nullptr;
+    const DWORD number = metric != nullptr ? *metric : 0;
+    SetValue(key, L"InterfaceMetric", REG_DWORD, &number, sizeof(number));
+}
+
+/// Routes that are no longer stored, or only now.
+void WriteStoredRoutes(const Adapter& before, const Adapter& after)
+{
+    const auto stored = [](const Adapter& adapter) {
+        std::vector<StoredRoute> routes;
+        for (const Route& route : *adapter.routes)
+            if (route.store != RouteStore::ACTIVE && route.destination.length > 0)
+                routes.push_back({route.destination, route.nextHop, route.metric, true});
+        return routes;
+    };
+    const auto old = stored(before), now = stored(after);
+    for (StoredRoute route : old)
+        if (std::ranges::find(now, route) == now.end())
         {
-            joined += (joined.empty() ? "" : ",") + server.ToText();
-            lines += "echo nameserver " + server.ToText() + "; ";
+            route.wanted = false;
+            ChangeStoredRoute(route);
         }
-    const std::wstring text = FromUtf8(joined);
-    SetValue(key, L"NameServer", REG_SZ, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
-    return lines;
+    for (const StoredRoute& route : now)
+        if (std::ranges::find(old, route) == old.end())
+            ChangeStoredRoute(route);
 }
 
 std::set<std::string> AddressTexts(const Adapter& adapter)
@@ -108,29 +154,70 @@ std::string KernelCommands(const Adapter& before, const Adapter& after, const st
     for (const std::string& address : Missing(AddressTexts(after), AddressTexts(before)))
         commands += "; ip addr add " + address + (address.find(':') != std::string::npos ? " nodad" : "") + dev;
     for (const std::string& route : RouteTexts(after))
-        commands += "; ip route add " + route + dev + " 2>/dev/null";
+        commands += "; ip route append " + route + dev + " 2>/dev/null";
+    if (before.ipv4.mtu != after.ipv4.mtu)
+        commands += "; ip link set mtu " + std::to_string(*after.ipv4.mtu) + dev;
     return commands + "; true";
 }
 
-void WriteBack(const Adapter& before, const Adapter& after)
+/// What the kernel does not know.
+void WriteRegistry(const Adapter& before, const Adapter& after)
 {
     const std::wstring guid = FromUtf8(after.guid->ToText());
-    const std::string link = after.connectionName->substr(after.connectionName->rfind(' ') + 1);
+    for (const Family family : FAMILIES)
+    {
+        const std::wstring key = (family == Family::IPV4 ? IPV4_INTERFACES : IPV6_INTERFACES) + guid;
+        const ConfiguredIp& configured = after.Of(family).configured;
+        if (before.Of(family).configured.dnsServers != configured.dnsServers)
+            WriteServers(key, configured);
+        if (before.Of(family).configured.metric != configured.metric)
+            WriteMetric(key, configured);
+    }
     if (before.ipv4.configured != after.ipv4.configured)
         WriteIpv4(IPV4_INTERFACES + guid, after.ipv4.configured);
-    std::string commands = KernelCommands(before, after, link);
-    if (before.ipv4.configured.dnsServers != after.ipv4.configured.dnsServers)
-        commands += "; (" + WriteServers(IPV4_INTERFACES + guid, after.ipv4.configured) + "true) >/etc/resolv.conf";
-    std::string output;
-    RunUnix(commands, output, std::string("Z:") + std::getenv("ZELK_UNIX_FOLDER"));
+    if (after.ipv4.lease && after.ipv4.lease != before.ipv4.lease)
+        WriteLease(IPV4_INTERFACES + guid, *after.ipv4.lease);
+    WriteStoredRoutes(before, after);
 }
 
-/// Every address of this system claims to come from DHCP.
-void Repair(Machine& machine)
+void WriteBack(const Machine& before, const Machine& after)
 {
-    for (Adapter& adapter : machine.adapters)
+    std::string commands = "true";
+    std::string servers;
+    for (std::size_t i = 0; i < before.adapters.size(); ++i)
+    {
+        const Adapter& adapter = after.adapters[i];
+        if (before.adapters[i] != adapter)
+        {
+            WriteRegistry(before.adapters[i], adapter);
+            commands += "; " + KernelCommands(before.adapters[i], adapter, *adapter.friendlyName);
+        }
+        for (const Family family : adapter.type == AdapterType::LOOPBACK ? std::vector<Family>() : ALL)
+            for (const IpAddress& server : *adapter.Of(family).dnsServers)
+                servers += "echo nameserver " + server.ToText() + "; ";
+    }
+    std::string output;
+    RunUnix(commands + "; (" + servers + "true) >/etc/resolv.conf", output,
+            std::string("Z:") + std::getenv("ZELK_UNIX_FOLDER"));
+}
+
+/// What this system tells wrongly: every address claims to come from DHCP, no adapter is a client of it, and servers
+/// are those of all links together.
+void Repair(SimulatedWindows& windows)
+{
+    for (Adapter& adapter : windows.machine.adapters)
+    {
         for (Address& address : *adapter.ipv6.addresses)
             address.origin = AddressOrigin::MANUAL;
+        if (adapter.ipv4.configured.dhcp == true && !adapter.ipv4.addresses->empty())
+            adapter.ipv4.lease = LeaseFor(adapter);
+    }
+    if (const char* const generation = std::getenv("ZELK_GENERATION"))
+    {
+        windows.machine.environment.majorVersion = static_cast<std::uint32_t>(std::atoi(generation));
+        windows.machine.environment.backEnd = *generation == '5' ? BackEnd::PRE_VISTA : BackEnd::VISTA;
+    }
+    windows.Settle();
 }
 
 bool IsMeant(const char* variable, const std::string& line)
@@ -143,28 +230,28 @@ bool IsMeant(const char* variable, const std::string& line)
 
 int main(int argc, char** argv)
 {
-    Command command{Program::NETSH, {argv + 1, argv + argc}};
-    const std::string line = CommandText(command);
-    if (IsMeant("ZELK_HANG", line))
-        ::Sleep(INFINITE);
+    const bool isRoute = std::string_view(argv[0]).find("route") != std::string_view::npos;
+    Step step;
+    step.action = Command{isRoute ? Program::ROUTE : Program::NETSH, {argv + 1, argv + argc}};
+    const std::string line = CommandText(step.action);
     if (IsMeant("ZELK_IDLE", line))
         return 0;
     SimulatedWindows windows;
     windows.machine = ReadMachine();
-    Repair(windows.machine);
+    Repair(windows);
     const Machine before = windows.machine;
-    Step step;
-    step.action = command;
+    windows.dhcpServer = !IsMeant("ZELK_NO_LEASE", line);
     if (IsMeant("ZELK_REFUSED", line) || !windows.Perform(step))
     {
         std::puts("The parameter is incorrect.");
         return 1;
     }
-    for (Adapter& adapter : windows.machine.adapters)
-        if (adapter.ipv4.configured.dhcp == true && IsMeant("ZELK_NO_LEASE", line))
-            adapter.ipv4.addresses->clear();
-    for (std::size_t i = 0; i < before.adapters.size(); ++i)
-        if (before.adapters[i] != windows.machine.adapters[i])
-            WriteBack(before.adapters[i], windows.machine.adapters[i]);
+    WriteBack(before, windows.machine);
+    if (IsMeant("ZELK_KILLED", line))
+        ::TerminateProcess(::GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
+    if (IsMeant("ZELK_HANG", line))
+        ::Sleep(INFINITE);
+    if (line.find("dnsserver") != std::string::npos && line.find("validate=no") == std::string::npos)
+        std::puts("The configured DNS server is incorrect or does not exist.");
     return 0;
 }
