@@ -9,6 +9,7 @@
 
 #include "answer/render.h"
 #include "parser/command_line.h"
+#include "parser/help_format.h"
 #include "system/console.h"
 #include "system/program_arguments.h"
 #include "system/system_error.h"
@@ -56,6 +57,7 @@ void AddToolItself(CLI::App& parser, Command tool, Request& request)
 {
     parser.allow_windows_style_options(false); // a name may begin with "/"
     parser.require_subcommand(0, 1);
+    parser.formatter(std::make_shared<HelpFormatter>());
     tool.AddRemark("Examples:\n  zelkctl adapter list\n  zelkctl help adapter list");
     tool.AddRemark("Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such adapter or several,\n"
                    "  4 requires elevation, 5 time over, 6 done but not verified, 8 not possible on this\n"
