@@ -1,7 +1,7 @@
 // The verbs of the real zelkctl that change something, on a kernel and a registry that a stand-in for netsh changes.
 
 #include <algorithm>
-#include <future>
+#include <chrono>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -285,6 +285,35 @@ TEST_F(ZelkctlChanges, AreRefusedUndoneOrDone)
     const StandIn refuses("ZELK_REFUSED", "192.0.2.55");
     EXPECT_TRUE(Do(sSet + L"--yes --keep", 1)["undo"].is_null());
     EXPECT_THAT(Kernel(), HasSubstr("192.0.2.21/24"));
+}
+
+TEST_F(ZelkctlChanges, InterruptingUndoesThem)
+{
+    const std::string sKernel = Kernel();
+    const StandIn hangs("ZELK_HANG", "192.0.2.55");
+    Zelkctl program(L"address set lan0 192.0.2.20/24 192.0.2.21/24 --dns 192.0.2.55 --yes");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (Kernel().find("192.0.2.21/24") == std::string::npos)
+        ASSERT_GT(end, std::chrono::steady_clock::now());
+    std::string sOutput;
+    const std::string sPath = BesideProgram(L"zelkctl[.]exe").generic_string(); // the shell's own line is another
+    ASSERT_TRUE(RunUnix("for p in /proc/[0-9]*; do tr '\\\\' / <$p/cmdline | grep -qa '" + sPath +
+                            "' && kill -INT ${p#/proc/}; done; true",
+                        sOutput))
+        << sOutput;
+    const std::string sSteps = program.ReadToEnd();
+    EXPECT_EQ(1U, program.WaitForExitCode());
+    EXPECT_THAT(program.Errors(), HasSubstr("The change was cancelled; what was done was undone.")) << sSteps;
+    EXPECT_EQ(sKernel, Kernel());
+}
+
+TEST_F(ZelkctlChanges, ReachTheSameBeforeVista)
+{
+    const StandIn older("ZELK_GENERATION", "5");
+    Do(L"address set lan0 198.51.100.1/25 --gateway 198.51.100.126 --dns 198.51.100.53 --yes", 0,
+       {.pszProgram = L"zelkctl-older.exe"});
+    EXPECT_THAT(Kernel(), testing::AllOf(HasSubstr("198.51.100.1/25"), HasSubstr("default via 198.51.100.126"),
+                                         HasSubstr("nameserver 198.51.100.53"), Not(HasSubstr("192.0.2."))));
 }
 
 TEST_F(ZelkctlChanges, WhatIsExportedChangesNothing)

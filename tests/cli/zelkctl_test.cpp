@@ -32,7 +32,8 @@ Zelkctl::Zelkctl(const std::wstring& sArguments, const Start& start)
     HANDLE hRead = nullptr;
     HANDLE hWrite = nullptr;
     ::CreatePipe(&hRead, &hWrite, &inheritable, 0);
-    ::SetHandleInformation(hRead, HANDLE_FLAG_INHERIT, 0);
+    // Wine closes a handle that is not its own when it starts a Unix program in the meantime.
+    ::SetHandleInformation(hRead, HANDLE_FLAG_INHERIT | HANDLE_FLAG_PROTECT_FROM_CLOSE, HANDLE_FLAG_PROTECT_FROM_CLOSE);
     m_output.reset(hRead);
     const Handle write(hWrite); // closed here, so that the program's end is the pipe's
     const Handle errors(::CreateFileW((m_folder / L"errors").c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable,
@@ -50,6 +51,11 @@ Zelkctl::Zelkctl(const std::wstring& sArguments, const Start& start)
         throw std::runtime_error("zelkctl.exe did not start: error " + std::to_string(::GetLastError()));
     ::CloseHandle(process.hThread);
     m_process.reset(process.hProcess);
+}
+
+Zelkctl::~Zelkctl()
+{
+    ::SetHandleInformation(m_output.get(), HANDLE_FLAG_PROTECT_FROM_CLOSE, 0);
 }
 
 std::string Zelkctl::ReadUntil(const std::string& sText)

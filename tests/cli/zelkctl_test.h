@@ -28,6 +28,9 @@ class Zelkctl
 public:
     /// The arguments are as on a command line.
     explicit Zelkctl(const std::wstring& sArguments, const Start& start = {});
+    Zelkctl(const Zelkctl&) = delete;
+    Zelkctl& operator=(const Zelkctl&) = delete;
+    ~Zelkctl();
 
     /// Its standard output from the last call up to and with `sText`, or to its end if that never comes.
     std::string ReadUntil(const std::string& sText);
