@@ -6,6 +6,7 @@
 #include "answer/table.h"
 #include "answer/value_text.h"
 #include "records/shown_fields.h"
+#include "system/console.h"
 
 namespace zelkctl
 {
@@ -126,7 +127,7 @@ std::string TextOf(const zelk::Plan& plan)
                    BeforeLines(item.before),
                    LinesOf(item.after)},
                   Colour::WATCH);
-    std::string text = table.Text() + "\nSteps:\n";
+    std::string text = table.Text(OutputColumns()) + "\nSteps:\n";
     for (const zelk::Step& step : plan.steps)
     {
         const std::string sCommand = zelk::CommandText(step.action);

@@ -45,13 +45,13 @@ zelk::DesiredAdapter DesiredOf(const WantedAddresses& wanted)
 void AddSet(Command noun)
 {
     Command verb = noun.AddVerb({"set", "Replace the addresses of one adapter by static ones",
-                                 "address set lan0 192.168.1.10/24 --gateway 192.168.1.1 --dns 192.168.1.1 --yes"});
+                                 "address set lan0 192.168.1.10/24 --gateway 192.168.1.1 --yes"});
     const auto adapter = AddAdapterIn(verb);
     const auto addresses = verb.AddArguments({"ADDRESS", "All static addresses that it is to have", "ADDRESS/PREFIX"});
-    const auto gateways = verb.AddOptions({"--gateway", "Its default gateways, at most one of each family", "ADDRESS"});
+    const auto gateways = verb.AddOptions({"--gateway", "Its default gateways", "ADDRESS"});
     const auto servers = verb.AddOptions({"--dns", "Its DNS servers, in order of preference", "ADDRESS"});
-    verb.AddRemark("Addresses of a family of which none is given remain, as do link-local addresses and those that a\n"
-                   "router gave. Without --gateway and --dns, gateways that are still within reach remain, and so do\n"
+    verb.AddRemark("Addresses of a family of which none is given remain, as do link-local addresses and those that a "
+                   "router gave. Without --gateway and --dns, gateways that are still within reach remain, and so do "
                    "static DNS servers.");
     MakeStateVerb(verb, [=](const zelk::Machine& machine) {
         const WantedAddresses wanted{ParseNetworks("ADDRESS", addresses()), ParseAddresses("--gateway", gateways()),

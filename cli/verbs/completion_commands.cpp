@@ -59,7 +59,7 @@ constexpr const char* BASH_SCRIPT = R"(_zelkctl() {
         COMPREPLY+=("$candidate")
     done < <("${COMP_WORDS[0]}" __complete -- "${plains[@]}" 2>/dev/null)
 }
-complete -F _zelkctl zelkctl zelkctl.exe
+complete -o default -F _zelkctl zelkctl zelkctl.exe
 )";
 
 // Windows PowerShell drops empty arguments, so a word that is yet to come is told by the mark before the words.

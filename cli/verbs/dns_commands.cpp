@@ -25,7 +25,7 @@ void AddSet(Command noun)
 {
     Command verb =
         noun.AddVerb({"set", "Set static DNS servers of one adapter", "dns set lan0 192.168.1.1 2001:db8::53"});
-    verb.AddRemark("They replace those of their family. If all of them are of one family, the servers of the other\n"
+    verb.AddRemark("They replace those of their family. If all of them are of one family, the servers of the other "
                    "family remain.");
     const auto adapter = AddAdapterIn(verb);
     const auto servers = verb.AddArguments({"SERVER", "The servers, in order of preference", "ADDRESS"});

@@ -148,7 +148,7 @@ void AddAddOrSet(Command noun, const CommandHelp& help, Edit edit)
     const auto nextHop = verb.AddArgument({"NEXTHOP", "Address of the gateway; 0.0.0.0 or :: for none", "ADDRESS"});
     const auto metric = AddMetricOption(verb);
     const auto persistent = verb.AddFlag("--persistent", "Keep the route after the next start of the system");
-    verb.AddRemark("A route that exists keeps its metric and its store unless others are given. Default routes are\n"
+    verb.AddRemark("A route that exists keeps its metric and its store unless others are given. Default routes are "
                    "always persistent.");
     MakeStateVerb(verb, [=](const zelk::Machine& machine) {
         GivenRoute route = ParseRoute(destination(), nextHop());

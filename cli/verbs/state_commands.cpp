@@ -1,9 +1,13 @@
 #include "verbs/state_commands.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+
+#include <fcntl.h>
+#include <io.h>
 
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
@@ -53,7 +57,10 @@ std::string ReadAll(std::istream& stream)
 std::string ReadDocument(const std::string& sFile)
 {
     if (sFile == "-")
+    {
+        ::_setmode(::_fileno(stdin), _O_BINARY); // it may be UTF-16
         return Decode(ReadAll(std::cin));
+    }
     std::ifstream file(std::filesystem::path(FromUtf8(sFile)), std::ios::binary);
     std::string bytes = ReadAll(file);
     if (!file.is_open() || file.bad())
@@ -65,7 +72,7 @@ void AddExport(Command tool)
 {
     Command verb =
         tool.AddVerb({"export", "Print the configuration of adapters as a desired state", "export lan0 > lan0.json"});
-    verb.AddRemark("Without ADAPTER it prints all adapters and the names of the machine. \"zelkctl apply\" takes the\n"
+    verb.AddRemark("Without ADAPTER it prints all adapters and the names of the machine. \"zelkctl apply\" takes the "
                    "machine back to that state.");
     const auto names = verb.AddOptionalArguments({ADAPTER_ARGUMENT, "Only these adapters", ADAPTER_FORM});
     verb.Answers({}, [names] { return Export(names()); });
@@ -84,9 +91,8 @@ StateChange ParseChange(const std::string& sFile)
 void AddApply(Command tool)
 {
     Command verb = tool.AddVerb({"apply", "Take the machine to a desired state", "apply lan0.json --check"});
-    verb.AddRemark(
-        "Whatever the document does not mention is left alone. If a step fails, or on Ctrl+C, what was done\n"
-        "is undone.");
+    verb.AddRemark("Whatever the document does not mention is left alone. If a step fails, or on Ctrl+C, what was done "
+                   "is undone.");
     const auto file =
         verb.AddArgument({"FILE", "Document with the desired state; - reads the standard input", "PATH|-"});
     const auto options = AddStateChangeOptions(verb);

@@ -179,6 +179,7 @@ TEST_F(ZelkctlVerbs, AnswerWhatIsNoDifferenceOrNoState)
 {
     for (const wchar_t* pszArguments : {L"adapter enable lan0", L"dns return lan0 --ipv4"})
         EXPECT_EQ("unchanged", Ask(pszArguments, 0)["result"]["outcome"]) << testing::PrintToString(pszArguments);
+    EXPECT_EQ(true, Ask(L"adapter disable lan0 --yes", 1)["result"]["undo"]["complete"]);
     const std::filesystem::path state = BesideProgram(L"state.json");
     WriteFileBytes(state, R"({"schemaVersion": 1, "adapters": [{"adapter": "lan0", "mtu": 1400}]})");
     Ask(L"apply \"" + state.wstring() + L"\" --check", 10);
