@@ -176,11 +176,13 @@ bool DnsServersStand(const Machine& machine, const Adapter& adapter, Family fami
     const auto* const servers = std::get_if<Addresses>(&wanted);
     if (servers == nullptr || !IsUp(adapter) || settings.enabled == false)
         return true;
-    Addresses used = OfFamily(settings.dnsServers, family);
-    std::erase_if(used, [&](const IpAddress& server) {
-        return !Has(*servers, server) && IsForeignServer(machine, adapter, server);
-    });
-    return used == *servers;
+    std::size_t found = 0;
+    for (const IpAddress& server : OfFamily(settings.dnsServers, family))
+        if (found < servers->size() && server == (*servers)[found])
+            ++found;
+        else if (!IsForeignServer(machine, adapter, server))
+            return false;
+    return found == servers->size();
 }
 
 bool MetricStands(const IpSettings& settings, const AutomaticOr<std::uint32_t>& wanted)

@@ -151,7 +151,7 @@ public:
         else if (m_wanted.addresses && (!asStored || !AddressesStand(m_adapter, Family::IPV4, *m_wanted.addresses)))
             PlanAddresses(*m_wanted.addresses);
         else if (m_wanted.gateways && (!asStored || !GatewaysStand(m_adapter, Family::IPV4, *m_wanted.gateways)))
-            DhcpStands(m_adapter, true) ? PlanClientGateways(*m_wanted.gateways) : PlanGateways(*m_wanted.gateways);
+            PlanGateways(*m_wanted.gateways);
     }
 
 private:
@@ -167,8 +167,26 @@ private:
             StoreGateways(*m_wanted.gateways);
     }
 
-    /// netsh takes gateways for adapters with static addresses only.
-    void PlanClientGateways(const Gateways& wanted)
+    void PlanGateways(const Gateways& wanted)
+    {
+        const GatewayChange change = CompareGateways(m_adapter, Family::IPV4, wanted, m_exact);
+        if (DhcpStands(m_adapter, true) || (!m_steps.IsBeforeVista() && IsOfMetricsOnly(change)))
+            PlanRoutesAndStore(wanted);
+        else
+            PlanGateways(change);
+    }
+
+    /// Whether all gateways are there and stay, so that no command has to take one away.
+    [[nodiscard]] bool IsOfMetricsOnly(const GatewayChange& change) const
+    {
+        return change.removed.empty() && std::ranges::all_of(change.added, [&](const Gateway& gateway) {
+                   const auto& configured = m_adapter.ipv4.configured.gateways;
+                   return gateway.metric && configured && HasIp(*configured, gateway.address);
+               });
+    }
+
+    /// netsh takes gateways for adapters with static addresses only, and none with another metric than it has.
+    void PlanRoutesAndStore(const Gateways& wanted)
     {
         const Gateways used = m_adapter.ipv4.gateways.value_or(Gateways());
         const auto& lease = m_adapter.ipv4.lease;
@@ -280,11 +298,6 @@ private:
                 removed.push_back(address.address);
                 PlanRemoval(address.address, m_steps);
             }
-    }
-
-    void PlanGateways(const Gateways& wanted)
-    {
-        PlanGateways(CompareGateways(m_adapter, Family::IPV4, wanted, m_exact));
     }
 
     void PlanGateways(const GatewayChange& change)

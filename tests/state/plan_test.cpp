@@ -95,7 +95,7 @@ TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
         {R"(lan0", "ipv4": {"gateways": ["192.0.2.2"]})",
          {"ipv4 add address lan0 gateway=192.0.2.2", "ipv4 delete address lan0 gateway=192.0.2.1"}},
         {R"(lan0", "ipv4": {"gateways": [{"address": "192.0.2.1", "metric": 7}]})",
-         {"ipv4 delete address lan0 gateway=192.0.2.1", "ipv4 add address lan0 gateway=192.0.2.1 gwmetric=7"}},
+         {"ipv4 set route 0.0.0.0/0 lan0 192.0.2.1 metric=7 store=active"}}, // and the registry
         {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.54", "192.0.2.53"]})",
          {"ipv4 set dnsservers lan0 static 192.0.2.54 validate=no",
           "ipv4 add dnsservers lan0 192.0.2.53 index=2 validate=no"}},

@@ -4,6 +4,7 @@
 
 #include <state/apply/command_line.h>
 #include <state/apply/process.h>
+#include <support/files.h>
 
 #include <windows.h>
 
@@ -37,6 +38,20 @@ TEST(Process, TellsExitCodeAndOutput)
     const auto missing = RunSystemProgram(L"no-such-command.exe", {}, std::chrono::seconds(30), never);
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, missing.error);
     EXPECT_FALSE(missing.exitCode);
+}
+
+TEST(Process, IsTakenFromTheSystemAlone)
+{
+    const testing_support::TempDirectory planted;
+    testing_support::WriteFileBytes(planted / L"cmd.exe", "no program");
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::wstring path = ::_wgetenv(L"PATH");
+    std::filesystem::current_path(planted.Path());
+    ::SetEnvironmentVariableW(L"PATH", (planted.Text() + L';' + path).c_str());
+    const auto run = RunSystemProgram(L"cmd.exe", {L"/c", L"exit 3"}, std::chrono::seconds(30), [] { return false; });
+    ::SetEnvironmentVariableW(L"PATH", path.c_str());
+    std::filesystem::current_path(before);
+    EXPECT_EQ(3u, run.exitCode);
 }
 
 TEST(Process, IsEndedWhenTimeIsOverOrOnDemand)
