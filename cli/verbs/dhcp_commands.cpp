@@ -5,6 +5,8 @@
 #include <thread>
 #include <utility>
 
+#include <state/apply/command_limit.h>
+#include <state/desired/machine_names.h>
 #include <state/fields/json_value.h>
 #include <state/reading/read_machine.h>
 
@@ -12,6 +14,7 @@
 #include "change/permission.h"
 #include "records/answer_schema.h"
 #include "system/command_search.h"
+#include "system/interrupt.h"
 #include "system/progress.h"
 #include "verbs/common_verbs.h"
 
@@ -70,16 +73,31 @@ std::pair<bool, Json> AwaitLease(const zelk::Adapter& adapter, bool bLeased, std
     }
 }
 
+/// The library starts ipconfig by its name, through the interpreter, and waits for it without an end.
+void RunLibrary(const LeaseVerb& verb, const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily,
+                std::chrono::seconds timeout, const TraceReader& trace)
+{
+    if (const std::string sReason = zelk::RefuseInInterpreter(adapter.connectionName.value_or("")); !sReason.empty())
+        throw Failure({.code = EXIT_NOT_POSSIBLE, .sReason = sReason, .sAdapter = zelk::NameOf(adapter)});
+    const ProgressDisplay progress(verb.pszDoing);
+    const InterruptGuard guard;
+    SearchSystemDirectoryFirst();
+    const zelk::CommandLimit limit(timeout, &InterruptGuard::IsInterrupted);
+    const bool bDone = verb.pOperation(NicInfoOf(adapter), enFamily);
+    if (!bDone && limit.IsOver())
+        throw Failure({.code = EXIT_TIME_OVER,
+                       .sReason = "ipconfig did not end in time and was ended",
+                       .sOperation = verb.pszOperation,
+                       .sAdapter = zelk::NameOf(adapter)});
+    if (!bDone)
+        throw OperationFailed(verb.pszOperation, &adapter, trace, enFamily == TOLVA::FAMILY_IPV6);
+}
+
 Answer ChangeLease(const LeaseVerb& verb, const zelk::Adapter& adapter, TOLVA::FAMILY_TYPE enFamily,
                    std::chrono::seconds timeout)
 {
     const TraceReader trace;
-    {
-        const ProgressDisplay progress(verb.pszDoing);
-        SearchSystemDirectoryFirst(); // the library starts ipconfig by its name
-        if (!verb.pOperation(NicInfoOf(adapter), enFamily))
-            throw OperationFailed(verb.pszOperation, &adapter, trace, enFamily == TOLVA::FAMILY_IPV6);
-    }
+    RunLibrary(verb, adapter, enFamily, timeout, trace);
     const std::string sSurvived = trace.Problems().empty() ? "" : Explanation(trace);
     // Of IPv6 nothing tells a lease: the router's addresses look the same.
     auto [bVerified, now] = enFamily == TOLVA::FAMILY_IPV6 ? std::pair(false, zelk::ToJson(adapter))

@@ -83,4 +83,11 @@ std::string RefuseInCommands(const std::string& name)
     return {};
 }
 
+std::string RefuseInInterpreter(const std::string& name)
+{
+    if (name.find_first_of("\"%") == std::string::npos && !HasControlCharacter(name))
+        return {};
+    return "the name \"" + name + "\" cannot be passed to the command interpreter safely; rename the connection";
+}
+
 } // namespace zelk

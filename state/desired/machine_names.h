@@ -18,5 +18,8 @@ std::string RefuseAsConnectionName(const std::string& name);
 /// Whether the system's commands can be told a connection by this name: without characters that end an argument or
 /// separate a parameter from its value, and not a number, which they take for an interface index.
 std::string RefuseInCommands(const std::string& name);
+/// Whether a command can be told a connection by this name through the command interpreter, in quotation marks: it puts
+/// the values of variables in their places.
+std::string RefuseInInterpreter(const std::string& name);
 
 } // namespace zelk

@@ -8,7 +8,7 @@ set -euo pipefail
 name=zelk-apply-$$
 export WINEPREFIX=$zelk_base_prefix-$name
 export ZELK_UNIX_FOLDER=$WINEPREFIX # where the stand-in leaves the output of commands
-export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;netsh.exe,route.exe=n"
+export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;netsh.exe,route.exe,ipconfig.exe=n"
 
 skip() {
     echo "skipped: $1"
@@ -54,7 +54,7 @@ done
 wine_prefix_make "$zelk_base_prefix"
 wine_prefix_make
 system=$WINEPREFIX/drive_c/windows/system32
-for command in netsh route; do
+for command in netsh route ipconfig; do
     rm -f -- "$system/$command.exe" # a link to that of the prefix that this one was copied from
     cp -- "$(dirname -- "$1")/stand_ins/netsh.exe" "$system/$command.exe"
 done

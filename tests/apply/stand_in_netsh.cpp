@@ -1,6 +1,6 @@
-// Stands in for the system's netsh and route: does what the simulated Windows does, and writes it to the kernel of the
-// network namespace and to the registry as Windows keeps it. The environment can have it refuse a command that holds a
-// text, end or hang when it has done it, do nothing and report success, or have no DHCP server answer.
+// Stands in for the system's netsh, route and ipconfig: does what the simulated Windows does, and writes it to the
+// kernel of the network namespace and to the registry as Windows keeps it. The environment can have it refuse a command
+// that holds a text, end or hang when it has done it, do nothing and report success, or have no DHCP server answer.
 
 #include <algorithm>
 #include <cstdio>
@@ -230,6 +230,12 @@ bool IsMeant(const char* variable, const std::string& line)
 
 int main(int argc, char** argv)
 {
+    if (std::string_view(argv[0]).find("ipconfig") != std::string_view::npos)
+    {
+        if (argc > 1 && IsMeant("ZELK_HANG", argv[1]))
+            ::Sleep(INFINITE);
+        return 0;
+    }
     const bool isRoute = std::string_view(argv[0]).find("route") != std::string_view::npos;
     Step step;
     step.action = Command{isRoute ? Program::ROUTE : Program::NETSH, {argv + 1, argv + argc}};

@@ -98,6 +98,11 @@ protected:
         return commands;
     }
 
+    static std::wstring ConnectionKey()
+    {
+        return zelk::CONNECTIONS + s_sFirst.substr(s_sFirst.rfind(L'\\')) + L"\\Connection";
+    }
+
     static inline std::wstring s_sFirst; ///< the registry key of the first link
     static constexpr const char* START = R"({"schemaVersion": 1, "adapters": [
         {"adapter": "lan0", "ipv4": {"addresses": ["192.0.2.10/24"], "gateways": [{"address": "192.0.2.1", "metric": 5}],
@@ -253,6 +258,16 @@ TEST_F(ZelkctlChanges, ReturningToDhcpForgetsWhatIsStaticAndWantsALease)
     const Result run = Run(L"dhcp return lan0 --ipv4 --yes --timeout 3");
     EXPECT_EQ(6U, run.dwExitCode) << run.sOut << run.sErr;
     EXPECT_THAT(Kernel(), Not(HasSubstr("192.0.2.")));
+}
+
+TEST_F(ZelkctlChanges, LeavesNoCommandOfTheLibraryRunningForEver)
+{
+    const StandIn hang("ZELK_HANG", "/renew");
+    const Result run = Run(L"dhcp renew lan0 --ipv4 --timeout 2");
+    EXPECT_EQ(5U, run.dwExitCode) << run.sErr;
+    EXPECT_THAT(run.sErr, HasSubstr("ipconfig did not end in time and was ended"));
+    const RegistryValueScope name(ConnectionKey(), L"Name", StringData(L"100 %PATH%"));
+    EXPECT_EQ(8U, Run(L"dhcp renew lan0 --ipv4").dwExitCode);
 }
 
 TEST_F(ZelkctlChanges, AreRefusedUndoneOrDone)

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <process.h>
+
+#include <state/apply/command_limit.h>
 #include <state/apply/command_line.h>
 #include <state/apply/process.h>
 #include <support/files.h>
@@ -63,6 +66,13 @@ TEST(Process, IsEndedWhenTimeIsOverOrOnDemand)
     EXPECT_LE(late.output.size(), 65536u);
     const auto stopped = RunSystemProgram(L"cmd.exe", endless, std::chrono::seconds(60), [] { return true; });
     EXPECT_TRUE(stopped.cancelled);
+}
+
+TEST(CommandLimit, EndsWhatAnOperationWaitsFor)
+{
+    const CommandLimit limit(std::chrono::milliseconds(300), nullptr);
+    EXPECT_NE(0, ::_wspawnlp(_P_WAIT, L"cmd", L"cmd", L"/c", L"for /L %i in (1,0,2) do @echo endless >nul", nullptr));
+    EXPECT_TRUE(limit.IsOver());
 }
 
 } // namespace
