@@ -46,6 +46,11 @@ std::string Quoted(const zelk::Adapter& adapter)
     return Quoted(zelk::NameOf(adapter));
 }
 
+std::string Argument(const std::string& sText)
+{
+    return sText.find_first_of(" &()^;,") == std::string::npos ? Printable(sText) : Quoted(sText);
+}
+
 const zelk::Adapter& FindAdapter(const zelk::Machine& machine, const std::string& sWanted)
 {
     const auto candidates = zelk::FindAdapters(machine, sWanted);

@@ -12,6 +12,9 @@ namespace zelkctl
 /// What messages call the adapter: its name in quotation marks.
 std::string Quoted(const zelk::Adapter& adapter);
 
+/// The text as an argument on a command line: in quotation marks where it needs them.
+std::string Argument(const std::string& sText);
+
 /// The one adapter that the UTF-8 text stands for: a name, a GUID with or without braces, an index with or without "#",
 /// or a hardware address, all without regard to case; "name:", "guid:", "index:" or "mac:" before it say which. One of
 /// the system's own adapters is meant only where no other fits. Throws Failure when there is none or more than one.

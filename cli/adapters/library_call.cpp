@@ -18,7 +18,7 @@ namespace
 std::string HintAbout(const zelk::Adapter& adapter, bool bNeedsIpv6)
 {
     if (adapter.status == zelk::AdapterStatus::DISABLED)
-        return "The adapter is disabled; \"zelkctl adapter enable " + zelk::NameOf(adapter) + "\" enables it.";
+        return "The adapter is disabled. To enable it, run: zelkctl adapter enable " + Argument(zelk::NameOf(adapter));
     if (!adapter.index)
         return "The adapter is not running; \"zelkctl adapter list --all\" shows the status of all adapters.";
     return bNeedsIpv6 && adapter.ipv6.enabled == false ? "IPv6 is disabled for this adapter." : "";

@@ -133,12 +133,19 @@ std::optional<Finding> FindingOf(const zelk::Adapter& adapter)
     switch (adapter.status)
     {
     case zelk::AdapterStatus::DISABLED:
-        return Finding{NOTE, sAdapter + " is disabled. \"zelkctl adapter enable " + sName + "\" enables it.", sName};
+        return Finding{NOTE, sAdapter + " is disabled. To enable it, run: zelkctl adapter enable " + Argument(sName),
+                       sName};
     case zelk::AdapterStatus::FAILED: return Finding{WRONG, sAdapter + " does not start" + sProblem + '.', sName};
     case zelk::AdapterStatus::NOT_PRESENT:
         return Finding{NOTE, sAdapter + " is installed, but its device is not present.", sName};
-    default: return std::nullopt;
+    case zelk::AdapterStatus::UNKNOWN:
+        if (!adapter.index)
+            return Finding{NOTE, sAdapter + " is installed, but it is not running for a reason that is not known.",
+                           sName};
+        break;
+    default: break;
     }
+    return std::nullopt;
 }
 
 } // namespace

@@ -302,6 +302,19 @@ TEST_F(ZelkctlChanges, AreRefusedUndoneOrDone)
     EXPECT_THAT(Kernel(), HasSubstr("192.0.2.21/24"));
 }
 
+TEST_F(ZelkctlChanges, NoCharacterOfANameBecomesSyntax)
+{
+    const std::wstring sKey =
+        zelk::CONNECTIONS + (L'\\' + s_sFirst.substr(s_sFirst.rfind(L'\\') + 1)) + L"\\Connection";
+    {
+        const RegistryValueScope name(sKey, L"Name", StringData(L"a & b %PATH% ^(c) lan0"));
+        Do(L"dns set lan0 192.0.2.57", 0);
+        EXPECT_THAT(Kernel(), HasSubstr("nameserver 192.0.2.57\n"));
+    }
+    const RegistryValueScope name(sKey, L"Name", StringData(L"a\" b lan0"));
+    EXPECT_EQ("unsupported", Do(L"dns set lan0 192.0.2.58", 8)["kind"]);
+}
+
 TEST_F(ZelkctlChanges, InterruptingUndoesThem)
 {
     const std::string sKernel = Kernel();
