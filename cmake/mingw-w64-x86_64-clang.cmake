@@ -12,7 +12,8 @@ set(CMAKE_C_COMPILER_TARGET x86_64-w64-mingw32)
 set(CMAKE_CXX_COMPILER_TARGET x86_64-w64-mingw32)
 string(CONCAT CMAKE_CXX_FLAGS_INIT
   "-stdlib++-isystem ${gcc_headers} -stdlib++-isystem ${gcc_headers}/x86_64-w64-mingw32 "
-  "-stdlib++-isystem ${gcc_headers}/backward")
+  "-stdlib++-isystem ${gcc_headers}/backward "
+  "-femulated-tls") # as the run time's own thread-local variables are
 # The other linker too: GNU's reports every type name for which the two compilers make sections of different sizes. A few
 # functions stand both in GCC's run time and, inline, in what clang makes of its headers.
 foreach(kind EXE SHARED MODULE)

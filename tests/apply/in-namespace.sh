@@ -58,6 +58,7 @@ for command in netsh route ipconfig; do
     rm -f -- "$system/$command.exe" # a link to that of the prefix that this one was copied from
     cp -- "$(dirname -- "$1")/stand_ins/netsh.exe" "$system/$command.exe"
 done
+cp -- "$(dirname -- "$1")/ZELK_NM.DLL" "$system" # for a stand-in from whose build nothing unused was left out
 
 # The same program under a name for which Wine plays an older system.
 older=$WINEPREFIX.older/zelk-apply-older.exe
