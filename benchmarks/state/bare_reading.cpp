@@ -119,7 +119,7 @@ void AskForAdapters()
         guids.push_back(AskForKey(CLASS + L'\\' + name));
     AskForDevices();
     AskForKey(SERVICES + L"Tcpip\\Parameters");
-    guids.push_back(L"{00000001-0000-0000-0000-4E6574446576}"); // the loopback
+    guids.emplace_back(L"{00000001-0000-0000-0000-4E6574446576}"); // the loopback
     for (const std::wstring& guid : guids)
     {
         AskForKey(CONTROL + L"Network\\" + NETWORK + L'\\' + guid + L"\\Connection");

@@ -64,7 +64,7 @@ bool CompareGrowth(const char* file, std::size_t count, double microseconds)
 int main(int argc, char** argv)
 try
 {
-    const int rounds = argc > 2 ? std::atoi(argv[1]) : 0;
+    const int rounds = argc > 2 ? static_cast<int>(std::strtol(argv[1], nullptr, 10)) : 0;
     if (rounds < 1)
         return std::fprintf(stderr, "usage: zelk_state_bench ROUNDS FILE\n"), 2;
     const InstalledAdapters installed;

@@ -31,7 +31,7 @@ std::string HintFor(const zelk::Adapter* pAdapter, const TraceReader& trace, boo
                "; the library writes there why an operation fails.";
     if (trace.Problems().empty())
         return "\"zelkctl trace level\" shows how much is traced; the reasons for failures are traced from level 1 on.";
-    const std::string sHint = pAdapter != nullptr ? HintAbout(*pAdapter, bNeedsIpv6) : "";
+    std::string sHint = pAdapter != nullptr ? HintAbout(*pAdapter, bNeedsIpv6) : "";
     if (!sHint.empty() || IsElevated())
         return sHint;
     return "Many operations require elevation; run zelkctl from an elevated prompt.";

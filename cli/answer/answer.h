@@ -32,6 +32,7 @@ struct Field
 };
 
 /// What a command has to say. The same answer is rendered as a table, as JSON or as bare values.
+// NOLINTNEXTLINE(bugprone-exception-escape): it takes moving JSON for something that may throw.
 struct Answer
 {
     /// A record, an array of records, or a result of a form of its own, which has a text.

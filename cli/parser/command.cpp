@@ -87,7 +87,7 @@ CLI::Validator AllOf(const char* pszKind, const std::vector<std::string>& values
 {
     const auto Check = [=](const std::string& sText) {
         for (const std::string& sWord : CLI::detail::split(sText, ','))
-            if (const std::string sObjection = ObjectionTo(sWord, pszKind, values); !sObjection.empty())
+            if (std::string sObjection = ObjectionTo(sWord, pszKind, values); !sObjection.empty())
                 return sObjection;
         return std::string();
     };

@@ -21,12 +21,12 @@ std::size_t Distance(const std::string& sOne, const std::string& sOther)
 {
     std::vector<std::size_t> row(sOther.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t(0));
-    for (std::size_t i = 0; i < sOne.size(); ++i)
+    for (const char cOne : sOne)
     {
         std::size_t diagonal = row[0]++;
         for (std::size_t j = 0; j < sOther.size(); ++j)
         {
-            const std::size_t replaced = diagonal + (sOne[i] != sOther[j] ? 1 : 0);
+            const std::size_t replaced = diagonal + (cOne != sOther[j] ? 1 : 0);
             diagonal = row[j + 1];
             row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
         }

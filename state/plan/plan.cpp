@@ -61,13 +61,10 @@ private:
         const bool ofInterface = item.path.ends_with(".metric") || item.path.ends_with(".mtu");
         if (item.path == "ipv6.enabled" && !old && !m_machine.environment.protocolBinding)
             Refuse(item.path, "cannot be set: this system has no protocols that can be bound to adapters (INetCfg)");
-        else if (old && item.path.starts_with("ipv6."))
+        else if (old && (item.path.starts_with("ipv6.") || ofInterface))
             Refuse(item.path, "cannot be set on a system before Windows Vista");
-        else if (old && ofInterface)
-            Refuse(item.path, "cannot be set on a system before Windows Vista");
-        else if (item.path == "enabled" && !m_adapter.deviceInstance)
-            Refuse(item.path, "cannot be set: the device of the adapter is not known");
-        else if (item.path == "hardwareAddress" && (!m_adapter.deviceInstance || !m_adapter.classKey))
+        else if ((item.path == "enabled" && !m_adapter.deviceInstance) ||
+                 (item.path == "hardwareAddress" && (!m_adapter.deviceInstance || !m_adapter.classKey)))
             Refuse(item.path, "cannot be set: the device of the adapter is not known");
     }
 

@@ -24,7 +24,8 @@ using Record = IP_ADAPTER_ADDRESSES;
 
 constexpr ULONG FLAGS = GAA_FLAG_INCLUDE_PREFIX | GAA_FLAG_SKIP_ANYCAST | GAA_FLAG_SKIP_MULTICAST;
 constexpr ULONG VISTA_FLAGS = FLAGS | GAA_FLAG_INCLUDE_GATEWAYS;
-constexpr std::size_t COMMON_SIZE = 256 * 1024; ///< a hundred adapters; to ask twice costs far more than the room
+constexpr std::size_t COMMON_SIZE =
+    std::size_t(256) * 1024; ///< a hundred adapters; to ask twice costs far more than the room
 
 /// A member of a record, which on older systems ends before those that newer ones have added.
 template <class Struct, class Member>

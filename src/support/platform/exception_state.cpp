@@ -154,7 +154,8 @@ extern "C"
             if (size <= OBJECT_SIZE)
                 pBlock = TakeBlock();
             if (pBlock == nullptr)
-                pBlock = static_cast<std::byte*>(std::malloc(HEADER_SIZE + size));
+                pBlock =
+                    static_cast<std::byte*>(std::malloc(HEADER_SIZE + size)); // NOLINT(*-no-malloc): throws nothing
             if (pBlock != nullptr)
                 break;
             ::Sleep(1);
@@ -167,7 +168,7 @@ extern "C"
     {
         std::byte* const pBlock = static_cast<std::byte*>(pException) - HEADER_SIZE;
         if (!GiveBackBlock(pBlock))
-            std::free(pBlock);
+            std::free(pBlock); // NOLINT(*-no-malloc)
         ReleaseOwnState();
     }
 

@@ -4,11 +4,10 @@
 #ifdef __MINGW32__
 
 #include <cstdlib>
+#include <exception>
 
 namespace __gnu_cxx
 {
-
-void __verbose_terminate_handler();
 
 /// The run time's own names the exception that ends a program, and brings a demangler for it. A program without a
 /// handler ends either way.
