@@ -17,14 +17,7 @@ namespace
 class Writer
 {
 public:
-    explicit Writer(const std::wstring& path)
-    {
-        HKEY key = nullptr;
-        m_code =
-            ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr);
-        if (m_code == ERROR_SUCCESS)
-            m_key.reset(key);
-    }
+    explicit Writer(const std::wstring& path) : m_code(Open(path)) {}
 
     void Number(const wchar_t* name, DWORD number) { Write(name, REG_DWORD, &number, sizeof(number)); }
 
@@ -45,6 +38,16 @@ public:
     [[nodiscard]] std::uint32_t Code() const noexcept { return static_cast<std::uint32_t>(m_code); }
 
 private:
+    LSTATUS Open(const std::wstring& path)
+    {
+        HKEY key = nullptr;
+        const LSTATUS code =
+            ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr);
+        if (code == ERROR_SUCCESS)
+            m_key.reset(key);
+        return code;
+    }
+
     void Write(const wchar_t* name, DWORD type, const void* data, std::size_t size)
     {
         if (m_code == ERROR_SUCCESS)
