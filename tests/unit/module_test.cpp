@@ -156,6 +156,8 @@ struct FakeVersion
             EXPECT_TRUE(bTranslation || std::wcscmp(pszBlock, L"\\StringFileInfo\\040904B0\\FileVersion") == 0);
             *pFound = bTranslation ? static_cast<void*>(&translation) : sText.data();
             *pCount = static_cast<UINT>(bTranslation ? sizeof(translation) : sText.size() + 1);
+            if (bTranslation && sFailing == "half a translation")
+                *pCount /= 2;
             return bTranslation ? Answer("Translation", 1811) : Answer("FileVersion", 1810);
         });
     }
@@ -174,8 +176,9 @@ private:
 
 TEST_F(Module, VersionOfAModuleAndEveryFailure)
 {
-    for (const char* pszFailing : {"", "GetModuleHandleW", "GetModuleFileNameW", "GetFileVersionInfoSizeW",
-                                   "GetFileVersionInfoW", "Translation", "FileVersion", "no name"})
+    for (const char* pszFailing :
+         {"", "GetModuleHandleW", "GetModuleFileNameW", "GetFileVersionInfoSizeW", "GetFileVersionInfoW", "Translation",
+          "half a translation", "FileVersion", "no name"})
     {
         const VersionLog log;
         trace.Empty();
