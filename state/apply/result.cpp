@@ -16,13 +16,6 @@ Json ListOf(const std::vector<T>& values)
     return list;
 }
 
-Json JsonOf(const std::optional<Undo>& undo)
-{
-    if (!undo)
-        return nullptr;
-    return {{"complete", undo->open.empty()}, {"steps", ListOf(undo->steps)}, {"differences", ListOf(undo->open)}};
-}
-
 Json AdaptersNow(const ApplyResult& result, const Plan& plan)
 {
     Json adapters = Json::array();
@@ -59,11 +52,21 @@ Json ToJson(const StepResult& result)
     return json;
 }
 
+Json ToJson(const Undo& undo)
+{
+    return {{"complete", undo.open.empty()}, {"steps", ListOf(undo.steps)}, {"differences", ListOf(undo.open)}};
+}
+
 Json ToJson(const ApplyResult& result, const Plan& plan)
 {
-    return {{"changed", result.changed},     {"outcome", WordOf(result.outcome)},    {"items", ListOf(plan.items)},
-            {"steps", ListOf(result.steps)}, {"differences", ListOf(result.open)},   {"undo", JsonOf(result.undo)},
-            {"notes", plan.notes},           {"adapters", AdaptersNow(result, plan)}};
+    return {{"changed", result.changed},
+            {"outcome", WordOf(result.outcome)},
+            {"items", ListOf(plan.items)},
+            {"steps", ListOf(result.steps)},
+            {"differences", ListOf(result.open)},
+            {"undo", result.undo ? ToJson(*result.undo) : Json()},
+            {"notes", plan.notes},
+            {"adapters", AdaptersNow(result, plan)}};
 }
 
 } // namespace zelk

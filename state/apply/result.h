@@ -63,6 +63,7 @@ struct ApplyResult
 const char* WordOf(StepOutcome outcome) noexcept;
 const char* WordOf(Outcome outcome) noexcept;
 Json ToJson(const StepResult& result);
+Json ToJson(const Undo& undo);
 /// With the items of the plan, and the adapters that it is about as they stand now.
 Json ToJson(const ApplyResult& result, const Plan& plan);
 

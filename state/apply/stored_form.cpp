@@ -11,6 +11,26 @@ namespace zelk
 namespace
 {
 
+/// A key of which every adapter has one, and its values that settings are kept in.
+struct KeyOfAdapter
+{
+    std::wstring parent;
+    std::vector<const wchar_t*> names;
+};
+
+const KeyOfAdapter KEYS[] = {
+    {NETBIOS_INTERFACES, {L"NetbiosOptions"}},
+    {IPV6_INTERFACES, {L"NameServer"}},
+    {IPV4_INTERFACES,
+     {L"EnableDHCP", L"IPAddress", L"SubnetMask", L"DefaultGateway", L"DefaultGatewayMetric", L"NameServer", L"Domain",
+      L"InterfaceMetric", L"MTU"}},
+};
+
+std::wstring KeyOf(const KeyOfAdapter& of, const Target& target)
+{
+    return of.parent + FromUtf8(target.guid.ToText());
+}
+
 std::optional<RegistryValue> Find(const std::vector<RegistryValue>& values, const wchar_t* name)
 {
     const auto found =
@@ -27,26 +47,28 @@ bool AreSame(const std::optional<RegistryValue>& left, const std::optional<Regis
 
 StoredForm::StoredForm(const std::vector<Target>& targets)
 {
-    const auto remember = [this](const std::wstring& key, std::initializer_list<const wchar_t*> names) {
-        std::vector<RegistryValue> values;
-        if (ReadValues(key, values) == ERROR_SUCCESS)
-            for (const wchar_t* name : names)
-                m_values.push_back({key, name, Find(values, name)});
-    };
     for (const Target& target : targets)
-    {
-        const std::wstring guid = FromUtf8(target.guid.ToText());
-        remember(NETBIOS_INTERFACES + guid, {L"NetbiosOptions"});
-        remember(IPV6_INTERFACES + guid, {L"NameServer"});
-        remember(IPV4_INTERFACES + guid,
-                 {L"EnableDHCP", L"IPAddress", L"SubnetMask", L"DefaultGateway", L"DefaultGatewayMetric", L"NameServer",
-                  L"Domain", L"InterfaceMetric", L"MTU"});
-    }
+        for (const KeyOfAdapter& of : KEYS)
+        {
+            std::vector<RegistryValue> values;
+            if (const std::wstring key = KeyOf(of, target); ReadValues(key, values) == ERROR_SUCCESS)
+                for (const wchar_t* name : of.names)
+                    m_values.push_back({key, name, Find(values, name)});
+        }
+}
+
+bool StoredForm::IsKnown(const StoredValue& value, const std::vector<Target>& targets)
+{
+    return std::ranges::any_of(targets, [&](const Target& target) {
+        return std::ranges::any_of(KEYS, [&](const KeyOfAdapter& of) {
+            return value.key == KeyOf(of, target) && std::ranges::find(of.names, value.name) != of.names.end();
+        });
+    });
 }
 
 void StoredForm::Restore() const
 {
-    for (const Value& old : m_values)
+    for (const StoredValue& old : m_values)
     {
         std::vector<RegistryValue> now;
         if (ReadValues(old.key, now) != ERROR_SUCCESS || AreSame(old.value, Find(now, old.name.c_str())))

@@ -1,0 +1,80 @@
+#include <state/apply/take_back.h>
+
+#include <thread>
+
+#include <state/apply/performer.h>
+
+namespace zelk
+{
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+class TakingBack
+{
+public:
+    TakingBack(std::vector<Target>& targets, const DesiredIdentity& identity, const ApplyOptions& options)
+        : m_targets(targets), m_identity(identity), m_options(options)
+    {
+    }
+
+    /// In several rounds: a step that fails because its work is done already must not keep the others from being
+    /// taken. To the letter is tried once, since no command can be told everything.
+    Undo Run()
+    {
+        constexpr int MOST_ROUNDS = 3;
+        for (int round = 0; round < MOST_ROUNDS && PerformRound(); ++round)
+            for (Target& target : m_targets)
+                target.exact = false;
+        Await();
+        return std::move(m_undo);
+    }
+
+private:
+    /// False when nothing was left to do.
+    bool PerformRound()
+    {
+        const Performer performer(m_options, false);
+        const Machine now = ReadAnew();
+        std::vector<Fault> faults;
+        const Plan plan = MakePlan(now, m_targets, m_identity, faults);
+        m_undo.open = plan.items;
+        for (const Step& step : plan.steps)
+        {
+            if (m_options.progress)
+                m_options.progress({Progress::Phase::UNDOING, &step, m_undo.steps.size() + 1, plan.steps.size()});
+            m_undo.steps.push_back(performer.Perform(now, step));
+        }
+        return !plan.steps.empty();
+    }
+
+    void Await()
+    {
+        const auto end = Clock::now() + m_options.timeout;
+        while (!m_undo.open.empty() && Clock::now() < end)
+        {
+            m_undo.open = Differences(ReadAnew(), m_targets, m_identity);
+            if (!m_undo.open.empty())
+                std::this_thread::sleep_for(LOOK_INTERVAL);
+        }
+    }
+
+    std::vector<Target>& m_targets;
+    const DesiredIdentity& m_identity;
+    const ApplyOptions& m_options;
+    Undo m_undo;
+};
+
+} // namespace
+
+Undo TakeBack(std::vector<Target> targets, const DesiredIdentity& identity, const StoredForm& storedForm,
+              const ApplyOptions& options)
+{
+    Undo undo = TakingBack(targets, identity, options).Run();
+    if (undo.open.empty())
+        storedForm.Restore();
+    return undo;
+}
+
+} // namespace zelk
