@@ -1,0 +1,258 @@
+#include <state/pending/guarded_apply.h>
+
+#include <algorithm>
+
+#include <state/apply/take_back.h>
+#include <state/pending/answers.h>
+#include <state/pending/change_folder.h>
+#include <state/reading/read_machine.h>
+
+namespace zelk
+{
+namespace
+{
+
+using std::chrono::milliseconds;
+
+/// Nothing where it cannot be used and nobody needs it.
+std::optional<std::wstring> PreparedFolder(bool isNeeded)
+try
+{
+    std::wstring folder = ChangeFolder();
+    PrepareChangeFolder(folder);
+    return folder;
+}
+catch (const StateError&)
+{
+    if (isNeeded)
+        throw;
+    return std::nullopt;
+}
+
+/// A change that somebody watches over. One that nobody does keeps no other from being made.
+std::optional<PendingChange> FindWatched(const std::wstring& folder)
+{
+    for (PendingRecord& record : LoadPendingChanges(folder))
+        if (record.change && LifeSign::IsGiven(WatchFile(folder, record.id)))
+            return std::move(record.change);
+    return std::nullopt;
+}
+
+/// The record of one change, from before its first step until it is over.
+class ChangeRecord
+{
+public:
+    ChangeRecord(const std::wstring& folder, PendingChange change, const std::optional<Confirmation>& confirmation)
+        : m_folder(folder), m_change(std::move(change))
+    {
+        if (confirmation)
+        {
+            m_change.confirmWithin = confirmation->within;
+            m_change.waitFor = confirmation->waitFor;
+        }
+        StorePendingChange(m_folder, m_change);
+        if (confirmation)
+            StartWatch(confirmation->program);
+    }
+
+    /// What stays pending of it.
+    std::optional<PendingChange> Finish(const ApplyResult& result)
+    {
+        const bool done = result.outcome == Outcome::CHANGED || result.outcome == Outcome::NOT_VERIFIED;
+        const bool halfway = !done && result.undo && !result.undo->open.empty();
+        if (halfway)
+            m_change.phase = PendingPhase::RESTORING;
+        if (done && m_change.confirmWithin)
+        {
+            m_change.phase = PendingPhase::WAITING;
+            m_change.waitingSince = ClockNow();
+        }
+        if (m_change.phase == PendingPhase::APPLYING)
+        {
+            RemovePendingChange(m_folder, m_change.id);
+            return std::nullopt;
+        }
+        StorePendingChange(m_folder, m_change);
+        return m_change;
+    }
+
+private:
+    void StartWatch(const WatchProgram& program)
+    {
+        constexpr milliseconds TIMEOUT(30000);
+        try
+        {
+            StartWatchProcess(m_folder, m_change.id, program, TIMEOUT);
+        }
+        catch (...)
+        {
+            RemovePendingChange(m_folder, m_change.id);
+            throw;
+        }
+    }
+
+    const std::wstring& m_folder;
+    PendingChange m_change;
+};
+
+/// Under the lock, where there is one.
+void PlanAndApply(const std::optional<std::wstring>& folder, const DesiredOf& desired, const GuardedOptions& options,
+                  GuardedResult& result)
+{
+    const Machine before = ReadMachine();
+    result.plan = MakePlan(before, desired(before), result.faults);
+    if (!result.faults.empty())
+    {
+        result.outcome = GuardedOutcome::REFUSED;
+        return;
+    }
+    std::optional<ChangeRecord> record;
+    if (folder && !result.plan.steps.empty())
+        record.emplace(*folder, MakePendingChange(before, result.plan), options.confirmation);
+    result.result = Apply(before, result.plan, options.apply);
+    if (record)
+        result.pending = record->Finish(result.result);
+}
+
+/// The lock, or who has it.
+std::optional<ChangeLock> TakeLock(const std::wstring& folder, milliseconds timeout,
+                                   const std::function<bool()>& isCancelled, std::optional<Changer>& holder)
+{
+    auto lock = ChangeLock::Take(folder, timeout, isCancelled);
+    if (!lock)
+        holder = ChangeLock::Holder(folder);
+    return lock;
+}
+
+/// The last one first.
+std::vector<PendingRecord> RecordsInOrder(const std::wstring& folder)
+{
+    auto records = LoadPendingChanges(folder);
+    std::ranges::stable_sort(records, std::ranges::greater(), [](const PendingRecord& record) {
+        return record.change ? record.change->by.since : std::string();
+    });
+    return records;
+}
+
+Undo Restore(const PendingChange& change, const ApplyOptions& options)
+{
+    return TakeBack(TargetsOf(change, ReadMachine()), change.before.identity, StoredForm(change.stored), options);
+}
+
+bool ConfirmAll(const std::wstring& folder, PendingResult& result)
+{
+    bool interrupted = false;
+    for (PendingRecord& record : LoadPendingChanges(folder))
+    {
+        const bool waits = record.change && record.change->phase == PendingPhase::WAITING;
+        interrupted = interrupted || (record.change && !waits);
+        if (!waits)
+            continue;
+        RemovePendingChange(folder, record.id);
+        result.records.push_back(std::move(record));
+    }
+    return interrupted;
+}
+
+void RestoreAll(const std::wstring& folder, const ApplyOptions& options, PendingResult& result)
+{
+    result.outcome = PendingOutcome::NOTHING;
+    for (PendingRecord& record : RecordsInOrder(folder))
+    {
+        if (record.change)
+        {
+            record.change->phase = PendingPhase::RESTORING;
+            StorePendingChange(folder, *record.change);
+            const Undo& undo = result.undone.emplace_back(Restore(*record.change, options));
+            if (undo.open.empty())
+                RemovePendingChange(folder, record.id);
+            else
+                result.outcome = PendingOutcome::NOT_RESTORED;
+        }
+        if (result.outcome == PendingOutcome::NOTHING)
+            result.outcome = record.change ? PendingOutcome::DONE : PendingOutcome::REFUSED;
+        result.records.push_back(std::move(record));
+    }
+}
+
+/// Does something with what is pending, while no other changes the machine.
+template <class Work>
+PendingResult OnPending(milliseconds timeout, const std::function<bool()>& isCancelled, Work work)
+{
+    PendingResult result;
+    const std::wstring folder = ChangeFolder();
+    if (LoadPendingChanges(folder).empty())
+        result.outcome = PendingOutcome::NOTHING;
+    else if (const auto lock = TakeLock(folder, timeout, isCancelled, result.holder))
+        work(folder, result);
+    else
+        result.outcome = PendingOutcome::BUSY;
+    return result;
+}
+
+} // namespace
+
+GuardedResult ApplyGuarded(const DesiredOf& desired, const GuardedOptions& options)
+{
+    GuardedResult result;
+    const auto folder = PreparedFolder(options.confirmation.has_value());
+    std::optional<ChangeLock> lock;
+    if (folder)
+    {
+        lock = TakeLock(*folder, options.apply.timeout, options.apply.isCancelled, result.holder);
+        if (!lock)
+        {
+            result.outcome = GuardedOutcome::BUSY;
+            return result;
+        }
+        RemoveEndedWatches(*folder);
+        result.pending = FindWatched(*folder);
+        if (result.pending)
+        {
+            result.outcome = GuardedOutcome::AWAITED;
+            return result;
+        }
+    }
+    PlanAndApply(folder, desired, options, result);
+    return result;
+}
+
+PendingResult ConfirmPending(milliseconds timeout)
+{
+    return OnPending(timeout, {}, [](const std::wstring& folder, PendingResult& result) {
+        const bool interrupted = ConfirmAll(folder, result);
+        if (result.records.empty())
+            result.outcome = interrupted ? PendingOutcome::INTERRUPTED : PendingOutcome::NOTHING;
+    });
+}
+
+PendingResult RestorePending(const ApplyOptions& options)
+{
+    return OnPending(options.timeout, options.isCancelled,
+                     [&](const std::wstring& folder, PendingResult& result) { RestoreAll(folder, options, result); });
+}
+
+PendingResult DiscardPending(milliseconds timeout)
+{
+    return OnPending(timeout, {}, [](const std::wstring& folder, PendingResult& result) {
+        result.records = LoadPendingChanges(folder);
+        for (const PendingRecord& record : result.records)
+            RemovePendingChange(folder, record.id);
+    });
+}
+
+void WatchOver(const std::string& id, const ApplyOptions& options)
+try
+{
+    constexpr milliseconds ECHO_TIMEOUT(1000);
+    const WatchActions actions = {
+        [&](const PendingChange& change) { return Restore(change, options).open.empty(); },
+        [&](const IpAddress& host) { return Answers(host, ECHO_TIMEOUT); },
+    };
+    WatchPendingChange(ChangeFolder(), id, actions);
+}
+catch (const std::exception&) // The record stays; the next zelkctl names it.
+{
+}
+
+} // namespace zelk

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <state/apply/stored_form.h>
+#include <state/desired/desired_state.h>
+#include <state/desired/fault.h>
+#include <state/fields/json.h>
+#include <state/machine/machine.h>
+#include <state/pending/change_lock.h>
+#include <state/plan/plan.h>
+
+namespace zelk
+{
+
+enum class PendingPhase : std::uint8_t
+{
+    APPLYING,  ///< its steps are being performed, unless whoever performed them has died
+    WAITING,   ///< it is done and waits to be confirmed
+    RESTORING, ///< the state before is being restored, unless whoever restored it has died
+};
+
+/// A change that can still be taken back. It is kept on disk, so it holds all that restoring needs.
+struct PendingChange
+{
+    std::string id;      ///< see NewChangeId
+    std::string machine; ///< see MachineId
+    PendingPhase phase = PendingPhase::APPLYING;
+    Changer by;
+    std::vector<std::string> steps; ///< what it does, a sentence each
+    /// What was configured before of all that the steps can touch. Adapters are named by "guid:".
+    DesiredState before;
+    std::vector<StoredValue> stored;            ///< the same, to the letter
+    std::optional<std::uint32_t> confirmWithin; ///< seconds, from the end of the change
+    std::optional<IpAddress> waitFor;           ///< confirms by its answer
+    /// Milliseconds of the clock that counts from the start of the machine and cannot be set.
+    std::optional<std::uint64_t> waitingSince;
+};
+
+/// A plan that is about to be performed on a machine.
+PendingChange MakePendingChange(const Machine& before, const Plan& plan);
+
+/// Where restoring leads. An adapter that the machine no longer has stays a target, so that its absence shows.
+std::vector<Target> TargetsOf(const PendingChange& change, const Machine& machine = {});
+
+/// The JSON text of a change, and what such a text says. Every fault is appended; with one the result is not to be
+/// used.
+std::string WritePendingChange(const PendingChange& change);
+PendingChange ParsePendingChange(std::string_view text, std::vector<Fault>& faults);
+
+/// Sixteen lower-case hexadecimal digits that no other change has.
+std::string NewChangeId();
+bool IsChangeId(std::string_view text) noexcept;
+
+/// What tells this installation of Windows from others; empty where it does not tell.
+std::string MachineId();
+
+/// Milliseconds since the start of the machine.
+std::uint64_t ClockNow();
+
+const char* WordOf(PendingPhase phase) noexcept;
+
+} // namespace zelk

@@ -1,0 +1,149 @@
+#include <state/pending/watch.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include <state/machine/problem.h>
+#include <state/pending/change_lock.h>
+
+namespace zelk
+{
+namespace
+{
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds INTERVAL(200);
+constexpr std::uint64_t MILLISECONDS = 1000; ///< of a second
+
+/// What there is to do about a pending change at a moment.
+enum class Due : std::uint8_t
+{
+    NOTHING,
+    LOOK, ///< whether the process that is at work still lives
+    RESTART_TIME,
+    RESTORE
+};
+
+bool IsFromBeforeRestart(const PendingChange& change)
+{
+    return change.waitingSince.value_or(0) > ClockNow();
+}
+
+Due WhatIsDue(const PendingChange& change)
+{
+    if (change.phase != PendingPhase::WAITING)
+        return Due::LOOK;
+    if (!change.waitingSince || IsFromBeforeRestart(change))
+        return Due::RESTART_TIME;
+    return TimeLeft(change) == 0u ? Due::RESTORE : Due::NOTHING;
+}
+
+class Watch
+{
+public:
+    Watch(const std::wstring& folder, const std::string& id, const WatchActions& actions)
+        : m_folder(folder), m_id(id), m_actions(actions), m_sign(WatchFile(folder, id))
+    {
+    }
+
+    WatchEnd Run()
+    {
+        for (;; std::this_thread::sleep_for(INTERVAL))
+        {
+            const auto change = Load();
+            if (!change)
+                return WatchEnd::GONE;
+            if (change->phase == PendingPhase::WAITING && change->waitFor && m_actions.answers(*change->waitFor))
+            {
+                if (const auto end = UnderLock(&Watch::Confirm))
+                    return *end;
+            }
+            else if (WhatIsDue(*change) != Due::NOTHING)
+            {
+                if (const auto end = UnderLock(&Watch::DoWhatIsDue))
+                    return *end;
+            }
+        }
+    }
+
+private:
+    using Work = std::optional<WatchEnd> (Watch::*)(PendingChange&);
+
+    [[nodiscard]] std::optional<PendingChange> Load() const
+    {
+        auto record = LoadPendingChange(m_folder, m_id);
+        return record ? std::move(record->change) : std::nullopt;
+    }
+
+    /// Whoever performs a change has the lock all the time, so what is seen under it is what is left.
+    std::optional<WatchEnd> UnderLock(Work work)
+    {
+        const auto lock = ChangeLock::Take(m_folder, milliseconds(0));
+        if (!lock)
+            return std::nullopt;
+        auto change = Load();
+        return change ? (this->*work)(*change) : WatchEnd::GONE;
+    }
+
+    std::optional<WatchEnd> Confirm(PendingChange& change)
+    {
+        if (change.phase != PendingPhase::WAITING)
+            return std::nullopt;
+        RemovePendingChange(m_folder, m_id);
+        return WatchEnd::CONFIRMED;
+    }
+
+    std::optional<WatchEnd> DoWhatIsDue(PendingChange& change)
+    {
+        switch (WhatIsDue(change))
+        {
+        case Due::NOTHING: return std::nullopt;
+        case Due::RESTART_TIME:
+            change.waitingSince = ClockNow();
+            StorePendingChange(m_folder, change);
+            return std::nullopt;
+        default: return Restore(change);
+        }
+    }
+
+    WatchEnd Restore(PendingChange& change)
+    {
+        change.phase = PendingPhase::RESTORING;
+        StorePendingChange(m_folder, change);
+        if (!m_actions.restore(change))
+            return WatchEnd::NOT_RESTORED;
+        RemovePendingChange(m_folder, m_id);
+        return WatchEnd::RESTORED;
+    }
+
+    const std::wstring& m_folder;
+    const std::string& m_id;
+    const WatchActions& m_actions;
+    LifeSign m_sign;
+};
+
+} // namespace
+
+std::wstring WatchFile(const std::wstring& folder, const std::string& id)
+{
+    return folder + L'\\' + std::wstring(id.begin(), id.end()) + L".watch";
+}
+
+WatchEnd WatchPendingChange(const std::wstring& folder, const std::string& id, const WatchActions& actions)
+{
+    return Watch(folder, id, actions).Run();
+}
+
+std::optional<std::uint64_t> TimeLeft(const PendingChange& change)
+{
+    if (change.phase != PendingPhase::WAITING || !change.confirmWithin)
+        return std::nullopt;
+    const std::uint64_t all = *change.confirmWithin * MILLISECONDS;
+    if (!change.waitingSince || IsFromBeforeRestart(change))
+        return all;
+    return all - std::min(all, ClockNow() - *change.waitingSince);
+}
+
+} // namespace zelk
