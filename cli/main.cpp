@@ -8,6 +8,7 @@
 #include <zelk_nm/tolva.h>
 
 #include "answer/render.h"
+#include "change/state_change.h"
 #include "parser/command_line.h"
 #include "parser/help_format.h"
 #include "system/console.h"
@@ -23,6 +24,7 @@
 #include "verbs/gateway_commands.h"
 #include "verbs/identity_commands.h"
 #include "verbs/machine_commands.h"
+#include "verbs/pending_commands.h"
 #include "verbs/route_commands.h"
 #include "verbs/settings_commands.h"
 #include "verbs/state_commands.h"
@@ -38,6 +40,7 @@ void AddCommands(Command tool)
 {
     AddMachineCommands(tool);
     AddStateCommands(tool);
+    AddPendingCommands(tool);
     AddAdapterCommands(tool);
     AddAddressCommands(tool);
     AddDhcpCommands(tool);
@@ -60,8 +63,9 @@ void AddToolItself(CLI::App& parser, Command tool, Request& request)
     parser.formatter(std::make_shared<HelpFormatter>());
     tool.AddRemark("Examples:\n  zelkctl adapter list\n  zelkctl help adapter list");
     tool.AddRemark("Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such adapter or several,\n"
-                   "  4 requires elevation, 5 time over, 6 done but not verified, 8 not possible on this\n"
-                   "  system, 10 --check found differences");
+                   "  4 requires elevation, 5 time over, 6 done but not verified, 7 another change is under\n"
+                   "  way or waits to be confirmed, 8 not possible on this system, 10 --check found\n"
+                   "  differences");
     const auto fields = AdapterListFields();
     tool.AddFormOptions(fields);
     tool.AddColumnOptions(fields);
@@ -87,7 +91,10 @@ Answer AnswerTo(const CLI::App& parser, const Request& request)
 {
     // What looks at the trace must not empty it.
     const auto pSettings = parser.got_subcommand(TRACE_NOUN) ? nullptr : HonourTraceSettings();
-    return request.answer();
+    const auto notes = PendingNotes(request.sCommand);
+    Answer answer = request.answer();
+    answer.notes.insert(answer.notes.begin(), notes.begin(), notes.end());
+    return answer;
 }
 
 Failure FailureOf(const std::exception& error)
@@ -133,6 +140,11 @@ try
     if (!arguments.empty() && arguments.front() == COMPLETE_VERB)
     {
         AnswerCompletion(parser, arguments);
+        return EXIT_DONE;
+    }
+    if (!arguments.empty() && arguments.front() == WATCH_VERB)
+    {
+        WatchOverChange(arguments);
         return EXIT_DONE;
     }
     return Run(parser, arguments, request);

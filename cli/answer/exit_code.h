@@ -13,6 +13,7 @@ enum ExitCode : int
     EXIT_NEEDS_ELEVATION = 4,
     EXIT_TIME_OVER = 5,
     EXIT_NOT_VERIFIED = 6,
+    EXIT_BUSY = 7, ///< another change is under way, or waits to be confirmed
     EXIT_NOT_POSSIBLE = 8,
     EXIT_DIFFERENCES = 10
 };

@@ -77,6 +77,7 @@ const char* KindOf(ExitCode code)
     case EXIT_USAGE: return "usage";
     case EXIT_NO_SUCH_ADAPTER: return "adapter";
     case EXIT_NEEDS_ELEVATION: return "elevation";
+    case EXIT_BUSY: return "busy";
     case EXIT_NOT_POSSIBLE: return "unsupported";
     default: return "failed";
     }

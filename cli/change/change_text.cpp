@@ -145,6 +145,11 @@ std::string TextOf(const zelk::ApplyResult& result)
     return text + OpenLines(result.undo ? result.undo->open : result.open);
 }
 
+std::string TextOf(const zelk::Undo& undo)
+{
+    return StepLines(undo.steps, "") + OpenLines(undo.open);
+}
+
 std::string TextOf(const zelk::Progress& progress)
 {
     if (progress.step == nullptr)

@@ -18,6 +18,9 @@ std::string TextOf(const zelk::Plan& plan);
 /// The steps and what has become of each, those that were taken back, and what is not as wanted.
 std::string TextOf(const zelk::ApplyResult& result);
 
+/// The steps that were taken back, and what is not as before.
+std::string TextOf(const zelk::Undo& undo);
+
 /// What is being waited for.
 std::string TextOf(const zelk::Progress& progress);
 

@@ -1,21 +1,22 @@
 #include "change/state_change.h"
 
 #include <algorithm>
-#include <memory>
 #include <set>
 #include <utility>
 
-#include <state/apply/apply.h>
 #include <state/fields/schema.h>
+#include <state/pending/guarded_apply.h>
+#include <state/reading/read_machine.h>
 
-#include "adapters/library_call.h"
 #include "answer/cell_text.h"
 #include "answer/failure.h"
+#include "change/apply_environment.h"
 #include "change/change_text.h"
+#include "change/other_changes.h"
 #include "change/permission.h"
 #include "records/answer_schema.h"
-#include "system/interrupt.h"
-#include "system/progress.h"
+#include "system/module_file.h"
+#include "system/utf8.h"
 
 namespace zelkctl
 {
@@ -83,21 +84,30 @@ std::string SentenceOf(const StateChange& change, const zelk::ApplyResult& resul
     }
 }
 
-/// The change itself, with progress on the error output. Ctrl+C undoes it.
-zelk::ApplyResult Apply(const zelk::Machine& machine, const zelk::Plan& plan, const StateChangeOptions& options)
+/// The tool itself, which can watch over a change.
+zelk::WatchProgram OwnProgram()
 {
-    const InterruptGuard guard;
-    std::unique_ptr<ProgressDisplay> pDisplay;
-    zelk::ApplyOptions how;
-    how.timeout = options.timeout;
-    how.keep = options.bKeep;
-    how.isCancelled = &InterruptGuard::IsInterrupted;
-    how.watchLibrary = [] { return [pTrace = std::make_shared<TraceReader>()] { return Explanation(*pTrace); }; };
-    how.progress = [&](const zelk::Progress& progress) {
-        pDisplay.reset(); // the old line goes before the new one comes
-        pDisplay = std::make_unique<ProgressDisplay>(TextOf(progress));
-    };
-    return zelk::Apply(machine, plan, how);
+    return {ModuleFile(nullptr), {ModuleFile(L"ZELK_NM.DLL")}, FromUtf8(WATCH_VERB)};
+}
+
+zelk::GuardedResult Apply(const StateChangeOf& changeOf, const StateChangeOptions& options)
+{
+    const ApplyEnvironment environment;
+    zelk::GuardedOptions how{.apply = environment.Options(options.timeout), .confirmation = std::nullopt};
+    how.apply.keep = options.bKeep;
+    if (options.confirmWithin)
+        how.confirmation = {*options.confirmWithin, options.waitFor, OwnProgram()};
+    return zelk::ApplyGuarded([&](const zelk::Machine& machine) { return changeOf(machine).state; }, how);
+}
+
+/// What the user has to know of a change that can still be taken back.
+std::string SentenceOf(const zelk::PendingChange& pending)
+{
+    if (pending.phase != zelk::PendingPhase::WAITING)
+        return "\"zelkctl restore\" tries again to take the machine back.";
+    return "Confirm the change with \"zelkctl confirm\" within " + std::to_string(*pending.confirmWithin) +
+           " s, or the state before it is restored" +
+           (pending.waitFor ? "; an answer of " + pending.waitFor->ToText() + " confirms it too." : ".");
 }
 
 std::string AdaptersOf(const zelk::Plan& plan)
@@ -184,6 +194,24 @@ Json ArrayOf(Json schema)
     return {{"type", "array"}, {"items", std::move(schema)}};
 }
 
+void RequireOutcome(const zelk::GuardedResult& result, bool bIsDocument)
+{
+    if (result.outcome == zelk::GuardedOutcome::BUSY)
+        throw BusyFailure(result.holder);
+    if (result.outcome == zelk::GuardedOutcome::AWAITED)
+        throw AwaitedFailure(*result.pending);
+    RefuseFaults(result.faults, bIsDocument ? &PlaceInDocument : &ItemAt);
+}
+
+Answer AnswerOf(const StateChange& change, const zelk::Plan& plan, const zelk::ApplyResult& result)
+{
+    auto notes = plan.notes;
+    Json value = zelk::ToJson(result, plan);
+    notes.push_back(SentenceOf(change, result));
+    return {
+        .value = std::move(value), .text = TextOf(result), .notes = std::move(notes), .code = CodeOf(result.outcome)};
+}
+
 } // namespace
 
 void RefuseDocument(const std::vector<zelk::Fault>& faults)
@@ -191,26 +219,26 @@ void RefuseDocument(const std::vector<zelk::Fault>& faults)
     RefuseFaults(faults, &PlaceInDocument);
 }
 
-Answer Perform(const zelk::Machine& machine, const StateChange& change, const StateChangeOptions& options)
+Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
 {
+    const zelk::Machine machine = zelk::ReadMachine();
+    const StateChange change = changeOf(machine);
     std::vector<zelk::Fault> faults;
     const zelk::Plan plan = zelk::MakePlan(machine, change.state, faults);
     RefuseFaults(faults, change.bIsDocument ? &PlaceInDocument : &ItemAt);
-    auto notes = plan.notes;
     if (options.bCheck)
-        return DifferencesOf(plan, std::move(notes));
-    if (!plan.items.empty())
-    {
-        RequireElevation(AdaptersOf(plan));
-        if (change.bCanDisconnect)
-            RequireConfirmation(AdaptersOf(plan), options.bConfirmed);
-    }
-    const zelk::ApplyResult result = Apply(machine, plan, options);
-    Json value = zelk::ToJson(result, plan);
-    value["notes"] = notes;
-    notes.push_back(SentenceOf(change, result));
-    return {
-        .value = std::move(value), .text = TextOf(result), .notes = std::move(notes), .code = CodeOf(result.outcome)};
+        return DifferencesOf(plan, plan.notes);
+    if (plan.items.empty())
+        return AnswerOf(change, plan, zelk::Apply(machine, plan, {}));
+    RequireElevation(AdaptersOf(plan));
+    if (change.bCanDisconnect)
+        RequireConfirmation(AdaptersOf(plan), options.bConfirmed);
+    const zelk::GuardedResult guarded = Apply(changeOf, options);
+    RequireOutcome(guarded, change.bIsDocument);
+    Answer answer = AnswerOf(change, guarded.plan, guarded.result);
+    if (guarded.pending)
+        answer.notes.push_back(SentenceOf(*guarded.pending));
+    return answer;
 }
 
 Json StateChangeSchema()
@@ -219,7 +247,6 @@ Json StateChangeSchema()
     const Json texts = ArrayOf(zelk::SchemaOfType("string"));
     const Json items = ArrayOf(ItemSchema());
     const Json steps = ArrayOf(StepSchema(true));
-    const Json undo = ObjectOf({{"complete", boolean}, {"steps", steps}, {"differences", items}});
     const Json outcome = {{"enum", {"unchanged", "changed", "notVerified", "failed", "timedOut", "cancelled"}}};
     return AnyOf(
         {ObjectOf({{"differs", boolean}, {"items", items}, {"steps", ArrayOf(StepSchema(false))}, {"notes", texts}}),
@@ -228,9 +255,16 @@ Json StateChangeSchema()
                    {"items", items},
                    {"steps", steps},
                    {"differences", items},
-                   {"undo", zelk::OrNull(undo)},
+                   {"undo", zelk::OrNull(UndoSchema())},
                    {"notes", texts},
                    {"adapters", ListOf("adapter")}})});
+}
+
+Json UndoSchema()
+{
+    return ObjectOf({{"complete", zelk::SchemaOfType("boolean")},
+                     {"steps", ArrayOf(StepSchema(true))},
+                     {"differences", ArrayOf(ItemSchema())}});
 }
 
 } // namespace zelkctl

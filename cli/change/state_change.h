@@ -1,6 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,16 +32,27 @@ struct StateChangeOptions
     bool bConfirmed = false; ///< nobody need be asked
     bool bKeep = false;      ///< what was done stays when a step fails
     std::chrono::seconds timeout = std::chrono::seconds(60);
+    std::optional<std::uint32_t> confirmWithin = {}; ///< seconds; else the state before is restored
+    std::optional<zelk::IpAddress> waitFor = {};     ///< a host whose answer confirms
 };
+
+/// What the user wants of the machine as it was just read.
+using StateChangeOf = std::function<StateChange(const zelk::Machine&)>;
+
+/// What the process that watches over a change is started with, before the change's id.
+inline constexpr const char* WATCH_VERB = "__watch";
 
 /// Throws a Failure that tells all that is wrong with a document, if anything is.
 void RefuseDocument(const std::vector<zelk::Fault>& faults);
 
-/// Plans the change on the machine as it was just read, and does it, or tells what it would do. Throws Failure where
-/// nothing may be changed; what fails later is part of the answer.
-Answer Perform(const zelk::Machine& machine, const StateChange& change, const StateChangeOptions& options);
+/// Plans the change on the machine as it is, and does it as the only one that changes the machine, or tells what it
+/// would do. `changeOf` is asked again once no other can change the machine. Throws Failure where nothing may be
+/// changed; what fails later is part of the answer.
+Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options);
 
 /// JSON Schemas of the two answers that it gives, together.
 Json StateChangeSchema();
+/// Of what was taken back.
+Json UndoSchema();
 
 } // namespace zelkctl

@@ -25,7 +25,7 @@ Json TextOrNullSchema()
 
 Json ErrorSchema()
 {
-    return ObjectOf({{"kind", {{"enum", {"failed", "usage", "adapter", "elevation", "unsupported"}}}},
+    return ObjectOf({{"kind", {{"enum", {"failed", "usage", "adapter", "elevation", "busy", "unsupported"}}}},
                      {"exitCode", zelk::SchemaOfType("integer")},
                      {"operation", TextOrNullSchema()},
                      {"adapter", TextOrNullSchema()},

@@ -10,6 +10,7 @@
 #include "answer/cell_text.h"
 #include "answer/failure.h"
 #include "answer/value_text.h"
+#include "parser/ip_argument.h"
 #include "records/answer_schema.h"
 #include "system/number.h"
 
@@ -41,15 +42,18 @@ Failure NotReadable(const zelk::Adapter& adapter)
     return Failure({.sReason = sReason, .sOperation = "ReadMachine", .sAdapter = zelk::NameOf(adapter)});
 }
 
-std::chrono::seconds ParseTimeout(const std::string& sText)
+std::uint32_t ParseSeconds(const std::string& sName, const std::string& sText)
 {
     constexpr unsigned long LONGEST = 86400;
-    if (sText.empty())
-        return StateChangeOptions().timeout;
     const auto ulSeconds = ParseNumber(sText);
     if (!ulSeconds || *ulSeconds < 1 || *ulSeconds > LONGEST)
-        throw UsageError("--timeout", Quoted(sText) + " is not a number of seconds from 1 to 86400");
-    return std::chrono::seconds(*ulSeconds);
+        throw UsageError(sName, Quoted(sText) + " is not a number of seconds from 1 to 86400");
+    return *ulSeconds;
+}
+
+std::chrono::seconds ParseTimeout(const std::string& sText)
+{
+    return sText.empty() ? StateChangeOptions().timeout : std::chrono::seconds(ParseSeconds("--timeout", sText));
 }
 
 } // namespace
@@ -164,14 +168,13 @@ void SetDnsServers(const std::vector<zelk::IpAddress>& servers, zelk::DesiredAda
     }
 }
 
-void MakeStateVerb(Command verb, std::function<StateChange(const zelk::Machine&)> plan)
+void MakeStateVerb(Command verb, StateChangeOf changeOf)
 {
     const auto yes = AddYesFlag(verb);
-    verb.Answers(StateChangeSchema, [=, options = AddStateChangeOptions(verb), plan = std::move(plan)] {
+    verb.Answers(StateChangeSchema, [=, options = AddStateChangeOptions(verb), changeOf = std::move(changeOf)] {
         auto given = options();
         given.bConfirmed = yes();
-        const zelk::Machine machine = zelk::ReadMachine();
-        return Perform(machine, plan(machine), given);
+        return Perform(changeOf, given);
     });
 }
 
@@ -180,8 +183,20 @@ std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
     const auto check = verb.AddFlag("--check", "Show what would be changed and how, but change nothing");
     const auto keep = verb.AddFlag("--keep", "Do not undo what was done if a step fails");
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
+    const auto within = verb.AddOption(
+        {"--confirm-within", "Restore the state before unless \"zelkctl confirm\" comes in that time", "SECONDS"});
+    const auto host = verb.AddOption({"--wait-for", "Confirm as soon as this host answers", "ADDRESS"});
     verb.AddJsonFlag();
-    return [=] { return StateChangeOptions{.bCheck = check(), .bKeep = keep(), .timeout = timeout()}; };
+    return [=] {
+        StateChangeOptions options{.bCheck = check(), .bKeep = keep(), .timeout = timeout()};
+        if (const std::string sWithin = within(); !sWithin.empty())
+            options.confirmWithin = ParseSeconds("--confirm-within", sWithin);
+        if (const std::string sHost = host(); !sHost.empty())
+            options.waitFor = ParseAddress("--wait-for", sHost);
+        if (options.waitFor && !options.confirmWithin)
+            throw UsageError("--wait-for", "needs --confirm-within, which says for how long");
+        return options;
+    };
 }
 
 } // namespace zelkctl

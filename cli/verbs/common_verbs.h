@@ -70,10 +70,9 @@ StateChange ChangeOf(const zelk::Adapter& adapter, zelk::DesiredAdapter desired,
 /// Wants the servers, of each family of which there are any.
 void SetDnsServers(const std::vector<zelk::IpAddress>& servers, zelk::DesiredAdapter& desired);
 
-/// Makes the verb one that takes the machine to a state: `plan` is asked for it when the command line and the machine
-/// were read. Adds --check, --yes, --keep, --timeout and --json.
-void MakeStateVerb(Command verb, std::function<StateChange(const zelk::Machine&)> plan);
-/// Adds --check, --keep, --timeout and --json, and what the user gave for them.
+/// Makes the verb one that takes the machine to a state. Adds --yes and the options below.
+void MakeStateVerb(Command verb, StateChangeOf changeOf);
+/// Adds --check, --keep, --timeout, --confirm-within, --wait-for and --json, and what the user gave for them.
 std::function<StateChangeOptions()> AddStateChangeOptions(Command verb);
 
 } // namespace zelkctl

@@ -99,7 +99,7 @@ void AddApply(Command tool)
     verb.Answers(StateChangeSchema, [file, options] {
         const auto given = options();
         const StateChange change = ParseChange(file());
-        return Perform(zelk::ReadMachine(), change, given);
+        return Perform([&change](const zelk::Machine&) { return change; }, given);
     });
 }
 

@@ -66,6 +66,9 @@ mkdir -p "${older%/*}"
 cp -- "$1" "$older"
 cp -- "$(dirname -- "$1")/ZELK_NM.DLL" "${older%/*}"
 "$zelk_top/scripts/wine-run.sh" reg add "HKCU\\Software\\Wine\\AppDefaults\\${older##*/}" /v Version /d winxp64 /f >/dev/null
+# A service has the variables of the machine.
+"$zelk_top/scripts/wine-run.sh" reg add 'HKLM\System\CurrentControlSet\Control\Session Manager\Environment' \
+    /v ZELK_UNIX_FOLDER /d "$ZELK_UNIX_FOLDER" /f >/dev/null
 wine_server_end # the view of the network is that of the namespace in which the server starts
 
 # In the background, so that a signal is heeded at once.
@@ -76,6 +79,6 @@ run() {
     return $rc
 }
 failed=0
-run "$@" --gtest_filter=-ApplyBeforeVista.* || failed=1
+run "$1" --gtest_filter=-ApplyBeforeVista.* "${@:2}" || failed=1
 ZELK_GENERATION=5 run "$older" --gtest_filter='ApplyBeforeVista.*' || failed=1
 exit $failed

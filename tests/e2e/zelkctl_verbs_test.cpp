@@ -92,6 +92,9 @@ TEST_F(ZelkctlVerbs, AnswerAsTheKernelDoes)
         const auto answer = Ask(row.pszArguments, 0);
         EXPECT_EQ(row.value, answer["result"].at(nlohmann::json::json_pointer(row.pszPointer)));
     }
+    Ask(L"pending", 0);
+    Ask(L"confirm", 1);
+    Ask(L"restore", 1);
     Ask(L"doctor", 1);
     Ask(L"tcp6 list", 0);
     EXPECT_THAT(Run(L"show").sOut, HasSubstr("\nAdapter \"Connection lan0\"\nName "));

@@ -1,0 +1,168 @@
+#include "verbs/pending_commands.h"
+
+#include <state/fields/schema.h>
+#include <state/pending/change_folder.h>
+#include <state/pending/guarded_apply.h>
+
+#include "answer/failure.h"
+#include "answer/value_text.h"
+#include "change/apply_environment.h"
+#include "change/change_text.h"
+#include "change/other_changes.h"
+#include "change/permission.h"
+#include "change/state_change.h"
+#include "records/answer_schema.h"
+#include "records/pending_record.h"
+#include "records/shown_fields.h"
+#include "verbs/common_verbs.h"
+
+namespace zelkctl
+{
+namespace
+{
+
+/// What a person sees of a change at first.
+const std::vector<std::string> COLUMNS = {"id", "user", "since", "secondsLeft", "status"};
+
+void AddPending(Command tool)
+{
+    Command verb =
+        tool.AddVerb({"pending", "List changes that wait to be confirmed or were cut short", "pending --json"});
+    const auto fields = ShownFields<PendingShown>();
+    verb.AddFormOptions(fields);
+    verb.Answers([] { return ListOf<PendingShown>(); },
+                 [fields] {
+                     RequireElevation(""); // the folder is closed to others
+                     return Answer{.value = RecordsOf(ReadPending()),
+                                   .fields = fields,
+                                   .columns = COLUMNS,
+                                   .sWhenEmpty = "Nothing is pending."};
+                 });
+}
+
+[[noreturn]] void FailPending(const zelk::PendingResult& result)
+{
+    switch (result.outcome)
+    {
+    case zelk::PendingOutcome::BUSY: throw BusyFailure(result.holder);
+    case zelk::PendingOutcome::INTERRUPTED:
+        throw Failure({.sReason = "the pending change was cut short, so it cannot be confirmed",
+                       .sHint = "\"zelkctl restore\" takes the machine back to the state before it."});
+    case zelk::PendingOutcome::REFUSED:
+        throw Failure({.sReason = "the record of the pending change cannot be used: " + result.records.front().fault,
+                       .sHint = "\"zelkctl restore --discard\" removes it; nothing else is changed."});
+    default: throw Failure({.sReason = "nothing is pending"});
+    }
+}
+
+Json IdsOf(const zelk::PendingResult& result)
+{
+    Json ids = Json::array();
+    for (const zelk::PendingRecord& record : result.records)
+        ids.push_back(record.id);
+    return ids;
+}
+
+void AddConfirm(Command tool)
+{
+    Command verb = tool.AddVerb({"confirm", "Keep a change that waits to be confirmed", "confirm"});
+    const auto timeout = AddTimeoutOption(verb, "How long to wait for another change to end; 60 by default");
+    verb.AddJsonFlag();
+    verb.Answers(
+        [] {
+            return ObjectOf({{"confirmed", {{"type", "array"}, {"items", zelk::SchemaOfType("string")}}}});
+        },
+        [timeout] {
+            RequireElevation("");
+            const auto result = zelk::ConfirmPending(timeout());
+            if (result.outcome != zelk::PendingOutcome::DONE)
+                FailPending(result);
+            return Answer{.value = {{"confirmed", IdsOf(result)}}, .text = "The change is confirmed.\n"};
+        });
+}
+
+Answer Restore(std::chrono::seconds timeout)
+{
+    const ApplyEnvironment environment;
+    const auto result = zelk::RestorePending(environment.Options(timeout));
+    const bool bDone = result.outcome == zelk::PendingOutcome::DONE;
+    if (!bDone && result.outcome != zelk::PendingOutcome::NOT_RESTORED)
+        FailPending(result);
+    Json undone = Json::array();
+    std::string text;
+    for (const zelk::Undo& undo : result.undone)
+    {
+        undone.push_back(zelk::ToJson(undo));
+        text += TextOf(undo);
+    }
+    return {.value = {{"restored", bDone}, {"changes", IdsOf(result)}, {"undo", std::move(undone)}},
+            .text = std::move(text),
+            .notes = {bDone ? "The state before the change is restored."
+                            : "Not everything could be restored; the change stays pending."},
+            .code = bDone ? EXIT_DONE : EXIT_NOT_VERIFIED};
+}
+
+Answer Discard(std::chrono::seconds timeout)
+{
+    const auto result = zelk::DiscardPending(timeout);
+    if (result.outcome != zelk::PendingOutcome::DONE)
+        FailPending(result);
+    return {.value = {{"restored", false}, {"changes", IdsOf(result)}, {"undo", Json::array()}},
+            .text = "What was pending is forgotten.\n"};
+}
+
+void AddRestore(Command tool)
+{
+    Command verb = tool.AddVerb({"restore", "Take the machine back to the state before what is pending", "restore"});
+    const auto discard = verb.AddFlag("--discard", "Forget what is pending without restoring anything");
+    const auto yes = AddYesFlag(verb);
+    const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
+    verb.AddJsonFlag();
+    verb.Answers(
+        [] {
+            return ObjectOf({{"restored", zelk::SchemaOfType("boolean")},
+                             {"changes", {{"type", "array"}, {"items", zelk::SchemaOfType("string")}}},
+                             {"undo", {{"type", "array"}, {"items", UndoSchema()}}}});
+        },
+        [=] {
+            RequireElevation("");
+            if (!ReadPending().empty())
+                RequireConfirmation("", yes());
+            return discard() ? Discard(timeout()) : Restore(timeout());
+        });
+}
+
+} // namespace
+
+void AddPendingCommands(Command tool)
+{
+    AddPending(tool);
+    AddConfirm(tool);
+    AddRestore(tool);
+}
+
+std::vector<std::string> PendingNotes(const std::string& sCommand)
+try
+{
+    std::vector<std::string> notes;
+    if (sCommand == "pending" || sCommand == "confirm" || sCommand == "restore")
+        return notes;
+    for (const PendingShown& change : ReadPending())
+        notes.push_back("A change " + (change.user ? "by " + *change.user + ' ' : std::string()) +
+                        (change.since ? "of " + *change.since + ' ' : std::string()) + "is pending. " + change.sStatus);
+    return notes;
+}
+catch (const std::exception&) // what cannot be told is no reason to fail
+{
+    return {};
+}
+
+void WatchOverChange(const std::vector<std::string>& arguments)
+{
+    if (arguments.size() != 2 || !zelk::IsChangeId(arguments[1]))
+        return;
+    const std::string sId = arguments[1];
+    zelk::RunWatchProcess(sId, [&] { zelk::WatchOver(sId, {}); });
+}
+
+} // namespace zelkctl
