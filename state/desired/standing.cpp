@@ -176,13 +176,16 @@ bool DnsServersStand(const Machine& machine, const Adapter& adapter, Family fami
     const auto* const servers = std::get_if<Addresses>(&wanted);
     if (servers == nullptr || !IsUp(adapter) || settings.enabled == false)
         return true;
-    std::size_t found = 0;
+    auto next = servers->begin();
     for (const IpAddress& server : OfFamily(settings.dnsServers, family))
-        if (found < servers->size() && server == (*servers)[found])
-            ++found;
-        else if (!IsForeignServer(machine, adapter, server))
+    {
+        const bool repeated = std::find(servers->begin(), next, server) != next; // it is asked no second time
+        if (next != servers->end() && server == *next)
+            ++next;
+        else if (!repeated && !IsForeignServer(machine, adapter, server))
             return false;
-    return found == servers->size();
+    }
+    return next == servers->end();
 }
 
 bool MetricStands(const IpSettings& settings, const AutomaticOr<std::uint32_t>& wanted)
