@@ -63,9 +63,9 @@ void AddToolItself(CLI::App& parser, Command tool, Request& request)
     parser.formatter(std::make_shared<HelpFormatter>());
     tool.AddRemark("Examples:\n  zelkctl adapter list\n  zelkctl help adapter list");
     tool.AddRemark("Exit codes:\n  0 done, 1 operation failed, 2 wrong usage, 3 no such adapter or several,\n"
-                   "  4 requires elevation, 5 time over, 6 done but not verified, 7 another change is under\n"
-                   "  way or waits to be confirmed, 8 not possible on this system, 10 --check found\n"
-                   "  differences");
+                   "  4 requires elevation, 5 time over, 6 done but not verified, 7 another change\n"
+                   "  is being made or waits to be confirmed, 8 not possible on this system,\n"
+                   "  10 --check found differences");
     const auto fields = AdapterListFields();
     tool.AddFormOptions(fields);
     tool.AddColumnOptions(fields);

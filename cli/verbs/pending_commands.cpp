@@ -46,7 +46,7 @@ void AddPending(Command tool)
     {
     case zelk::PendingOutcome::BUSY: throw BusyFailure(result.holder);
     case zelk::PendingOutcome::INTERRUPTED:
-        throw Failure({.sReason = "the pending change was cut short, so it cannot be confirmed",
+        throw Failure({.sReason = "the pending change was cut short or is being taken back, so it cannot be confirmed",
                        .sHint = "\"zelkctl restore\" takes the machine back to the state before it."});
     case zelk::PendingOutcome::REFUSED:
         throw Failure({.sReason = "the record of the pending change cannot be used: " + result.records.front().fault,
