@@ -100,9 +100,12 @@ Findings ExamineFunctions(const zelk::Machine& machine)
     Findings findings;
     for (const PlatformFunction& function : FunctionsOf(machine.environment.backEnd))
         if (!HasFunction(zelk_shared::IP_HELPER, function.pszName))
-            findings.push_back({function.pszWithout != nullptr ? WRONG : NOTE,
-                                std::string("IPHLPAPI.DLL has no ") + function.pszName + ": " +
-                                    (function.pszWithout != nullptr ? function.pszWithout : "nothing uses it") + '.'});
+            findings.push_back(
+                {function.pszWithout != nullptr ? WRONG : NOTE,
+                 std::string("IPHLPAPI.DLL has no ") + function.pszName + ": " +
+                     (function.pszWithout != nullptr ? std::string("with the library, ") + function.pszWithout
+                                                     : std::string("nothing uses it")) +
+                     '.'});
     return findings.empty() ? One(OK, "IPHLPAPI.DLL has every function that the back end uses.") : findings;
 }
 
