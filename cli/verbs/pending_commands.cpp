@@ -161,7 +161,7 @@ void WatchOverChange(const std::vector<std::string>& arguments)
 {
     if (arguments.size() != 2 || !zelk::IsChangeId(arguments[1]))
         return;
-    const std::string sId = arguments[1];
+    const std::string& sId = arguments[1];
     zelk::RunWatchProcess(sId, [&] { zelk::WatchOver(sId, {}); });
 }
 

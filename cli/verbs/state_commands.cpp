@@ -98,8 +98,7 @@ void AddApply(Command tool)
     const auto options = AddStateChangeOptions(verb);
     verb.Answers(StateChangeSchema, [file, options] {
         const auto given = options();
-        const StateChange change = ParseChange(file());
-        return Perform([&change](const zelk::Machine&) { return change; }, given);
+        return Perform([change = ParseChange(file())](const zelk::Machine&) { return change; }, given);
     });
 }
 
