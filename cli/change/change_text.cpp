@@ -89,13 +89,13 @@ std::string StepLines(const std::vector<zelk::StepResult>& steps, const char* ps
     return text;
 }
 
-std::string OpenLines(const std::vector<zelk::Item>& items)
+std::string OpenLines(const std::vector<zelk::Difference>& differences)
 {
     std::string text;
-    for (const zelk::Item& item : items)
+    for (const zelk::Difference& difference : differences)
     {
-        text += "Not as wanted: " + AdapterPrefix(item.adapter) + LabelOf(item.path) + ':';
-        const Table::Cell lines = BeforeLines(item.before);
+        text += "Not as wanted: " + AdapterPrefix(difference.adapter) + LabelOf(difference.path) + ':';
+        const Table::Cell lines = BeforeLines(difference.before);
         for (std::size_t i = 0; i < lines.size(); ++i)
             text += (i == 0 ? " " : ", ") + lines[i];
         text += '\n';
@@ -117,15 +117,15 @@ std::string LabelOf(const std::string& sPath)
 
 std::string TextOf(const zelk::Plan& plan)
 {
-    if (plan.items.empty())
+    if (plan.differences.empty())
         return {};
     Table table;
     table.Add({{"Adapter"}, {"Item"}, {"Before"}, {"After"}});
-    for (const zelk::Item& item : plan.items)
-        table.Add({{item.adapter.empty() ? "-" : Printable(item.adapter)},
-                   {LabelOf(item.path)},
-                   BeforeLines(item.before),
-                   LinesOf(item.after)},
+    for (const zelk::Difference& difference : plan.differences)
+        table.Add({{difference.adapter.empty() ? "-" : Printable(difference.adapter)},
+                   {LabelOf(difference.path)},
+                   BeforeLines(difference.before),
+                   LinesOf(difference.after)},
                   Colour::WATCH);
     std::string text = table.Text(OutputColumns()) + "\nSteps:\n";
     for (const zelk::Step& step : plan.steps)

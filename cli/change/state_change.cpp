@@ -35,16 +35,16 @@ Json JsonListOf(const std::vector<T>& values)
 Answer DifferencesOf(const zelk::Plan& plan, std::vector<std::string> notes)
 {
     Json result;
-    result["differs"] = !plan.items.empty();
-    result["items"] = JsonListOf(plan.items);
+    result["differs"] = !plan.differences.empty();
+    result["items"] = JsonListOf(plan.differences);
     result["steps"] = JsonListOf(plan.steps);
     result["notes"] = notes;
-    if (plan.items.empty())
+    if (plan.differences.empty())
         notes.emplace_back("Nothing would be changed.");
     return {.value = std::move(result),
             .text = TextOf(plan),
             .notes = std::move(notes),
-            .code = plan.items.empty() ? EXIT_DONE : EXIT_DIFFERENCES};
+            .code = plan.differences.empty() ? EXIT_DONE : EXIT_DIFFERENCES};
 }
 
 ExitCode CodeOf(zelk::Outcome outcome)
@@ -113,8 +113,8 @@ std::string SentenceOf(const zelk::PendingChange& pending)
 std::string AdaptersOf(const zelk::Plan& plan)
 {
     std::set<std::string> names;
-    for (const zelk::Item& item : plan.items)
-        names.insert(item.adapter);
+    for (const zelk::Difference& difference : plan.differences)
+        names.insert(difference.adapter);
     return names.size() == 1 ? *names.begin() : "";
 }
 
@@ -228,7 +228,7 @@ Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
     RefuseFaults(faults, change.bIsDocument ? &PlaceInDocument : &ItemAt);
     if (options.bCheck)
         return DifferencesOf(plan, plan.notes);
-    if (plan.items.empty())
+    if (plan.differences.empty())
         return AnswerOf(change, plan, zelk::Apply(machine, plan, {}));
     RequireElevation(AdaptersOf(plan));
     if (change.bCanDisconnect)

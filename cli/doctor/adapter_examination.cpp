@@ -85,31 +85,33 @@ bool HasInterface(const zelk::Adapter& adapter)
 }
 
 /// Something that should be known of an adapter, and what does not work without it.
-struct Item
+struct Requirement
 {
     bool (*pIsKnown)(const zelk::Adapter&);
     std::vector<std::string> (*pValues)(const zelk::Adapter&); ///< of the registry, any of which would do
     Severity severity;
     const char* pszWithout;
 };
-constexpr Item ITEMS[] = {
+constexpr Requirement REQUIREMENTS[] = {
     {HasClassKey, ClassKeyValues, WRONG, "it has no subkey under the network class key, so its driver cannot be found"},
     {HasDescription, DescriptionValues, WRONG, "it has no description"},
     {HasDevice, DeviceValues, WRONG, "its device is not known, so it can be neither enabled nor disabled"},
     {HasConnectionName, NameValues, WRONG, "it has no connection name, by which netsh and ipconfig would know it"},
     {HasInterface, InterfaceValues, NOTE, "its driver offers no LAN device interface, so its options cannot be shown"}};
 
-void ExamineItems(const zelk::Adapter& adapter, std::vector<Finding>& findings)
+void ExamineRequirements(const zelk::Adapter& adapter, std::vector<Finding>& findings)
 {
     bool bComplete = true;
-    for (const Item& item : ITEMS)
+    for (const Requirement& requirement : REQUIREMENTS)
     {
-        if (item.pIsKnown(adapter))
+        if (requirement.pIsKnown(adapter))
             continue;
-        bComplete &= item.severity != WRONG;
-        const char* pszRemedy = item.severity == WRONG ? ". Reinstalling its driver restores what is missing." : ".";
-        findings.push_back({item.severity, "Adapter " + Quoted(adapter) + ": " + item.pszWithout + pszRemedy,
-                            zelk::NameOf(adapter), item.pValues(adapter)});
+        bComplete &= requirement.severity != WRONG;
+        const char* pszRemedy =
+            requirement.severity == WRONG ? ". Reinstalling its driver restores what is missing." : ".";
+        findings.push_back({requirement.severity,
+                            "Adapter " + Quoted(adapter) + ": " + requirement.pszWithout + pszRemedy,
+                            zelk::NameOf(adapter), requirement.pValues(adapter)});
     }
     if (bComplete)
         findings.push_back({OK, "Adapter " + Quoted(adapter) + ": its record is complete.", zelk::NameOf(adapter)});
@@ -177,7 +179,7 @@ std::vector<Finding> ExamineRecords(const zelk::Machine& machine)
     std::vector<Finding> findings;
     for (const zelk::Adapter& adapter : machine.adapters)
         if (!adapter.hidden && !FindingOf(adapter))
-            ExamineItems(adapter, findings);
+            ExamineRequirements(adapter, findings);
     return findings;
 }
 

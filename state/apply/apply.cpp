@@ -29,8 +29,8 @@ public:
     ApplyResult Run()
     {
         m_result.now = m_before;
-        m_result.open = m_plan.items;
-        if (m_plan.steps.empty() && m_plan.items.empty())
+        m_result.open = m_plan.differences;
+        if (m_plan.steps.empty() && m_plan.differences.empty())
             return m_result;
         if (m_before.environment.elevated == false)
         {

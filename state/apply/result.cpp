@@ -61,7 +61,7 @@ Json ToJson(const ApplyResult& result, const Plan& plan)
 {
     return {{"changed", result.changed},
             {"outcome", WordOf(result.outcome)},
-            {"items", ListOf(plan.items)},
+            {"items", ListOf(plan.differences)},
             {"steps", ListOf(result.steps)},
             {"differences", ListOf(result.open)},
             {"undo", result.undo ? ToJson(*result.undo) : Json()},

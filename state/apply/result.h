@@ -36,7 +36,7 @@ struct StepResult
 struct Undo
 {
     std::vector<StepResult> steps;
-    std::vector<Item> open; ///< what is still not as before; empty when all was undone
+    std::vector<Difference> open; ///< what is still not as before; empty when all was undone
 };
 
 enum class Outcome : std::uint8_t
@@ -55,7 +55,7 @@ struct ApplyResult
     Outcome outcome = Outcome::UNCHANGED;
     bool changed = false; ///< whether the machine is another than before
     std::vector<StepResult> steps;
-    std::vector<Item> open; ///< what is not as wanted now
+    std::vector<Difference> open; ///< what is not as wanted now
     std::optional<Undo> undo;
     Machine now;
 };
@@ -64,7 +64,7 @@ const char* WordOf(StepOutcome outcome) noexcept;
 const char* WordOf(Outcome outcome) noexcept;
 Json ToJson(const StepResult& result);
 Json ToJson(const Undo& undo);
-/// With the items of the plan, and the adapters that it is about as they stand now.
+/// With the differences of the plan, and the adapters that it is about as they stand now.
 Json ToJson(const ApplyResult& result, const Plan& plan);
 
 } // namespace zelk

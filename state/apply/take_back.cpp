@@ -39,7 +39,7 @@ private:
         const Machine now = ReadAnew();
         std::vector<Fault> faults;
         const Plan plan = MakePlan(now, m_targets, m_identity, faults);
-        m_undo.open = plan.items;
+        m_undo.open = plan.differences;
         for (const Step& step : plan.steps)
         {
             if (m_options.progress)

@@ -73,8 +73,9 @@ Json RoutesOf(const std::vector<DesiredRoute>& routes)
 class AdapterComparison
 {
 public:
-    AdapterComparison(const Machine& machine, const Adapter& adapter, const Target& target, std::vector<Item>& items)
-        : m_machine(machine), m_adapter(adapter), m_target(target), m_items(items)
+    AdapterComparison(const Machine& machine, const Adapter& adapter, const Target& target,
+                      std::vector<Difference>& differences)
+        : m_machine(machine), m_adapter(adapter), m_target(target), m_differences(differences)
     {
     }
 
@@ -99,7 +100,7 @@ public:
 private:
     void Add(std::string path, Json before, Json after)
     {
-        m_items.push_back({m_target.name, std::move(path), std::move(before), std::move(after)});
+        m_differences.push_back({m_target.name, std::move(path), std::move(before), std::move(after)});
     }
 
     void CompareIp(Family family)
@@ -143,15 +144,15 @@ private:
     const Machine& m_machine;
     const Adapter& m_adapter;
     const Target& m_target;
-    std::vector<Item>& m_items;
+    std::vector<Difference>& m_differences;
 };
 
-void CompareIdentity(const Identity& now, const DesiredIdentity& wanted, std::vector<Item>& items)
+void CompareIdentity(const Identity& now, const DesiredIdentity& wanted, std::vector<Difference>& differences)
 {
     const auto compare = [&](const char* path, const std::optional<std::string>& inUse,
                              const std::optional<std::string>& configured, const std::optional<std::string>& name) {
         if (name && configured != name)
-            items.push_back({"", path, InUse(JsonOf(inUse), JsonOf(configured)), *name});
+            differences.push_back({"", path, InUse(JsonOf(inUse), JsonOf(configured)), *name});
     };
     compare("identity.computerName", now.computerName, now.configured.computerName, wanted.computerName);
     compare("identity.primaryDnsSuffix", now.primaryDnsSuffix, now.configured.primaryDnsSuffix,
@@ -167,19 +168,19 @@ const Adapter* FindAdapter(const Machine& machine, const Guid& guid)
     return found != machine.adapters.end() ? &*found : nullptr;
 }
 
-std::vector<Item> Differences(const Machine& machine, const std::vector<Target>& targets,
-                              const DesiredIdentity& identity)
+std::vector<Difference> Differences(const Machine& machine, const std::vector<Target>& targets,
+                                    const DesiredIdentity& identity)
 {
-    std::vector<Item> items;
+    std::vector<Difference> differences;
     for (const Target& target : targets)
     {
         if (const Adapter* const adapter = FindAdapter(machine, target.guid))
-            AdapterComparison(machine, *adapter, target, items).Run();
+            AdapterComparison(machine, *adapter, target, differences).Run();
         else
-            items.push_back({target.name, "adapter", Json(), "present"});
+            differences.push_back({target.name, "adapter", Json(), "present"});
     }
-    CompareIdentity(machine.identity, identity, items);
-    return items;
+    CompareIdentity(machine.identity, identity, differences);
+    return differences;
 }
 
 } // namespace zelk

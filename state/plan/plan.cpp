@@ -19,9 +19,9 @@ namespace
 using Prefixes = std::vector<IpPrefix>;
 
 /// What can be set of an adapter only while it runs.
-bool IsOfRunningAdapter(const Item& item)
+bool IsOfRunningAdapter(const Difference& difference)
 {
-    return item.path.starts_with("ipv") || item.path == "routes";
+    return difference.path.starts_with("ipv") || difference.path == "routes";
 }
 
 /// Refuses, by name, what this system or this adapter cannot do.
@@ -33,15 +33,15 @@ public:
     {
     }
 
-    void Check(const std::vector<Item>& items)
+    void Check(const std::vector<Difference>& differences)
     {
         bool running = false;
-        for (const Item& item : items)
+        for (const Difference& difference : differences)
         {
-            if (item.adapter != m_target.name)
+            if (difference.adapter != m_target.name)
                 continue;
-            CheckItem(item);
-            running = running || IsOfRunningAdapter(item);
+            CheckDifference(difference);
+            running = running || IsOfRunningAdapter(difference);
         }
         if (running)
             CheckRunning();
@@ -55,17 +55,18 @@ private:
         m_faults.push_back({FaultKind::SYSTEM, m_target.place + (path.empty() ? "" : place), std::move(text)});
     }
 
-    void CheckItem(const Item& item)
+    void CheckDifference(const Difference& difference)
     {
         const bool old = m_machine.environment.backEnd == BackEnd::PRE_VISTA;
-        const bool ofInterface = item.path.ends_with(".metric") || item.path.ends_with(".mtu");
-        if (item.path == "ipv6.enabled" && !old && !m_machine.environment.protocolBinding)
-            Refuse(item.path, "cannot be set: this system has no protocols that can be bound to adapters (INetCfg)");
-        else if (old && (item.path.starts_with("ipv6.") || ofInterface))
-            Refuse(item.path, "cannot be set on a system before Windows Vista");
-        else if ((item.path == "enabled" && !m_adapter.deviceInstance) ||
-                 (item.path == "hardwareAddress" && (!m_adapter.deviceInstance || !m_adapter.classKey)))
-            Refuse(item.path, "cannot be set: the device of the adapter is not known");
+        const bool ofInterface = difference.path.ends_with(".metric") || difference.path.ends_with(".mtu");
+        if (difference.path == "ipv6.enabled" && !old && !m_machine.environment.protocolBinding)
+            Refuse(difference.path,
+                   "cannot be set: this system has no protocols that can be bound to adapters (INetCfg)");
+        else if (old && (difference.path.starts_with("ipv6.") || ofInterface))
+            Refuse(difference.path, "cannot be set on a system before Windows Vista");
+        else if ((difference.path == "enabled" && !m_adapter.deviceInstance) ||
+                 (difference.path == "hardwareAddress" && (!m_adapter.deviceInstance || !m_adapter.classKey)))
+            Refuse(difference.path, "cannot be set: the device of the adapter is not known");
     }
 
     [[nodiscard]] bool IsRunning() const
@@ -297,12 +298,12 @@ void AddNotes(const Machine& machine, Plan& plan)
         if (*ip.dhcp && !ip.gateways && configured.gateways && !configured.gateways->empty())
             plan.notes.push_back(target.name + ": static gateways may stay; \"gateways\": [] removes them.");
     }
-    for (const Item& item : plan.items)
-        if (item.path == "ipv4.dnsSuffix" || item.path == "ipv4.netbios")
-            plan.notes.push_back(item.adapter + ": " + item.path +
+    for (const Difference& difference : plan.differences)
+        if (difference.path == "ipv4.dnsSuffix" || difference.path == "ipv4.netbios")
+            plan.notes.push_back(difference.adapter + ": " + difference.path +
                                  " is stored; the system may not use it until the adapter has been restarted.");
-    if (std::ranges::any_of(plan.items, [](const Item& item) {
-            return item.path == "identity.computerName" || item.path == "identity.primaryDnsSuffix";
+    if (std::ranges::any_of(plan.differences, [](const Difference& difference) {
+            return difference.path == "identity.computerName" || difference.path == "identity.primaryDnsSuffix";
         }))
         plan.notes.emplace_back("The names of the machine take effect when it starts next time.");
 }
@@ -315,11 +316,11 @@ Plan MakePlan(const Machine& machine, std::vector<Target> targets, const Desired
     Plan plan;
     plan.targets = std::move(targets);
     plan.identity = identity;
-    plan.items = Differences(machine, plan.targets, identity);
+    plan.differences = Differences(machine, plan.targets, identity);
     const std::size_t count = faults.size();
     for (const Target& target : plan.targets)
         if (const Adapter* const adapter = FindAdapter(machine, target.guid))
-            Feasibility(machine, target, *adapter, faults).Check(plan.items);
+            Feasibility(machine, target, *adapter, faults).Check(plan.differences);
     if (identity.workgroup && machine.identity.membership && machine.identity.membership != Membership::WORKGROUP &&
         machine.identity.workgroup != identity.workgroup)
         faults.push_back(

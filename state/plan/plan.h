@@ -26,7 +26,7 @@ struct Plan
 {
     std::vector<Target> targets;
     DesiredIdentity identity;
-    std::vector<Item> items;
+    std::vector<Difference> differences;
     std::vector<Step> steps;
     std::vector<std::string> notes; ///< what a person should know beside that, a sentence each
 };
@@ -41,8 +41,8 @@ Plan MakePlan(const Machine& machine, std::vector<Target> targets, const Desired
               std::vector<Fault>& faults);
 
 /// What still differs from the targets of a plan.
-std::vector<Item> Differences(const Machine& machine, const std::vector<Target>& targets,
-                              const DesiredIdentity& identity);
+std::vector<Difference> Differences(const Machine& machine, const std::vector<Target>& targets,
+                                    const DesiredIdentity& identity);
 
 /// The adapter of a target; null when it has gone.
 const Adapter* FindAdapter(const Machine& machine, const Guid& guid);

@@ -70,12 +70,12 @@ Json ToJson(const Step& step)
             {"undoRestores", std::move(undo)}};
 }
 
-Json ToJson(const Item& item)
+Json ToJson(const Difference& difference)
 {
-    return {{"adapter", item.adapter.empty() ? Json() : Json(item.adapter)},
-            {"path", item.path},
-            {"before", item.before},
-            {"after", item.after}};
+    return {{"adapter", difference.adapter.empty() ? Json() : Json(difference.adapter)},
+            {"path", difference.path},
+            {"before", difference.before},
+            {"after", difference.after}};
 }
 
 } // namespace zelk

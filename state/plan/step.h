@@ -100,16 +100,16 @@ std::string CommandText(const Action& action);
 Json ToJson(const Step& step);
 
 /// One thing that differs from what is wanted.
-struct Item
+struct Difference
 {
     std::string adapter; ///< its name; empty for the machine
     std::string path;    ///< such as "ipv4.addresses"
     Json before;         ///< an object of what is in use, with origins, and what is configured
     Json after;
 
-    bool operator==(const Item&) const = default;
+    bool operator==(const Difference&) const = default;
 };
 
-Json ToJson(const Item& item);
+Json ToJson(const Difference& difference);
 
 } // namespace zelk

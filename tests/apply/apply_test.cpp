@@ -167,7 +167,7 @@ TEST_F(Apply, DoesNothingWhereNothingDiffers)
     const Machine machine = ReadAnew();
     std::vector<Fault> faults;
     const auto exported = ExportState(machine, ExportedAdapters(machine), true);
-    EXPECT_TRUE(MakePlan(machine, exported.state, faults).items.empty());
+    EXPECT_TRUE(MakePlan(machine, exported.state, faults).differences.empty());
     EXPECT_EQ(kernel, Kernel());
 }
 

@@ -182,7 +182,7 @@ TEST(Export, LeavesOutWhatIsInUseOtherwiseThanConfigured)
     result = ExportState(windows.machine, ExportedAdapters(windows.machine), false);
     EXPECT_TRUE(result.leftOut.empty());
     std::vector<Fault> faults;
-    EXPECT_TRUE(MakePlan(windows.machine, result.state, faults).items.empty());
+    EXPECT_TRUE(MakePlan(windows.machine, result.state, faults).differences.empty());
     EXPECT_TRUE(faults.empty());
 }
 

@@ -214,12 +214,12 @@ TEST(Plan, ReachesWhateverIsWantedAndTheWayBack)
             ASSERT_TRUE(KeepsAddresses(before, plan, checked.machine)) << step.text << '\n' << ToJson(state).dump();
         }
         ASSERT_TRUE(Reach(windows, state)) << ToJson(state).dump();
-        ASSERT_TRUE(PlanFor(windows.machine, state).items.empty()) << ToJson(state).dump();
+        ASSERT_TRUE(PlanFor(windows.machine, state).differences.empty()) << ToJson(state).dump();
     }
     ASSERT_TRUE(Reach(windows, start)) << ToJson(start).dump();
     const auto end = ExportState(windows.machine, ExportedAdapters(windows.machine), false);
-    EXPECT_TRUE(PlanFor(windows.machine, start).items.empty());
-    EXPECT_TRUE(PlanFor(first, end.state).items.empty()) << ToJson(end.state).dump();
+    EXPECT_TRUE(PlanFor(windows.machine, start).differences.empty());
+    EXPECT_TRUE(PlanFor(first, end.state).differences.empty()) << ToJson(end.state).dump();
 }
 
 /// Everything that one adapter and the machine can be set to in one plan.
