@@ -178,6 +178,14 @@ struct Wish
     std::vector<std::string> hasNot;
 };
 
+void ExpectKernel(const Wish& wish)
+{
+    for (const std::string& text : wish.has)
+        EXPECT_TRUE(KernelHas(text)) << text << '\n' << Kernel();
+    for (const std::string& text : wish.hasNot)
+        EXPECT_FALSE(KernelHas(text)) << text << '\n' << Kernel();
+}
+
 TEST_F(Apply, ChangesEachItemAloneAndAllTogether)
 {
     const Wish wishes[] = {
@@ -211,10 +219,7 @@ TEST_F(Apply, ChangesEachItemAloneAndAllTogether)
     {
         const std::string state = R"({"adapters": [{"adapter": "lan0", )" + std::string(wish.state) + "}]}";
         EXPECT_EQ(Outcome::CHANGED, Do(state).outcome) << m_text;
-        for (const std::string& text : wish.has)
-            EXPECT_TRUE(KernelHas(text)) << text << '\n' << Kernel();
-        for (const std::string& text : wish.hasNot)
-            EXPECT_FALSE(KernelHas(text)) << text << '\n' << Kernel();
+        ExpectKernel(wish);
         EXPECT_EQ(Outcome::UNCHANGED, Do(state).outcome) << m_text;
         Begin(START);
     }

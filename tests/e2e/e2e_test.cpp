@@ -43,6 +43,18 @@ TEST(Lan, WithoutRegistryKeysARecordIsNameAndGuid)
     }
 }
 
+void ExpectRecord(const Link& link, const TOLVA::NIC_INFO& NicInfo)
+{
+    EXPECT_EQ(velmor::string(("Driver of " + link.sName).c_str()), NicInfo.sNicDesc);
+    EXPECT_EQ(velmor::string(link.sName.c_str()), NicInfo.sNicFriendlyName);
+    EXPECT_EQ(velmor::string(Seeded::Enum(link)), NicInfo.sNicEnum);
+    EXPECT_EQ(velmor::string(L"ETHERNET"), NicInfo.sNicType);
+    EXPECT_EQ(velmor::string(link.sHwAddr.c_str()), NicInfo.sNicHwAddr);
+    velmor::string sName;
+    EXPECT_TRUE(TOLVA::GetAdapterIpconfigName(NicInfo, sName));
+    EXPECT_EQ(velmor::string(("Connection " + link.sName).c_str()), sName);
+}
+
 TEST(Lan, WithThemItIsCompleteAndAnswersQuestions)
 {
     const std::vector<Link> links = Links();
@@ -58,14 +70,7 @@ TEST(Lan, WithThemItIsCompleteAndAnswersQuestions)
     for (const auto& [link, NicInfo] : Listed())
     {
         SCOPED_TRACE(link.sName);
-        EXPECT_EQ(velmor::string(("Driver of " + link.sName).c_str()), NicInfo.sNicDesc);
-        EXPECT_EQ(velmor::string(link.sName.c_str()), NicInfo.sNicFriendlyName);
-        EXPECT_EQ(velmor::string(Seeded::Enum(link)), NicInfo.sNicEnum);
-        EXPECT_EQ(velmor::string(L"ETHERNET"), NicInfo.sNicType);
-        EXPECT_EQ(velmor::string(link.sHwAddr.c_str()), NicInfo.sNicHwAddr);
-        velmor::string sName;
-        EXPECT_TRUE(TOLVA::GetAdapterIpconfigName(NicInfo, sName));
-        EXPECT_EQ(velmor::string(("Connection " + link.sName).c_str()), sName);
+        ExpectRecord(link, NicInfo);
         bool bCanChange = false;
         EXPECT_TRUE(TOLVA::CanChangeAdapterOptions(NicInfo, bCanChange));
         sDevices += NicInfo.sNicPci.c_str() + std::wstring(bCanChange ? L" + " : L" - ");

@@ -278,6 +278,27 @@ void FakeWindows::Append(Record*& first, Record record)
     *place = owner.get();
 }
 
+void FakeWindows::AddAddress(const FakeAddress& address, ULONG unicastLength, IP_ADAPTER_ADDRESSES& record)
+{
+    const auto prefix = zelk::IpPrefix::Parse(address.prefix).value();
+    IP_ADAPTER_UNICAST_ADDRESS unicast = {};
+    unicast.Address = SocketAddress(prefix.address.ToText());
+    unicast.PrefixOrigin = address.prefixOrigin;
+    unicast.SuffixOrigin = address.suffixOrigin;
+    unicast.DadState = address.dadState;
+    unicast.ValidLifetime = unicast.PreferredLifetime = address.lifetime;
+    unicast.OnLinkPrefixLength = unicastLength == sizeof(unicast) ? prefix.length : FOREIGN;
+    unicast.Length = unicastLength;
+    Append(record.FirstUnicastAddress, unicast);
+    for (const std::uint8_t length : {prefix.length, zelk::BitsOf(prefix.address.GetFamily())})
+    {
+        IP_ADAPTER_PREFIX entry = {};
+        entry.Address = SocketAddress(zelk::IpPrefix{prefix.address, length}.Network().address.ToText());
+        entry.PrefixLength = length;
+        Append(record.FirstPrefix, entry);
+    }
+}
+
 /// The part of the record behind its length is filled with what no reader may look at.
 void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
 {
@@ -297,25 +318,7 @@ void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
     record.IfType = adapter.type;
     record.OperStatus = adapter.status;
     for (const FakeAddress& address : adapter.addresses)
-    {
-        const auto prefix = zelk::IpPrefix::Parse(address.prefix).value();
-        IP_ADAPTER_UNICAST_ADDRESS unicast = {};
-        unicast.Address = SocketAddress(prefix.address.ToText());
-        unicast.PrefixOrigin = address.prefixOrigin;
-        unicast.SuffixOrigin = address.suffixOrigin;
-        unicast.DadState = address.dadState;
-        unicast.ValidLifetime = unicast.PreferredLifetime = address.lifetime;
-        unicast.OnLinkPrefixLength = adapter.unicastLength == sizeof(unicast) ? prefix.length : FOREIGN;
-        unicast.Length = adapter.unicastLength;
-        Append(record.FirstUnicastAddress, unicast);
-        for (const std::uint8_t length : {prefix.length, zelk::BitsOf(prefix.address.GetFamily())})
-        {
-            IP_ADAPTER_PREFIX entry = {};
-            entry.Address = SocketAddress(zelk::IpPrefix{prefix.address, length}.Network().address.ToText());
-            entry.PrefixLength = length;
-            Append(record.FirstPrefix, entry);
-        }
-    }
+        AddAddress(address, adapter.unicastLength, record);
     for (const std::string& server : adapter.dnsServers)
     {
         IP_ADAPTER_DNS_SERVER_ADDRESS entry = {};
@@ -349,23 +352,56 @@ DWORD FakeWindows::Adapters(ULONG flags, IP_ADAPTER_ADDRESSES* table, ULONG* siz
     return NO_ERROR;
 }
 
+/// What the function answers before it fills the table: it is to fail, or needs room for a row of each adapter.
+template <class Table>
+DWORD FakeWindows::Answer(const char* function, const Table* table, ULONG* size)
+{
+    const auto needed = static_cast<ULONG>(sizeof(*table) + adapters.size() * sizeof(*table->table));
+    const DWORD code = Count(function);
+    if (code != NO_ERROR || *size >= needed)
+        return code;
+    *size = needed;
+    return ERROR_INSUFFICIENT_BUFFER;
+}
+
+/// Of each adapter the first address.
+DWORD FakeWindows::OldAddresses(MIB_IPADDRTABLE* table, ULONG* size)
+{
+    if (const DWORD code = Answer("GetIpAddrTable", table, size))
+        return code;
+    table->dwNumEntries = 0;
+    for (const FakeAdapter& adapter : adapters)
+    {
+        const auto prefix = zelk::IpPrefix::Parse(adapter.addresses.at(0).prefix).value();
+        MIB_IPADDRROW& row = table->table[table->dwNumEntries++];
+        row.dwIndex = adapter.index;
+        row.dwAddr = SocketInet(prefix.address.ToText()).Ipv4.sin_addr.s_addr;
+        row.dwMask = htonl(~0U << (32 - prefix.length));
+    }
+    return NO_ERROR;
+}
+
+DWORD FakeWindows::OldInterfaces(MIB_IFTABLE* table, ULONG* size)
+{
+    if (const DWORD code = Answer("GetIfTable", table, size))
+        return code;
+    table->dwNumEntries = 0;
+    for (const FakeAdapter& adapter : adapters)
+    {
+        MIB_IFROW& row = table->table[table->dwNumEntries++];
+        row = {};
+        row.dwIndex = adapter.index;
+        row.dwSpeed = 100000000;
+        row.dwOperStatus = adapter.media == MediaConnectStateConnected ? MIB_IF_OPER_STATUS_OPERATIONAL
+                                                                       : MIB_IF_OPER_STATUS_DISCONNECTED;
+    }
+    return NO_ERROR;
+}
+
 void FakeWindows::PatchTables()
 {
-    ADD_PATCH(m_patches, GetIpAddrTable, [this](MIB_IPADDRTABLE* table, ULONG* size, BOOL) -> DWORD {
-        const auto needed = static_cast<ULONG>(sizeof(*table) + adapters.size() * sizeof(MIB_IPADDRROW));
-        if (const DWORD code = Count("GetIpAddrTable"); code != NO_ERROR || *size < needed)
-            return code != NO_ERROR ? code : (*size = needed, ERROR_INSUFFICIENT_BUFFER);
-        table->dwNumEntries = 0;
-        for (const FakeAdapter& adapter : adapters) // of each the first address
-        {
-            const auto prefix = zelk::IpPrefix::Parse(adapter.addresses.at(0).prefix).value();
-            MIB_IPADDRROW& row = table->table[table->dwNumEntries++];
-            row.dwIndex = adapter.index;
-            row.dwAddr = SocketInet(prefix.address.ToText()).Ipv4.sin_addr.s_addr;
-            row.dwMask = htonl(~0U << (32 - prefix.length));
-        }
-        return NO_ERROR;
-    });
+    ADD_PATCH(m_patches, GetIpAddrTable,
+              [this](MIB_IPADDRTABLE* table, ULONG* size, BOOL) -> DWORD { return OldAddresses(table, size); });
     ADD_PATCH(m_patches, GetProcAddress,
               [this](auto, HMODULE, const char* name) -> FARPROC { return FunctionOf(name); });
     ADD_PATCH(m_patches, GetAdaptersAddresses,
@@ -374,22 +410,8 @@ void FakeWindows::PatchTables()
               });
     ADD_PATCH(m_patches, GetIpForwardTable,
               [](MIB_IPFORWARDTABLE* table, ULONG* size, BOOL) -> DWORD { return OldRoutes(table, size); });
-    ADD_PATCH(m_patches, GetIfTable, [this](MIB_IFTABLE* table, ULONG* size, BOOL) -> DWORD {
-        const auto needed = static_cast<ULONG>(sizeof(*table) + adapters.size() * sizeof(MIB_IFROW));
-        if (const DWORD code = Count("GetIfTable"); code != NO_ERROR || *size < needed)
-            return code != NO_ERROR ? code : (*size = needed, ERROR_INSUFFICIENT_BUFFER);
-        table->dwNumEntries = static_cast<DWORD>(adapters.size());
-        for (std::size_t i = 0; i < adapters.size(); ++i)
-        {
-            table->table[i] = {};
-            table->table[i].dwIndex = adapters[i].index;
-            table->table[i].dwSpeed = 100000000;
-            table->table[i].dwOperStatus = adapters[i].media == MediaConnectStateConnected
-                                               ? MIB_IF_OPER_STATUS_OPERATIONAL
-                                               : MIB_IF_OPER_STATUS_DISCONNECTED;
-        }
-        return NO_ERROR;
-    });
+    ADD_PATCH(m_patches, GetIfTable,
+              [this](MIB_IFTABLE* table, ULONG* size, BOOL) -> DWORD { return OldInterfaces(table, size); });
 }
 
 void FakeWindows::PatchDevices()

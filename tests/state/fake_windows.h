@@ -106,7 +106,12 @@ public:
 
 private:
     DWORD Adapters(ULONG flags, IP_ADAPTER_ADDRESSES* table, ULONG* size);
+    template <class Table>
+    DWORD Answer(const char* function, const Table* table, ULONG* size);
+    DWORD OldAddresses(MIB_IPADDRTABLE* table, ULONG* size);
+    DWORD OldInterfaces(MIB_IFTABLE* table, ULONG* size);
     void Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record);
+    void AddAddress(const FakeAddress& address, ULONG unicastLength, IP_ADAPTER_ADDRESSES& record);
     SOCKET_ADDRESS SocketAddress(const std::string& text);
     template <class Record>
     void Append(Record*& first, Record record);

@@ -69,7 +69,8 @@ struct Sentence
 };
 
 /// Holds the commands of a plan against those expected, and performs them.
-void ExpectCommands(SimulatedWindows windows, const Sentence& sentence, const std::string& start)
+void ExpectCommands(SimulatedWindows windows, const Sentence& sentence,
+                    const std::string& start = "netsh.exe interface ")
 {
     const DesiredState state = Parse(R"({"adapters": [{"adapter": ")" + std::string(sentence.state) + "}]}");
     std::vector<std::string> commands;
@@ -81,7 +82,7 @@ void ExpectCommands(SimulatedWindows windows, const Sentence& sentence, const st
     EXPECT_TRUE(PlanFor(windows.machine, state).steps.empty()) << sentence.state;
 }
 
-TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
+TEST(Plan, ChangesAddressesAndGatewaysByTheFewestStepsInTheSafeOrder)
 {
     const Sentence cases[] = {
         {R"(lan0", "ipv4": {"addresses": ["10.0.0.10/8", "192.0.2.10/24"], "gateways": ["192.0.2.1"]})", {}},
@@ -96,12 +97,6 @@ TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
          {"ipv4 add address lan0 gateway=192.0.2.2", "ipv4 delete address lan0 gateway=192.0.2.1"}},
         {R"(lan0", "ipv4": {"gateways": [{"address": "192.0.2.1", "metric": 7}]})",
          {"ipv4 set route 0.0.0.0/0 lan0 192.0.2.1 metric=7 store=active"}}, // and the registry
-        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.54", "192.0.2.53"]})",
-         {"ipv4 set dnsservers lan0 static 192.0.2.54 validate=no",
-          "ipv4 add dnsservers lan0 192.0.2.53 index=2 validate=no"}},
-        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.53", "192.0.2.54"]})",
-         {"ipv4 add dnsservers lan0 192.0.2.54 index=2 validate=no"}},
-        {R"(lan0", "ipv4": {"dnsServers": "automatic"})", {"ipv4 set dnsservers lan0 dhcp"}},
         {R"(lan0", "ipv4": {"dhcp": true})", {"ipv4 set address lan0 dhcp"}},
         {R"(lan0", "ipv4": {"dhcp": true, "gateways": []})",
          {"ipv4 delete address lan0 gateway=192.0.2.1", "ipv4 set address lan0 dhcp"}},
@@ -111,6 +106,24 @@ TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
         {R"(lan1", "ipv4": {"gateways": ["198.18.2.1"]})", {}}, // it is stored
         {R"(lan1", "ipv4": {"gateways": [{"address": "198.18.2.9", "metric": 3}]})",
          {"ipv4 add route 0.0.0.0/0 lan1 198.18.2.9 metric=3 store=active"}},
+        // The address moves: it goes before it comes.
+        {R"(lan1", "ipv4": {"addresses": ["10.0.0.10/8"]}}, {"adapter": "lan0", "ipv4": {"addresses": ["192.0.2.10/24"]})",
+         {"ipv4 delete route 172.16.0.0/12 lan0 10.0.0.1", "ipv4 delete address lan0 10.0.0.10",
+          "ipv4 set address lan1 static 10.0.0.10 255.0.0.0"}},
+    };
+    for (const Sentence& sentence : cases)
+        ExpectCommands(Start(), sentence);
+}
+
+TEST(Plan, ChangesTheOtherSettingsByTheFewestSteps)
+{
+    const Sentence cases[] = {
+        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.54", "192.0.2.53"]})",
+         {"ipv4 set dnsservers lan0 static 192.0.2.54 validate=no",
+          "ipv4 add dnsservers lan0 192.0.2.53 index=2 validate=no"}},
+        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.53", "192.0.2.54"]})",
+         {"ipv4 add dnsservers lan0 192.0.2.54 index=2 validate=no"}},
+        {R"(lan0", "ipv4": {"dnsServers": "automatic"})", {"ipv4 set dnsservers lan0 dhcp"}},
         {R"(lan0", "ipv6": {"addresses": ["2001:db8::20/64"], "gateways": ["fe80::1"], "dnsServers": ["2001:db8::53"]})",
          {"ipv6 add address lan0 2001:db8::20/64", "ipv6 add route ::/0 lan0 fe80::1",
           "ipv6 set dnsservers lan0 static 2001:db8::53 validate=no"}},
@@ -119,13 +132,9 @@ TEST(Plan, TakesTheFewestStepsInTheSafeOrder)
           "ipv6 set subinterface lan0 mtu=1400 store=persistent"}},
         {R"(lan0", "routes": [{"destination": "172.16.0.0/12", "nextHop": "10.0.0.1", "metric": 6, "store": "active"}])",
          {"ipv4 set route 172.16.0.0/12 lan0 10.0.0.1 metric=6 store=active"}},
-        // The address moves: it goes before it comes.
-        {R"(lan1", "ipv4": {"addresses": ["10.0.0.10/8"]}}, {"adapter": "lan0", "ipv4": {"addresses": ["192.0.2.10/24"]})",
-         {"ipv4 delete route 172.16.0.0/12 lan0 10.0.0.1", "ipv4 delete address lan0 10.0.0.10",
-          "ipv4 set address lan1 static 10.0.0.10 255.0.0.0"}},
     };
     for (const Sentence& sentence : cases)
-        ExpectCommands(Start(), sentence, "netsh.exe interface ");
+        ExpectCommands(Start(), sentence);
 }
 
 TEST(Plan, SpeaksToEverySystemInItsOwnWords)

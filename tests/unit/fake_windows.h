@@ -18,7 +18,9 @@ public:
     FakeWindows(DWORD dwMajor, DWORD dwMinor, BYTE productType) : major(dwMajor), minor(dwMinor), type(productType)
     {
         Forget();
-        Patch();
+        PatchVersion();
+        PatchRegistry();
+        PatchEdition();
     }
     ~FakeWindows() { EXPECT_EQ(0, open) << "keys left open"; }
     FakeWindows(const FakeWindows&) = delete;
@@ -56,13 +58,15 @@ private:
             pCurrent->sProductInfoArguments += std::to_string(number) + ' ';
         return TRUE;
     }
-    void Patch();
+    void PatchVersion();
+    void PatchRegistry();
+    void PatchEdition();
 
     DetectAgain m_again; // its end comes when nothing is faked any more
     testing_support::ImportPatches m_patches;
 };
 
-inline void FakeWindows::Patch()
+inline void FakeWindows::PatchVersion()
 {
     ADD_PATCH(m_patches, GetVersionExW, [this](OSVERSIONINFOW* p) -> BOOL {
         ++detections;
@@ -77,6 +81,14 @@ inline void FakeWindows::Patch()
         EXPECT_EQ(156U, p->dwOSVersionInfoSize);
         return bVersionA;
     });
+    ADD_PATCH(m_patches, GetSystemWow64DirectoryW, [this](wchar_t*, UINT) -> UINT {
+        ::SetLastError(dwWow64Error);
+        return dwWow64Error == 0 ? 20 : 0;
+    });
+}
+
+inline void FakeWindows::PatchRegistry()
+{
     ADD_PATCH(m_patches, RegOpenKeyExW, [this](HKEY, const wchar_t* pszPath, DWORD, REGSAM, HKEY* pKey) -> LSTATUS {
         const auto found = keys.find(pszPath);
         if (found == keys.end())
@@ -101,10 +113,11 @@ inline void FakeWindows::Patch()
         --open;
         return ERROR_SUCCESS;
     });
-    ADD_PATCH(m_patches, GetSystemWow64DirectoryW, [this](wchar_t*, UINT) -> UINT {
-        ::SetLastError(dwWow64Error);
-        return dwWow64Error == 0 ? 20 : 0;
-    });
+}
+
+/// Where the edition of Windows is told: by the platform, and in the file prodspec.ini.
+inline void FakeWindows::PatchEdition()
+{
     ADD_PATCH(m_patches, GetProcAddress, [this](auto original, HMODULE hModule, const char* pszName) -> FARPROC {
         pCurrent = this;
         if (std::string("GetProductInfo") != pszName)

@@ -119,7 +119,7 @@ TEST_F(TraceLog, ALogWithoutAMutexIsSilent)
     EXPECT_EQ("", trace.Bytes());
 }
 
-TEST_F(TraceLog, DirectoriesAndClearing)
+TEST_F(TraceLog, DirectoryIsChangedToOneThatExists)
 {
     const TempDirectory folder;
     const TraceFile other(folder.Path());
@@ -139,7 +139,16 @@ TEST_F(TraceLog, DirectoriesAndClearing)
     EXPECT_EQ(sBefore, sNow);
     trace.ExpectLines({"[E] A : 1", "[E] A : 2"});
     other.ExpectLines({"[E] A : 3"});
+}
 
+TEST_F(TraceLog, ResettingAndClearing)
+{
+    const TempDirectory folder;
+    const TraceFile other(folder.Path());
+    string sBefore, sNow;
+    TheTrace.GetLogDirectory(sBefore);
+    TheTrace.Trace(TRACE_ERROR, "A", "1");
+    WriteFileBytes(other.Path(), "old");
     TheTrace.ResetLog(L"", 0);
     EXPECT_EQ(15U, TheTrace.GetTraceMask()) << "an empty directory does nothing";
     TheTrace.ResetLog(PathOf(folder.Path()), 2);
@@ -147,19 +156,19 @@ TEST_F(TraceLog, DirectoriesAndClearing)
     EXPECT_FALSE(std::filesystem::exists(other.Path()));
     TheTrace.GetLogDirectory(sNow);
     EXPECT_EQ(sBefore, sNow) << "the directory that is reported stays";
-    TheTrace.Trace(TRACE_ERROR, "A", "4");
-    other.ExpectLines({"[E] A : 4"});
+    TheTrace.Trace(TRACE_ERROR, "A", "2");
+    other.ExpectLines({"[E] A : 2"});
     EXPECT_TRUE(TheTrace.ClearLog());
     EXPECT_TRUE(std::filesystem::exists(other.Path()) && other.Bytes().empty());
 
     // A missing directory is not made, and nothing fails.
     TheTrace.ResetLog(PathOf(folder / L"missing"), 4);
-    TheTrace.Trace(TRACE_ERROR, "A", "5");
+    TheTrace.Trace(TRACE_ERROR, "A", "3");
     EXPECT_TRUE(TheTrace.ClearLog());
     EXPECT_FALSE(std::filesystem::exists(folder / L"missing"));
 
     EXPECT_TRUE(TheTrace.SetLogDirectory(sBefore));
-    trace.ExpectLines({"[E] A : 1", "[E] A : 2"});
+    trace.ExpectLines({"[E] A : 1"});
 }
 
 TEST_F(TraceLog, RotationAtLoad)
