@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <string>
-#include <thread>
 #include <utility>
 
+#include <state/apply/apply.h>
 #include <state/apply/command_limit.h>
+#include <state/apply/look_schedule.h>
 #include <state/desired/machine_names.h>
 #include <state/fields/json_value.h>
 #include <state/reading/read_machine.h>
@@ -59,17 +60,16 @@ bool HasLeasedAddress(const zelk::Adapter& adapter)
 /// Reads the machine until the adapter has a lease or none, or the time is over: how it stands then.
 std::pair<bool, Json> AwaitLease(const zelk::Adapter& adapter, bool bLeased, std::chrono::seconds timeout)
 {
-    constexpr auto INTERVAL = std::chrono::milliseconds(250);
     const ProgressDisplay progress("Verifying");
-    const auto end = std::chrono::steady_clock::now() + timeout;
+    zelk::LookSchedule schedule(zelk::ApplyOptions().lookInterval, timeout);
     for (;;)
     {
         const zelk::Machine machine = zelk::ReadMachine({.identity = false});
         const zelk::Adapter* const pNow = SameAdapter(machine, adapter);
         const bool bReached = pNow != nullptr && HasLeasedAddress(*pNow) == bLeased;
-        if (bReached || std::chrono::steady_clock::now() >= end)
+        if (bReached || schedule.IsOver())
             return {bReached, pNow != nullptr ? zelk::ToJson(*pNow) : Json()};
-        std::this_thread::sleep_for(INTERVAL);
+        schedule.AwaitNext();
     }
 }
 

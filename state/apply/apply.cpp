@@ -1,20 +1,20 @@
 #include <state/apply/apply.h>
 
 #include <algorithm>
-#include <thread>
 
+#include <state/apply/look_schedule.h>
 #include <state/apply/performer.h>
 #include <state/apply/stored_form.h>
 #include <state/apply/take_back.h>
 #include <state/desired/standing.h>
 #include <state/plan/restore.h>
+#include <state/reading/read_machine.h>
 
 namespace zelk
 {
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 /// One change from its first step to its verification or to the state before.
@@ -132,7 +132,7 @@ private:
 
     Outcome Verify(milliseconds timeout)
     {
-        const auto end = Clock::now() + timeout;
+        LookSchedule schedule(m_options.lookInterval, timeout);
         for (;;)
         {
             m_result.now = ReadAnew();
@@ -142,9 +142,9 @@ private:
                 return Outcome::CHANGED;
             if (m_options.isCancelled && m_options.isCancelled())
                 return Outcome::CANCELLED;
-            if (Clock::now() >= end)
+            if (schedule.IsOver())
                 return Outcome::NOT_VERIFIED;
-            std::this_thread::sleep_for(LOOK_INTERVAL);
+            schedule.AwaitNext();
         }
     }
 

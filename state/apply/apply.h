@@ -28,6 +28,8 @@ struct ApplyOptions
 {
     /// For each command, for a device to start, and for everything to be as wanted at the end.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    /// How often to look whether everything is as wanted where no notification of the platform says so earlier.
+    std::chrono::milliseconds lookInterval = std::chrono::milliseconds(200);
     bool keep = false; ///< a failed change is not undone
     std::function<void(const Progress&)> progress;
     /// Called before each operation of TOLVA, on the thread that calls it. What it gives is called when the operation

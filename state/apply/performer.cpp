@@ -1,10 +1,8 @@
 #include <state/apply/performer.h>
 
-#include <future>
-#include <thread>
-
 #include <state/apply/ipv6_binding.h>
 #include <state/apply/library_call.h>
+#include <state/apply/look_schedule.h>
 #include <state/apply/process.h>
 #include <state/apply/stored_routes.h>
 #include <state/apply/stored_settings.h>
@@ -110,14 +108,14 @@ private:
     /// A device takes a moment until the protocols know it. If they never do, the next step says so.
     void AwaitDevice(const Guid& guid) const
     {
-        const auto end = Clock::now() + m_options.timeout;
+        LookSchedule schedule(m_options.lookInterval, m_options.timeout);
         for (;;)
         {
             const Machine machine = ReadAnew();
             const Adapter* const adapter = FindAdapter(machine, guid);
-            if ((adapter != nullptr && adapter->index) || Clock::now() >= end || m_performer.IsCancelled())
+            if ((adapter != nullptr && adapter->index) || schedule.IsOver() || m_performer.IsCancelled())
                 return;
-            std::this_thread::sleep_for(LOOK_INTERVAL);
+            schedule.AwaitNext();
         }
     }
 
@@ -126,11 +124,6 @@ private:
 };
 
 } // namespace
-
-Machine ReadAnew()
-{
-    return std::async(std::launch::async, [] { return ReadMachine(); }).get();
-}
 
 StepResult Performer::Perform(const Machine& machine, const Step& step) const
 {

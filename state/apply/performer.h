@@ -1,18 +1,9 @@
 #pragma once
 
-#include <chrono>
-
 #include <state/apply/apply.h>
 
 namespace zelk
 {
-
-/// How long to wait before looking again.
-inline constexpr std::chrono::milliseconds LOOK_INTERVAL(200);
-
-/// The machine as it is now, read on a thread of its own: some systems keep what they have read of the resolver's
-/// settings for each thread.
-Machine ReadAnew();
 
 /// Does single steps.
 class Performer

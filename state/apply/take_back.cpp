@@ -1,15 +1,13 @@
 #include <state/apply/take_back.h>
 
-#include <thread>
-
+#include <state/apply/look_schedule.h>
 #include <state/apply/performer.h>
+#include <state/reading/read_machine.h>
 
 namespace zelk
 {
 namespace
 {
-
-using Clock = std::chrono::steady_clock;
 
 class TakingBack
 {
@@ -51,12 +49,12 @@ private:
 
     void Await()
     {
-        const auto end = Clock::now() + m_options.timeout;
-        while (!m_undo.open.empty() && Clock::now() < end)
+        LookSchedule schedule(m_options.lookInterval, m_options.timeout);
+        while (!m_undo.open.empty() && !schedule.IsOver())
         {
             m_undo.open = Differences(ReadAnew(), m_targets, m_identity);
             if (!m_undo.open.empty())
-                std::this_thread::sleep_for(LOOK_INTERVAL);
+                schedule.AwaitNext();
         }
     }
 

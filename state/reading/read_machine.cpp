@@ -1,6 +1,7 @@
 #include <state/reading/read_machine.h>
 
 #include <algorithm>
+#include <future>
 #include <utility>
 
 #include <state/platform/registry_keys.h>
@@ -74,6 +75,11 @@ Machine ReadMachine(const ReadOptions& options)
     if (options.identity)
         ReadIdentity(reading, parameters);
     return std::move(reading.machine);
+}
+
+Machine ReadAnew(const ReadOptions& options)
+{
+    return std::async(std::launch::async, [&] { return ReadMachine(options); }).get();
 }
 
 } // namespace zelk

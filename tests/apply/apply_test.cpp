@@ -44,12 +44,6 @@ bool KernelHas(const std::string& text)
     return Kernel().find(text) != std::string::npos;
 }
 
-/// On a thread of its own: this system keeps the resolver's servers for each thread.
-Machine ReadAnew()
-{
-    return std::async(std::launch::async, [] { return ReadMachine(); }).get();
-}
-
 /// Makes the two links known to the registry as adapters that have nothing yet.
 class Engine : public testing::Test
 {
@@ -260,6 +254,41 @@ TEST_F(Apply, IsNotVerifiedWithoutALease)
                                   Within(std::chrono::seconds(2)));
     EXPECT_EQ(Outcome::NOT_VERIFIED, result.outcome) << m_text;
     EXPECT_FALSE(result.open.empty());
+}
+
+/// A change that is complete only some time after its last command.
+TEST_F(Apply, LooksAgainAsSoonAsThePlatformNotifies)
+{
+    static int registered;
+    static void* event;
+    registered = 0;
+    const auto Register = [](ADDRESS_FAMILY, void*, void* context, BOOLEAN, HANDLE*) -> DWORD {
+        ++registered;
+        event = context;
+        return NO_ERROR;
+    };
+    const auto patch = testing_support::ImportPatch<decltype(&::GetProcAddress)>(
+        "GetProcAddress", [&](auto original, HMODULE module, const char* name) -> FARPROC {
+            DWORD (*const notify)(ADDRESS_FAMILY, void*, void*, BOOLEAN, HANDLE*) = Register;
+            return name == std::string("NotifyRouteChange2")
+                       ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(notify))
+                       : original(module, name);
+        });
+    const Variable idle("ZELK_IDLE", "10.9.0.0/16");
+    ApplyOptions options = Within(std::chrono::seconds(60));
+    options.lookInterval = std::chrono::hours(1);
+    options.isCancelled = [] { // is asked between a look and the wait for the next one
+        std::string output;
+        if (registered == 2 && RunUnix("ip route add 10.9.0.0/16 via 192.0.2.9 dev lan0", output))
+            registered += ::SetEvent(event);
+        return false;
+    };
+    const auto start = std::chrono::steady_clock::now();
+    const ApplyResult result = Do(R"({"adapters": [{"adapter": "lan0", "routes": [
+        {"destination": "10.9.0.0/16", "nextHop": "192.0.2.9", "store": "active"}]}]})",
+                                  options);
+    EXPECT_EQ(Outcome::CHANGED, result.outcome) << m_text;
+    EXPECT_GT(options.timeout / 2, std::chrono::steady_clock::now() - start);
 }
 
 constexpr const char* MANY_STEPS = R"({"adapters": [
