@@ -30,6 +30,7 @@
 #include "verbs/state_commands.h"
 #include "verbs/tcp6_commands.h"
 #include "verbs/trace_commands.h"
+#include "verbs/watch_commands.h"
 
 namespace
 {
@@ -40,6 +41,7 @@ void AddCommands(Command tool)
 {
     AddMachineCommands(tool);
     AddStateCommands(tool);
+    AddWatchCommand(tool);
     AddPendingCommands(tool);
     AddAdapterCommands(tool);
     AddAddressCommands(tool);

@@ -157,7 +157,7 @@ void Renderer::WriteJson(const char* pszKey, const Json& value) const
     answer["schemaVersion"] = SCHEMA_VERSION;
     answer["command"] = m_sCommand;
     answer[pszKey] = value;
-    WriteData(Dump(answer, 2) + '\n');
+    WriteData(Dump(answer, m_form.bJsonLines ? -1 : 2) + '\n');
 }
 
 std::string Renderer::TableOf(const Answer& answer) const

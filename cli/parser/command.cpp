@@ -5,7 +5,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "answer/cell_text.h"
 #include "parser/suggestion.h"
 
 namespace zelkctl
@@ -70,16 +69,6 @@ std::string Lines(const std::vector<std::string>& words)
     }
     text.pop_back();
     return text;
-}
-
-/// What is wrong with a word that has to be one of the values; empty when nothing is.
-std::string ObjectionTo(const std::string& sWord, const char* pszKind, const std::vector<std::string>& values)
-{
-    if (std::ranges::find(values, sWord) != values.end())
-        return "";
-    const std::string sClosest = ClosestTo(sWord, values);
-    return Quoted(sWord) + " is not a " + pszKind +
-           (sClosest.empty() ? ": choose from " + Enumeration(values) : "; did you mean " + Quoted(sClosest) + '?');
 }
 
 /// Each of the words, which commas separate, is one of the values. Completion finds the values in the description.
@@ -167,6 +156,11 @@ GivenTexts Command::AddOptions(const ParameterHelp& help)
     return TextsOf(AddListOption(*m_pParser, help));
 }
 
+GivenTexts Command::AddRepeatedOption(const ParameterHelp& help)
+{
+    return TextsOf(*AddListOption(*m_pParser, help).option_text(help.sForm)->allow_extra_args(false));
+}
+
 GivenFlag Command::AddFlag(const std::string& sName, const std::string& sDescription)
 {
     return FlagOf(AddFlagOption(*m_pParser, sName, sDescription));
@@ -190,6 +184,15 @@ void Command::AddJsonFlag()
     AddFlagOption(*m_pParser, "--json", "Print JSON instead of text").each([pRequest = m_pRequest](const std::string&) {
         pRequest->form.bJson = true;
     });
+}
+
+void Command::AddJsonLinesFlag()
+{
+    AddFlagOption(*m_pParser, "--json", "Print JSON, one object per line, instead of text")
+        .each([pRequest = m_pRequest](const std::string&) {
+            pRequest->form.bJson = true;
+            pRequest->form.bJsonLines = true;
+        });
 }
 
 void Command::AddGetOption(const std::vector<Field>& fields)

@@ -65,6 +65,8 @@ public:
     GivenText AddChoice(const ParameterHelp& help, const std::vector<std::string>& values);
     /// One that can be given several times, or with several values.
     GivenTexts AddOptions(const ParameterHelp& help);
+    /// One that can be given several times, each time with one value.
+    GivenTexts AddRepeatedOption(const ParameterHelp& help);
     GivenFlag AddFlag(const std::string& sName, const std::string& sDescription);
     /// Two flags of which only one can be given.
     std::pair<GivenFlag, GivenFlag> AddAlternatives(const ParameterHelp& one, const ParameterHelp& other);
@@ -73,6 +75,8 @@ public:
 
     /// Lets the user choose JSON.
     void AddJsonFlag();
+    /// Likewise of a verb that answers with any number of objects, one per line.
+    void AddJsonLinesFlag();
     /// Lets the user choose a single field, where the answer is records with these fields.
     void AddGetOption(const std::vector<Field>& fields);
     /// Both.

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <numeric>
 
+#include "answer/cell_text.h"
+
 namespace zelkctl
 {
 namespace
@@ -51,6 +53,15 @@ std::string ClosestTo(const std::string& sWord, const std::vector<std::string>& 
         sClosest = sCandidate;
     }
     return sWanted.empty() ? "" : sClosest;
+}
+
+std::string ObjectionTo(const std::string& sWord, const char* pszKind, const std::vector<std::string>& values)
+{
+    if (std::ranges::find(values, sWord) != values.end())
+        return "";
+    const std::string sClosest = ClosestTo(sWord, values);
+    return Quoted(sWord) + " is not a " + pszKind +
+           (sClosest.empty() ? ": choose from " + Enumeration(values) : "; did you mean " + Quoted(sClosest) + '?');
 }
 
 std::string Enumeration(const std::vector<std::string>& words)

@@ -1,6 +1,7 @@
 #include "records/answer_schema.h"
 
 #include <state/fields/schema.h>
+#include <state/notifications/adapter_event.h>
 
 #include "answer/render.h"
 #include "records/finding.h"
@@ -37,11 +38,16 @@ Json Definitions()
 {
     const Json machine = zelk::MachineSchema();
     Json definitions = machine["$defs"];
-    definitions.update(
-        zelk::Definitions<zelk::Machine, Finding, TraceRecord, TraceSettings, TracePath, Tcp6Connection>());
+    definitions.update(zelk::Definitions<zelk::Machine, zelk::AdapterEvent, Finding, TraceRecord, TraceSettings,
+                                         TracePath, Tcp6Connection>());
     definitions[DNS_SERVER_RECORD] = ObjectOf({{"address", zelk::JsonValue<zelk::IpAddress>::Schema()}});
     definitions["error"] = ErrorSchema();
     return definitions;
+}
+
+Json EnvelopeWith(const char* pszMember)
+{
+    return {{"required", {"schemaVersion", "command", pszMember}}};
 }
 
 /// What this command's result has to be, where the answer has one.
@@ -85,8 +91,9 @@ Json AnswersSchema(const std::vector<CommandSchema>& commands)
     schema["properties"] = {{"schemaVersion", {{"const", SCHEMA_VERSION}}},
                             {"command", TextSchema()},
                             {"error", zelk::ReferenceTo("error")}};
-    schema["required"] = {"schemaVersion", "command"};
-    schema["oneOf"] = Json::array({{{"required", {"result"}}}, {{"required", {"error"}}}});
+    schema["oneOf"] = Json::array({EnvelopeWith("result"), EnvelopeWith("error")});
+    for (const char* pszRecord : {zelk::FieldsOf<zelk::AdapterEvent>().name, zelk::FieldsOf<TraceRecord>().name})
+        schema["oneOf"].push_back(zelk::ReferenceTo(pszRecord)); // the lines of a verb that goes on
     schema["allOf"] = Json::array();
     for (const CommandSchema& command : commands)
         schema["allOf"].push_back(Condition(command));

@@ -10,14 +10,6 @@ namespace zelkctl
 namespace
 {
 
-/// The console has no other way to tell the handler.
-HANDLE g_hInterrupt = nullptr;
-
-BOOL WINAPI Interrupt(DWORD dwControl)
-{
-    return (dwControl == CTRL_C_EVENT || dwControl == CTRL_BREAK_EVENT) && ::SetEvent(g_hInterrupt);
-}
-
 HANDLE FindChanges(const std::wstring& sDirectory)
 {
     const HANDLE hChanges = ::FindFirstChangeNotificationW(sDirectory.c_str(), FALSE,
@@ -30,21 +22,11 @@ HANDLE FindChanges(const std::wstring& sDirectory)
 
 } // namespace
 
-DirectoryWatch::DirectoryWatch(const std::wstring& sDirectory)
-    : m_interrupt(::CreateEventW(nullptr, TRUE, FALSE, nullptr)), m_changes(FindChanges(sDirectory))
-{
-    g_hInterrupt = m_interrupt.get();
-    ::SetConsoleCtrlHandler(&Interrupt, TRUE);
-}
-
-DirectoryWatch::~DirectoryWatch()
-{
-    ::SetConsoleCtrlHandler(&Interrupt, FALSE);
-}
+DirectoryWatch::DirectoryWatch(const std::wstring& sDirectory) : m_changes(FindChanges(sDirectory)) {}
 
 bool DirectoryWatch::Wait()
 {
-    const HANDLE handles[] = {m_interrupt.get(), m_changes.get()};
+    const HANDLE handles[] = {m_interrupt.Handle(), m_changes.get()};
     switch (::WaitForMultipleObjects(std::size(handles), handles, FALSE, INFINITE))
     {
     case WAIT_OBJECT_0: return false;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "system/handles.h"
+#include "system/interrupt.h"
 
 namespace zelkctl
 {
@@ -12,15 +13,12 @@ class DirectoryWatch
 {
 public:
     explicit DirectoryWatch(const std::wstring& sDirectory);
-    DirectoryWatch(const DirectoryWatch&) = delete;
-    DirectoryWatch& operator=(const DirectoryWatch&) = delete;
-    ~DirectoryWatch();
 
     /// Waits for a change since construction, or since the last wait. False when the user ends it.
     bool Wait();
 
 private:
-    UniqueHandle m_interrupt;
+    InterruptEvent m_interrupt;
     UniqueChangeNotification m_changes;
 };
 

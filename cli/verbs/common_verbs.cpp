@@ -51,11 +51,6 @@ std::uint32_t ParseSeconds(const std::string& sName, const std::string& sText)
     return *ulSeconds;
 }
 
-std::chrono::seconds ParseTimeout(const std::string& sText)
-{
-    return sText.empty() ? StateChangeOptions().timeout : std::chrono::seconds(ParseSeconds("--timeout", sText));
-}
-
 } // namespace
 
 TOLVA::FAMILY_TYPE GivenFamilies::ForLibrary() const
@@ -100,9 +95,20 @@ GivenFlag AddYesFlag(Command verb)
     return verb.AddFlag("--yes", "Confirm a change that can disconnect sessions, without being asked");
 }
 
+GivenNumber AddSecondsOption(Command verb, const std::string& sName, const std::string& sDescription)
+{
+    return [sName, seconds = verb.AddOption({sName, sDescription, "SECONDS"})]() -> std::optional<std::uint32_t> {
+        const std::string sText = seconds();
+        return sText.empty() ? std::nullopt : std::optional(ParseSeconds(sName, sText));
+    };
+}
+
 GivenSeconds AddTimeoutOption(Command verb, const std::string& sDescription)
 {
-    return [timeout = verb.AddOption({"--timeout", sDescription, "SECONDS"})] { return ParseTimeout(timeout()); };
+    return [timeout = AddSecondsOption(verb, "--timeout", sDescription)] {
+        const auto ulSeconds = timeout();
+        return ulSeconds ? std::chrono::seconds(*ulSeconds) : StateChangeOptions().timeout;
+    };
 }
 
 GivenNumber AddMetricOption(Command verb)
@@ -183,14 +189,12 @@ std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
     const auto check = verb.AddFlag("--check", "Show what would be changed and how, but change nothing");
     const auto keep = verb.AddFlag("--keep", "Do not undo what was done if a step fails");
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
-    const auto within = verb.AddOption(
-        {"--confirm-within", "Restore the state before unless \"zelkctl confirm\" comes in that time", "SECONDS"});
+    const auto within = AddSecondsOption(verb, "--confirm-within",
+                                         "Restore the state before unless \"zelkctl confirm\" comes in that time");
     const auto host = verb.AddOption({"--wait-for", "Confirm as soon as this host answers", "ADDRESS"});
     verb.AddJsonFlag();
     return [=] {
-        StateChangeOptions options{.bCheck = check(), .bKeep = keep(), .timeout = timeout()};
-        if (const std::string sWithin = within(); !sWithin.empty())
-            options.confirmWithin = ParseSeconds("--confirm-within", sWithin);
+        StateChangeOptions options{.bCheck = check(), .bKeep = keep(), .timeout = timeout(), .confirmWithin = within()};
         if (const std::string sHost = host(); !sHost.empty())
             options.waitFor = ParseAddress("--wait-for", sHost);
         if (options.waitFor && !options.confirmWithin)

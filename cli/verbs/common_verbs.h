@@ -46,6 +46,8 @@ AdapterIn AddAdapterIn(Command verb);
 /// Lets the user choose one address family.
 GivenFamilies AddFamilyFlags(Command verb);
 GivenFlag AddYesFlag(Command verb);
+/// An option whose value is a number of seconds.
+GivenNumber AddSecondsOption(Command verb, const std::string& sName, const std::string& sDescription);
 GivenSeconds AddTimeoutOption(Command verb, const std::string& sDescription);
 /// The metric of a route or a gateway.
 GivenNumber AddMetricOption(Command verb);

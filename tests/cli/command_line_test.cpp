@@ -36,6 +36,11 @@ TEST_F(CommandLine, ExplainsWhatIsWrongWithIt)
         {L"route add lan0 10.0.0.0/8 2001:db8::1", "same family", "--help"},
         {L"identity set-name \"two words\"", "Computer name: must be 1 to 63 letters", ""},
         {L"settings set lan0 --netbios maybe", "\"maybe\" is not a value", "--help"},
+        {L"watch lan0 --until ipv4.adresses=192.0.2.1/24", "did you mean \"ipv4.addresses\"?", "--help"},
+        {L"watch lan0 --until status", "not of the form FIELD=VALUE", "--help"},
+        {L"watch lan0 --until status=Up", "\"Up\" is not a value that \"status\" can have", "--help"},
+        {L"watch --until status=up", "needs an ADAPTER", "--help"},
+        {L"watch lan0 --timeout 3", "needs --until", "--help"},
         {L"dns return lan0 --timeout 0", "\"0\" is not a number of seconds", "--help"},
     };
     for (const auto& row : rows)

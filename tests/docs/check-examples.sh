@@ -60,6 +60,11 @@ help_of() {
     grep -q "^Usage: zelkctl${words:+ $words} " "$file" && cat "$file"
 }
 
+# The help of a verb without a noun, whose first argument looks like the verb of one.
+help_of_verb() {
+    help_of "${1-}" && ! grep -q "^Usage: .* SUBCOMMAND" "$folder/help-${1-}.txt"
+}
+
 check_command() {
     local place=$1 help word words=()
     shift
@@ -67,7 +72,7 @@ check_command() {
         [[ ${#words[@]} -lt 2 && $word =~ ^[a-z][a-z0-9-]*$ ]] || break
         words+=("$word")
     done
-    help=$(help_of ${words[@]+"${words[@]}"}) || {
+    help=$(help_of ${words[@]+"${words[@]}"}) || help=$(help_of_verb "${words[@]:0:1}") || {
         fail "$place: there is no command \"${words[*]}\""
         return
     }

@@ -33,3 +33,14 @@ inline bool RunUnix(const std::string& sCommand, std::string& sOutput,
     std::filesystem::remove("Z:" + sUnix + ".out");
     return bDone;
 }
+
+/// Interrupts, as Ctrl+C does, what runs of the program beside this one.
+inline bool InterruptProgram(const std::string& sName)
+{
+    std::string sPath = testing_support::BesideProgram(L"").generic_string() + sName;
+    sPath.insert(sPath.size() - 1, "[").append("]"); // the shell's own line is another
+    std::string sOutput;
+    return RunUnix("for p in /proc/[0-9]*; do tr '\\\\' / <$p/cmdline | grep -qa '" + sPath +
+                       "' && kill -INT ${p#/proc/}; done; true",
+                   sOutput);
+}

@@ -100,6 +100,14 @@ TEST_F(ZelkctlVerbs, AnswerAsTheKernelDoes)
     EXPECT_THAT(Run(L"show").sOut, HasSubstr("\nAdapter \"Connection lan0\"\nName "));
 }
 
+TEST_F(ZelkctlVerbs, FollowTheTraceLineByLine)
+{
+    Run(L"dhcp renew lan0 --ipv4"); // is traced
+    Zelkctl follower(L"trace show --follow --json");
+    std::ofstream(Folder() / L"lines-trace.json", std::ios::binary) << follower.ReadUntil("\n");
+    follower.Terminate();
+}
+
 TEST_F(ZelkctlVerbs, ListsAdaptersInEightyColumns)
 {
     const std::string sOut = Run(L"adapter list").sOut;
