@@ -24,16 +24,17 @@ TEST_F(Addresses, AreReplaced)
     const struct
     {
         std::string sList;
-        bool bEnabled4 = true, bEnabled6 = true; ///< else the state is not known
+        std::optional<DWORD> enabled4 = 1, enabled6 = 1; ///< by DHCP; without a value it is not known
         std::vector<std::string> refused = {};
     } rows[] = {
         {.sList = ""},
         {.sList = "none"},
         {.sList = "10.1.0.1"},
+        {.sList = "10.1.0.1", .enabled4 = 0}, // no lease to release
         {.sList = "fe80::3"},
-        {.sList = "10.1.0.1", .bEnabled6 = false, .refused = {"release"}},
-        {.sList = "fe80::3 10.1.0.1", .bEnabled6 = false, .refused = {"10.0.0.1", "fe80::2"}},
-        {.sList = "10.1.0.9 none 10.1.0.1", .bEnabled4 = false, .refused = {"10.1.0.9", "255.255.255.255"}},
+        {.sList = "10.1.0.1", .enabled6 = {}, .refused = {"release"}},
+        {.sList = "fe80::3 10.1.0.1", .enabled6 = {}, .refused = {"10.0.0.1", "fe80::2"}},
+        {.sList = "10.1.0.9 none 10.1.0.1", .enabled4 = {}, .refused = {"10.1.0.9", "255.255.255.255"}},
         {.sList = "fe80::2 10.1.0.1"}, // one that is there already is no exception
     };
     const auto Set = [&](const std::string& sList) {
@@ -42,8 +43,8 @@ TEST_F(Addresses, AreReplaced)
     };
     for (const auto& row : rows)
     {
-        Store(false, L"EnableDHCP", row.bEnabled4 ? DwordData(1) : MISSING);
-        Store(true, L"Dhcpv6State", row.bEnabled6 ? DwordData(1) : MISSING);
+        Store(false, L"EnableDHCP", row.enabled4 ? DwordData(*row.enabled4) : MISSING);
+        Store(true, L"Dhcpv6State", row.enabled6 ? DwordData(*row.enabled6) : MISSING);
         refused = row.refused;
         Tell(Show("set", row.sList, "refused", row.refused), [&] { return Set(row.sList); });
     }
