@@ -2,6 +2,7 @@
 
 #include "zelkctl_test.h"
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -47,8 +48,7 @@ TEST_F(CommandLine, ExplainsWhatIsWrongWithIt)
     {
         const Result result = Run(row.pszArguments);
         EXPECT_EQ(2U, result.dwExitCode);
-        EXPECT_THAT(result.sErr, HasSubstr(row.pszReason));
-        EXPECT_THAT(result.sErr, HasSubstr(row.pszHint));
+        EXPECT_THAT(result.sErr, AllOf(HasSubstr(row.pszReason), HasSubstr(row.pszHint)));
     }
 }
 
