@@ -122,11 +122,16 @@ private:
         return false;
     }
 
-    /// Without a job, as where an older system has put this process into one already, only the program itself can be
-    /// ended.
+    /// A command that outlived this process could change the machine after the state before has been restored, so it
+    /// ends with the job, which ends with this process. Without a job, as where an older system has put this process
+    /// into one already, only the program itself can be ended.
     void PutIntoJob()
     {
+        JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+        limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
         m_job.reset(::CreateJobObjectW(nullptr, nullptr));
+        if (m_job)
+            ::SetInformationJobObject(m_job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
         if (m_job && !::AssignProcessToJobObject(m_job.get(), m_process.get()))
             m_job.reset();
     }

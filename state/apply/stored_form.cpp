@@ -51,7 +51,9 @@ StoredForm::StoredForm(const std::vector<Target>& targets)
         for (const KeyOfAdapter& of : KEYS)
         {
             std::vector<RegistryValue> values;
-            if (const std::wstring key = KeyOf(of, target); ReadValues(key, values) == ERROR_SUCCESS)
+            const std::wstring key = KeyOf(of, target);
+            const DWORD code = ReadValues(key, values);
+            if (code == ERROR_SUCCESS || code == ERROR_FILE_NOT_FOUND) // a change can make the key
                 for (const wchar_t* name : of.names)
                     m_values.push_back({key, name, Find(values, name)});
         }

@@ -43,16 +43,16 @@ class ChangeRecord
 {
 public:
     ChangeRecord(const std::wstring& folder, PendingChange change, const std::optional<Confirmation>& confirmation)
-        : m_folder(folder), m_change(std::move(change))
+        : m_folder(folder), m_change(std::move(change)), m_confirmation(confirmation)
     {
-        if (confirmation)
+        if (m_confirmation)
         {
-            m_change.confirmWithin = confirmation->within;
-            m_change.waitFor = confirmation->waitFor;
+            m_change.confirmWithin = m_confirmation->within;
+            m_change.waitFor = m_confirmation->waitFor;
         }
         StorePendingChange(m_folder, m_change);
-        if (confirmation)
-            StartWatch(confirmation->program);
+        if (m_confirmation)
+            StartFirstWatch();
     }
 
     /// What stays pending of it.
@@ -73,16 +73,36 @@ public:
             return std::nullopt;
         }
         StorePendingChange(m_folder, m_change);
+        if (m_confirmation && !LifeSign::IsGiven(WatchFile(m_folder, m_change.id)))
+            StartWatchAgain();
         return m_change;
     }
 
 private:
-    void StartWatch(const WatchProgram& program)
+    void StartWatch() const
     {
         constexpr milliseconds TIMEOUT(30000);
+        StartWatchProcess(m_folder, m_change.id, m_confirmation->program, TIMEOUT);
+    }
+
+    /// When it was ended from outside meanwhile.
+    void StartWatchAgain() const
+    try
+    {
+        StartWatch();
+    }
+    catch (const StateError& error)
+    {
+        Problem problem = error.GetProblem();
+        problem.text = "The change was made and can be restored, but nothing watches over it";
+        throw StateError(problem);
+    }
+
+    void StartFirstWatch() const
+    {
         try
         {
-            StartWatchProcess(m_folder, m_change.id, program, TIMEOUT);
+            StartWatch();
         }
         catch (...)
         {
@@ -93,6 +113,7 @@ private:
 
     const std::wstring& m_folder;
     PendingChange m_change;
+    const std::optional<Confirmation>& m_confirmation;
 };
 
 /// Under the lock, where there is one.
@@ -205,6 +226,7 @@ GuardedResult ApplyGuarded(const DesiredOf& desired, const GuardedOptions& optio
             result.outcome = GuardedOutcome::BUSY;
             return result;
         }
+        RemoveHalfWritten(*folder);
         RemoveEndedWatches(*folder);
         result.pending = FindWatched(*folder);
         if (result.pending)

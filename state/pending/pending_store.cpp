@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr std::wstring_view ENDING = L".json";
+constexpr std::wstring_view ENDING_BESIDE = L".new";
 constexpr LONGLONG GREATEST_SIZE = 4 << 20;
 
 using UniqueSearch = std::unique_ptr<void, Release<::FindClose>>;
@@ -26,6 +27,23 @@ std::wstring FileOf(const std::wstring& folder, const std::string& id, std::wstr
 {
     const DWORD code = ::GetLastError();
     throw StateError({code, step, text, SystemMessage(code)});
+}
+
+/// What is done to a file fails while another process has it open, which those that read records do for a moment.
+template <class Work>
+bool DoInTurn(Work work)
+{
+    constexpr int TRIES = 40;
+    constexpr DWORD INTERVAL_MS = 50;
+    for (int i = 0;; ++i)
+    {
+        if (work())
+            return true;
+        const DWORD code = ::GetLastError();
+        if (i == TRIES || (code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED))
+            return false;
+        ::Sleep(INTERVAL_MS);
+    }
 }
 
 void WriteFlushed(const std::wstring& file, const std::string& text)
@@ -90,10 +108,12 @@ PendingRecord Understand(std::string id, const std::string& text)
 
 void StorePendingChange(const std::wstring& folder, const PendingChange& change)
 {
-    const std::wstring beside = FileOf(folder, change.id, L".new");
+    const std::wstring beside = FileOf(folder, change.id, ENDING_BESIDE);
     WriteFlushed(beside, WritePendingChange(change));
-    if (!::MoveFileExW(beside.c_str(), FileOf(folder, change.id).c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+    const std::wstring file = FileOf(folder, change.id);
+    if (!DoInTurn([&] {
+            return ::MoveFileExW(beside.c_str(), file.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+        }))
         Fail("MoveFileEx", "The pending change cannot be written");
 }
 
@@ -137,8 +157,21 @@ std::vector<PendingRecord> LoadPendingChanges(const std::wstring& folder)
 
 void RemovePendingChange(const std::wstring& folder, const std::string& id)
 {
-    if (!::DeleteFileW(FileOf(folder, id).c_str()) && ::GetLastError() != ERROR_FILE_NOT_FOUND)
+    const std::wstring file = FileOf(folder, id);
+    if (!DoInTurn([&] { return ::DeleteFileW(file.c_str()) || ::GetLastError() == ERROR_FILE_NOT_FOUND; }))
         Fail("DeleteFile", "The pending change cannot be removed");
+}
+
+void RemoveHalfWritten(const std::wstring& folder)
+{
+    WIN32_FIND_DATAW found = {};
+    const HANDLE opened = ::FindFirstFileW((folder + L"\\*" + std::wstring(ENDING_BESIDE)).c_str(), &found);
+    if (opened == INVALID_HANDLE_VALUE)
+        return;
+    const UniqueSearch search(opened);
+    do
+        ::DeleteFileW((folder + L'\\' + found.cFileName).c_str());
+    while (::FindNextFileW(search.get(), &found));
 }
 
 } // namespace zelk

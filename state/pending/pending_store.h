@@ -33,4 +33,7 @@ std::vector<PendingRecord> LoadPendingChanges(const std::wstring& folder);
 /// @throws StateError when the file is there and cannot be removed.
 void RemovePendingChange(const std::wstring& folder, const std::string& id);
 
+/// Removes what a process that died while it wrote has left.
+void RemoveHalfWritten(const std::wstring& folder);
+
 } // namespace zelk

@@ -15,6 +15,7 @@ namespace
 using std::chrono::milliseconds;
 
 constexpr milliseconds INTERVAL(200);
+constexpr int MOST_ATTEMPTS = 3;             ///< at restoring; the system may still be starting
 constexpr std::uint64_t MILLISECONDS = 1000; ///< of a second
 
 /// What there is to do about a pending change at a moment.
@@ -71,10 +72,14 @@ public:
 private:
     using Work = std::optional<WatchEnd> (Watch::*)(PendingChange&);
 
-    [[nodiscard]] std::optional<PendingChange> Load() const
+    /// As the record last said, where it cannot be read just now: nobody is to be stranded by that. Nothing when it has
+    /// gone.
+    std::optional<PendingChange> Load()
     {
         auto record = LoadPendingChange(m_folder, m_id);
-        return record ? std::move(record->change) : std::nullopt;
+        if (!record || record->change)
+            m_known = record ? std::move(record->change) : std::nullopt;
+        return m_known;
     }
 
     /// Whoever performs a change has the lock all the time, so what is seen under it is what is left.
@@ -108,20 +113,26 @@ private:
         }
     }
 
-    WatchEnd Restore(PendingChange& change)
+    std::optional<WatchEnd> Restore(PendingChange& change)
     {
         change.phase = PendingPhase::RESTORING;
         StorePendingChange(m_folder, change);
-        if (!m_actions.restore(change))
-            return WatchEnd::NOT_RESTORED;
-        RemovePendingChange(m_folder, m_id);
-        return WatchEnd::RESTORED;
+        if (m_actions.restore(change))
+        {
+            RemovePendingChange(m_folder, m_id);
+            return WatchEnd::RESTORED;
+        }
+        if (++m_attempts < MOST_ATTEMPTS)
+            return std::nullopt;
+        return WatchEnd::NOT_RESTORED;
     }
 
     const std::wstring& m_folder;
     const std::string& m_id;
     const WatchActions& m_actions;
     LifeSign m_sign;
+    std::optional<PendingChange> m_known;
+    int m_attempts = 0;
 };
 
 } // namespace

@@ -72,19 +72,33 @@ void RemoveService(const std::string& id)
         ::DeleteService(service.get());
 }
 
+/// A watch that was ended from outside begins again. Where that cannot be set, it is watched all the same.
+void RestartOnFailure(SC_HANDLE service)
+{
+    constexpr DWORD DELAY_MS = 1000;
+    SC_ACTION action = {SC_ACTION_RESTART, DELAY_MS};
+    SERVICE_FAILURE_ACTIONSW actions = {};
+    actions.cActions = 1; // the last one counts for all failures that follow
+    actions.lpsaActions = &action;
+    ::ChangeServiceConfig2W(service, SERVICE_CONFIG_FAILURE_ACTIONS, &actions);
+}
+
 bool StartService(const std::string& id, const std::wstring& line)
 {
     const UniqueService manager(::OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT | SC_MANAGER_CREATE_SERVICE));
     if (!manager)
         return false;
+    constexpr DWORD ACCESS = SERVICE_START | SERVICE_CHANGE_CONFIG | DELETE; // starting is also for the restart
     const std::wstring name = ServiceName(id);
-    const UniqueService service(::CreateServiceW(manager.get(), name.c_str(),
-                                                 L"ZELK: change of the network to be confirmed", SERVICE_START | DELETE,
-                                                 SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL,
-                                                 line.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
+    UniqueService service(::CreateServiceW(manager.get(), name.c_str(), L"ZELK: change of the network to be confirmed",
+                                           ACCESS, SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL,
+                                           line.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
+    if (!service && ::GetLastError() == ERROR_SERVICE_EXISTS)
+        service.reset(::OpenServiceW(manager.get(), name.c_str(), ACCESS));
     if (!service)
         return false;
-    if (::StartServiceW(service.get(), 0, nullptr))
+    RestartOnFailure(service.get());
+    if (::StartServiceW(service.get(), 0, nullptr) || ::GetLastError() == ERROR_SERVICE_ALREADY_RUNNING)
         return true;
     ::DeleteService(service.get());
     return false;

@@ -6,38 +6,26 @@
 #include <iostream>
 #include <random>
 #include <regex>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
-#include <e2e/unix_command.h>
 #include <state/apply/apply.h>
 #include <state/desired/adapter_name.h>
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
 #include <state/desired_walk.h>
-#include <state/platform/registry.h>
 #include <state/platform/registry_keys.h>
 #include <state/platform/utf8.h>
 #include <state/reading/read_machine.h>
 #include <state/simulated_windows.h>
 #include <support/import_patch.h>
 
+#include "two_links.h"
+
 using namespace zelk;
 
 namespace
 {
-
-/// Addresses and routes of the links, and the resolver's servers.
-std::string Kernel()
-{
-    std::string output;
-    EXPECT_TRUE(RunUnix("for l in lan0 lan1; do ip -o link show dev $l | grep -o 'mtu [0-9]*'; "
-                        "ip -o addr show dev $l scope global | awk '{print $2, $4}'; "
-                        "ip route show dev $l | sort; ip -6 route show dev $l | sort; done; cat /etc/resolv.conf",
-                        output));
-    return output;
-}
 
 bool KernelHas(const std::string& text)
 {
@@ -124,32 +112,6 @@ public:
 private:
     const char* m_name;
 };
-
-/// Every value of the keys that hold settings, to the letter.
-std::string Registry()
-{
-    std::ostringstream text;
-    std::vector<std::wstring> keys = {PERSISTENT_ROUTES};
-    for (const Adapter& adapter : ReadMachine().adapters)
-        for (const wchar_t* start : {IPV4_INTERFACES, IPV6_INTERFACES, NETBIOS_INTERFACES})
-            keys.push_back(start + FromUtf8(adapter.guid ? adapter.guid->ToText() : ""));
-    for (const std::wstring& key : keys)
-    {
-        std::vector<RegistryValue> values;
-        ReadValues(key, values);
-        std::ranges::sort(values, {}, &RegistryValue::name);
-        for (const RegistryValue& value : values)
-        {
-            if (value.name.starts_with(L"Dhcp"))
-                continue; // stay when the lease is given back
-            text << ToUtf8(key + L' ' + value.name) << ' ' << value.type;
-            for (const std::byte byte : value.data)
-                text << ' ' << std::to_integer<int>(byte);
-            text << '\n';
-        }
-    }
-    return text.str();
-}
 
 TEST_F(Apply, DoesNothingWhereNothingDiffers)
 {
@@ -290,13 +252,6 @@ TEST_F(Apply, LooksAgainAsSoonAsThePlatformNotifies)
     EXPECT_EQ(Outcome::CHANGED, result.outcome) << m_text;
     EXPECT_GT(options.timeout / 2, std::chrono::steady_clock::now() - start);
 }
-
-constexpr const char* MANY_STEPS = R"({"adapters": [
-    {"adapter": "lan0", "mtu": 1400,
-     "ipv4": {"addresses": ["192.0.2.12/24", "192.0.2.11/24"], "gateways": [{"address": "192.0.2.2", "metric": 4}],
-              "dnsServers": ["192.0.2.54", "192.0.2.53"], "dnsSuffix": "example.org"},
-     "ipv6": {"addresses": ["2001:db8::20/64"]}, "routes": [{"destination": "10.9.0.0/16", "nextHop": "192.0.2.9"}]},
-    {"adapter": "lan1", "ipv4": {"addresses": ["198.51.100.9/24"], "netbios": "disabled"}}]})";
 
 /// The plan from the start, to know its steps.
 std::vector<Step> StepsOf(const char* text)

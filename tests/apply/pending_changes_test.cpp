@@ -1,58 +1,9 @@
 // Changes that wait to be confirmed or were cut short, of the real zelkctl on a kernel and a registry.
 
-#include "zelkctl_changes.h"
+#include "pending_changes.h"
 
 namespace
 {
-
-class Pending : public ZelkctlChanges
-{
-protected:
-    void SetUp() override
-    {
-        Run(L"restore --discard --yes");
-        ZelkctlChanges::SetUp();
-        m_sBefore = Standing();
-    }
-
-    static std::string Standing() { return Kernel() + Registry(); }
-
-    static Json ListPending() { return Json::parse(Run(L"pending --json").sOut)["result"]; }
-
-    /// Waits for what another process is to do.
-    template <class Condition>
-    static bool Await(Condition condition)
-    {
-        constexpr ULONGLONG PATIENCE_MS = 60000;
-        const ULONGLONG ullEnd = ::GetTickCount64() + PATIENCE_MS;
-        while (!condition())
-        {
-            if (::GetTickCount64() > ullEnd)
-                return false;
-            ::Sleep(100);
-        }
-        return true;
-    }
-
-    static std::string Registry()
-    {
-        std::string text;
-        for (const wchar_t* pszName :
-             {L"EnableDHCP", L"IPAddress", L"SubnetMask", L"DefaultGateway", L"DefaultGatewayMetric", L"NameServer"})
-        {
-            BYTE data[1024] = {};
-            DWORD dwSize = sizeof(data);
-            const LSTATUS code =
-                ::RegGetValueW(HKEY_LOCAL_MACHINE, s_sFirst.c_str(), pszName, RRF_RT_ANY, nullptr, data, &dwSize);
-            text += std::to_string(code) + ' ' + testing::PrintToString(std::vector<BYTE>(data, data + dwSize)) + '\n';
-        }
-        return text;
-    }
-
-    static constexpr const wchar_t* CHANGE = L"address set lan0 198.51.100.20/24 --gateway 198.51.100.1 "
-                                             L"--dns 198.51.100.53 198.51.100.54 --yes ";
-    std::string m_sBefore;
-};
 
 TEST_F(Pending, ChangesAreRestoredWhenNobodyConfirmsThem)
 {
@@ -78,8 +29,10 @@ TEST_F(Pending, ChangesStayWhenTheyAreConfirmed)
     const Result other = Run(L"dns set lan0 192.0.2.1");
     EXPECT_EQ(7U, other.dwExitCode);
     EXPECT_THAT(other.sErr, HasSubstr("waits to be confirmed for "));
+    const Handle watcher = Watcher();
     EXPECT_EQ(0U, Run(L"confirm").dwExitCode);
-    EXPECT_TRUE(ListPending().empty());
+    AwaitEndOf(watcher);
+    EXPECT_EQ(sChanged, Standing());
     EXPECT_EQ(1U, Run(L"confirm").dwExitCode);
     EXPECT_EQ(0U, Run(L"dns set lan0 198.51.100.53 198.51.100.54").dwExitCode);
     EXPECT_EQ(sChanged, Standing());
@@ -92,7 +45,8 @@ TEST_F(Pending, ChangesAreConfirmedByAHostThatAnswersOrRestoredAtOnce)
     EXPECT_THAT(Kernel(), HasSubstr("198.51.100.20/24"));
     const std::string sBefore = Standing();
     Do(L"address set lan0 203.0.113.20/24 --yes --confirm-within 600", 0);
-    EXPECT_EQ(0U, Run(L"restore --yes").dwExitCode);
+    const Result restored = Run(L"restore --yes");
+    EXPECT_EQ(0U, restored.dwExitCode) << restored.sErr;
     EXPECT_TRUE(ListPending().empty());
     EXPECT_EQ(sBefore, Standing());
 }
@@ -106,37 +60,15 @@ TEST_F(Pending, ChangesThatFailLeaveNothing)
     EXPECT_EQ(1U, Run(L"restore --yes").dwExitCode);
 }
 
-TEST_F(Pending, ChangesWhoseProcessDiesCanBeRestored)
-{
-    for (const char* pszStep : {"198.51.100.20", "set dnsservers", "index=2"})
-    {
-        SCOPED_TRACE(pszStep);
-        {
-            const StandIn hangs("ZELK_HANG", pszStep);
-            Zelkctl program(std::wstring(CHANGE) + L"--json");
-            EXPECT_TRUE(Await([] { return !ListPending().empty(); }));
-            EXPECT_TRUE(Await([pszStep] {
-                return Kernel().find("198.51.100.") != std::string::npos ||
-                       std::string_view(pszStep) == "198.51.100.20";
-            }));
-            program.Terminate();
-            program.WaitForExitCode();
-        }
-        EXPECT_THAT(Run(L"adapter list").sErr, HasSubstr("It was cut short; \"zelkctl restore\""));
-        EXPECT_EQ(1U, Run(L"confirm").dwExitCode);
-        EXPECT_EQ(0U, Run(L"restore --yes").dwExitCode);
-        EXPECT_EQ(m_sBefore, Standing());
-        EXPECT_TRUE(ListPending().empty());
-    }
-}
-
-TEST_F(Pending, ChangesToBeConfirmedAreRestoredWhenTheirProcessDies)
+TEST_F(Pending, NoCommandOutlivesTheProcessThatStartedIt)
 {
     const StandIn hangs("ZELK_HANG", "set dnsservers");
-    Zelkctl program(std::wstring(CHANGE) + L"--confirm-within 600 --json");
+    Zelkctl program(std::wstring(CHANGE) + L"--confirm-within 600");
     EXPECT_TRUE(Await([] { return Kernel().find("198.51.100.20/24") != std::string::npos; }));
+    const Handle command = ProcessOf(L"\\netsh.exe");
     program.Terminate();
-    EXPECT_TRUE(Await([] { return ListPending().empty(); }));
+    AwaitEndOf(command);
+    AwaitEndOf(Watcher());
     EXPECT_EQ(m_sBefore, Standing());
 }
 
@@ -155,19 +87,32 @@ TEST_F(Pending, RecordsOfDoubtAreNamedAndBlockNothing)
     EXPECT_TRUE(ListPending().empty());
 }
 
+/// Each wants an address, a gateway and a server that go together.
 TEST_F(Pending, ChangersTakeTurns)
 {
     constexpr int CHANGERS = 20;
     std::vector<std::unique_ptr<Zelkctl>> changers;
     for (int i = 0; i < CHANGERS; ++i)
-        changers.push_back(std::make_unique<Zelkctl>(L"address add lan" + std::to_wstring(i % 2) + L" 10.0.0." +
-                                                     std::to_wstring(i + 1) + L"/32 --timeout 300 --yes"));
+    {
+        const std::wstring sNetwork = L" 10.0." + std::to_wstring(i) + L'.';
+        changers.push_back(std::make_unique<Zelkctl>(L"address set lan" + std::to_wstring(i % 2) + sNetwork +
+                                                     L"20/24 --gateway" + sNetwork + L"1 --dns" + sNetwork +
+                                                     L"53 --timeout 300 --yes"));
+    }
     for (const auto& changer : changers)
         EXPECT_EQ(0U, changer->WaitForExitCode()) << changer->Errors();
-    std::string sAddresses;
-    ASSERT_TRUE(RunUnix("ip -o -4 addr show | grep -c ' 10[.]0[.]0[.]'", sAddresses));
-    EXPECT_EQ("20\n", sAddresses);
     EXPECT_TRUE(ListPending().empty());
+    const Json state = Json::parse(Run(L"export").sOut);
+    for (const int iLink : {0, 1})
+    {
+        const Json ip = state["adapters"].at(static_cast<std::size_t>(iLink))["ipv4"];
+        std::string sNetwork = ip["addresses"].at(0);
+        sNetwork.erase(sNetwork.rfind('.'));
+        EXPECT_EQ(Json::array({sNetwork + ".20/24"}), ip["addresses"]);
+        EXPECT_THAT(ip["gateways"].dump(), HasSubstr('"' + sNetwork + ".1\""));
+        EXPECT_EQ(Json::array({sNetwork + ".53"}), ip["dnsServers"]);
+        EXPECT_EQ(iLink, std::stoi(sNetwork.substr(sNetwork.rfind('.') + 1)) % 2);
+    }
 }
 
 } // namespace

@@ -241,11 +241,23 @@ TEST_F(Watches, BeginTheTimeAnewAfterARestart)
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
 }
 
+TEST_F(Watches, AreNotEndedByARecordThatCannotBeRead)
+{
+    const std::string text = WritePendingChange(Store(PendingPhase::WAITING, 1));
+    auto lock = ChangeLock::Take(m_folder, 1min);
+    auto end = Watch();
+    EXPECT_EQ(std::future_status::timeout, end.wait_for(400ms)) << "it has read the record";
+    Write(L"0123456789abcdef.json", text.substr(0, text.size() / 2));
+    lock.reset();
+    EXPECT_EQ(WatchEnd::RESTORED, end.get());
+}
+
 TEST_F(Watches, LeaveTheRecordWhereRestoringFails)
 {
     m_succeeds = false;
     Store(PendingPhase::APPLYING);
     EXPECT_EQ(WatchEnd::NOT_RESTORED, Watch().get());
+    EXPECT_EQ(3, m_restored);
     ASSERT_TRUE(IsPending());
     EXPECT_EQ(PendingPhase::RESTORING, LoadPendingChange(m_folder, ID)->change->phase);
 }
