@@ -4,16 +4,15 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <state/machine/problem.h>
+#include <state/answers/reports.h>
+#include <state/answers/watch_program.h>
 #include <zelk_nm/tolva.h>
 
 #include "answer/render.h"
-#include "change/state_change.h"
 #include "parser/command_line.h"
 #include "parser/help_format.h"
 #include "system/console.h"
 #include "system/program_arguments.h"
-#include "system/system_error.h"
 #include "trace/trace_location.h"
 #include "verbs/adapter_commands.h"
 #include "verbs/address_commands.h"
@@ -104,8 +103,7 @@ Failure FailureOf(const std::exception& error)
     if (const auto* pFailure = dynamic_cast<const Failure*>(&error))
         return *pFailure;
     if (const auto* pError = dynamic_cast<const zelk::StateError*>(&error))
-        return Failure({.sReason = pError->GetProblem().text + ' ' + pError->GetProblem().step + ": " +
-                                   SystemText(pError->GetProblem().code)});
+        return Failure(zelk::ReportOf(*pError));
     return Failure({.sReason = error.what()});
 }
 
@@ -144,7 +142,7 @@ try
         AnswerCompletion(parser, arguments);
         return EXIT_DONE;
     }
-    if (!arguments.empty() && arguments.front() == WATCH_VERB)
+    if (!arguments.empty() && arguments.front() == zelk::WATCH_VERB)
     {
         WatchOverChange(arguments);
         return EXIT_DONE;

@@ -2,31 +2,18 @@
 
 #include <algorithm>
 
+#include <state/answers/reports.h>
 #include <state/desired/adapter_name.h>
 #include <state/reading/read_machine.h>
 
 #include "answer/cell_text.h"
 #include "answer/failure.h"
-#include "answer/table.h"
 #include "system/utf8.h"
 
 namespace zelkctl
 {
 namespace
 {
-
-/// A line for each, by which they can be told apart.
-std::string Enumerate(const std::vector<const zelk::Adapter*>& adapters)
-{
-    Table table;
-    for (const zelk::Adapter* pAdapter : adapters)
-        table.Add({{pAdapter->index ? std::to_string(*pAdapter->index) : "-"},
-                   {pAdapter->guid ? pAdapter->guid->ToText() : "-"},
-                   {Printable(zelk::NameOf(*pAdapter))}});
-    std::string text = table.Text();
-    text.pop_back(); // the line's end comes with the message
-    return text;
-}
 
 template <class Value>
 velmor::string TextOrEmpty(const std::optional<Value>& value)
@@ -54,15 +41,11 @@ std::string Argument(const std::string& sText)
 const zelk::Adapter& FindAdapter(const zelk::Machine& machine, const std::string& sWanted)
 {
     const auto candidates = zelk::FindAdapters(machine, sWanted);
-    const std::string sQuoted = Quoted(sWanted);
-    if (candidates.empty())
-        throw Failure({.code = EXIT_NO_SUCH_ADAPTER,
-                       .sReason = "there is no adapter " + sQuoted,
-                       .sHint = "Run \"zelkctl adapter list --all\" to see all adapters."});
-    if (candidates.size() > 1)
-        throw Failure({.code = EXIT_NO_SUCH_ADAPTER,
-                       .sReason = sQuoted + " matches several adapters:\n" + Enumerate(candidates),
-                       .sHint = "Choose one with \"guid:{...}\", \"index:N\", \"mac:XX-...\" or \"name:...\"."});
+    if (candidates.size() != 1)
+        throw Failure(zelk::ReportOfName(sWanted, candidates),
+                      candidates.empty()
+                          ? "Run \"zelkctl adapter list --all\" to see all adapters."
+                          : "Choose one with \"guid:{...}\", \"index:N\", \"mac:XX-...\" or \"name:...\".");
     return *candidates.front();
 }
 

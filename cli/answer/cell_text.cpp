@@ -10,19 +10,6 @@ namespace zelkctl
 namespace
 {
 
-constexpr std::string_view REPLACEMENT_UTF8 = "\xEF\xBF\xBD";
-
-/// The C1 controls are U+0080 to U+009F: C2 and a byte of that range.
-bool IsC1Control(std::string_view text)
-{
-    return text.size() > 1 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
-}
-
-bool IsC0Control(char byte)
-{
-    return static_cast<unsigned char>(byte) < 0x20 || byte == '\x7F';
-}
-
 /// Code points that do not take one cell. The second of two surrogates takes none, so that a pair takes what its first
 /// one does; pairs that stand for two cells begin with the units listed.
 struct WidthRange
@@ -54,22 +41,6 @@ std::size_t WidthOf(wchar_t unit)
 }
 
 } // namespace
-
-std::string Printable(std::string_view text)
-{
-    std::string result;
-    result.reserve(text.size());
-    while (!text.empty())
-    {
-        const bool bC1 = IsC1Control(text);
-        if (bC1 || IsC0Control(text[0]))
-            result += REPLACEMENT_UTF8;
-        else
-            result += text[0];
-        text.remove_prefix(bC1 ? 2 : 1);
-    }
-    return result;
-}
 
 std::string OneLine(std::string_view text)
 {

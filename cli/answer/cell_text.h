@@ -4,13 +4,14 @@
 #include <string>
 #include <string_view>
 
+#include <state/values/printable.h>
+
 namespace zelkctl
 {
 
-/// The UTF-8 text with U+FFFD for every control character, so that no name breaks a line or drives a terminal.
-std::string Printable(std::string_view text);
+using zelk::Printable;
 
-/// Likewise of the output of a command, with its lines joined by blanks.
+/// The output of a command, likewise printable, with its lines joined by blanks.
 std::string OneLine(std::string_view text);
 
 /// The printable text in quotation marks.

@@ -21,6 +21,15 @@ std::string Message(const Failure::Details& details)
 
 Failure::Failure(Details details) : std::runtime_error(Message(details)), m_details(std::move(details)) {}
 
+Failure::Failure(const zelk::ErrorReport& report, std::string sHint)
+    : Failure({.code = report.code,
+               .sReason = report.reason,
+               .sOperation = report.operation,
+               .sAdapter = report.adapter,
+               .sHint = std::move(sHint)})
+{
+}
+
 Failure UsageError(const std::string& sArgument, const std::string& sReason)
 {
     return Failure({.code = EXIT_USAGE,

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include <state/answers/error_report.h>
+
 #include "answer/exit_code.h"
 
 namespace zelkctl
@@ -23,6 +25,8 @@ public:
     };
 
     explicit Failure(Details details);
+    /// Likewise, with what the user of the tool can do about it.
+    explicit Failure(const zelk::ErrorReport& report, std::string sHint = {});
 
     [[nodiscard]] const Details& What() const noexcept { return m_details; }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <state/answers/error_report.h>
+
 #include "answer/cell_text.h"
 #include "answer/streams.h"
 #include "answer/table.h"
@@ -70,32 +72,6 @@ std::vector<Field> Selected(const std::vector<Field>& fields, const std::vector<
     return selected;
 }
 
-const char* KindOf(ExitCode code)
-{
-    switch (code)
-    {
-    case EXIT_USAGE: return "usage";
-    case EXIT_NO_SUCH_ADAPTER: return "adapter";
-    case EXIT_NEEDS_ELEVATION: return "elevation";
-    case EXIT_BUSY: return "busy";
-    case EXIT_NOT_POSSIBLE: return "unsupported";
-    default: return "failed";
-    }
-}
-
-Json ErrorOf(const Failure::Details& details)
-{
-    const auto OrNull = [](const std::string& text) { return text.empty() ? Json() : Json(text); };
-    Json error;
-    error["kind"] = KindOf(details.code);
-    error["exitCode"] = static_cast<int>(details.code);
-    error["operation"] = OrNull(details.sOperation);
-    error["adapter"] = OrNull(details.sAdapter);
-    error["reason"] = details.sReason;
-    error["hint"] = OrNull(details.sHint);
-    return error;
-}
-
 } // namespace
 
 std::string RecordTable(const std::vector<Field>& fields, const Json& record, bool bOmitAbsent)
@@ -129,7 +105,8 @@ void Renderer::Render(const Failure& failure) const
     if (!details.sHint.empty())
         WriteNote(Painted("hint:", Colour::WATCH, stderr) + ' ' + details.sHint);
     if (m_form.bJson)
-        WriteJson("error", ErrorOf(details));
+        WriteJson("error", zelk::ToJson(zelk::ErrorReport{details.code, details.sReason, details.sOperation,
+                                                          details.sAdapter, details.sHint}));
 }
 
 void Renderer::RenderPiece(const Answer& piece, bool bMoreComes) const

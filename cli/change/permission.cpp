@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include <state/answers/reports.h>
+
 #include "answer/cell_text.h"
 #include "answer/failure.h"
 #include "system/console.h"
@@ -12,11 +14,11 @@ namespace zelkctl
 
 void RequireElevation(const std::string& sAdapter)
 {
-    if (!IsElevated())
-        throw Failure({.code = EXIT_NEEDS_ELEVATION,
-                       .sReason = "this requires elevation; nothing was changed",
-                       .sAdapter = sAdapter,
-                       .sHint = "Run it from an elevated prompt, or preview it with --check."});
+    if (IsElevated())
+        return;
+    zelk::ErrorReport report = zelk::ReportOfMissingElevation();
+    report.adapter = sAdapter;
+    throw Failure(report, "Run it from an elevated prompt, or preview it with --check.");
 }
 
 void RequireConfirmation(const std::string& sAdapter, bool bConfirmed)

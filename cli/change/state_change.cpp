@@ -4,6 +4,8 @@
 #include <set>
 #include <utility>
 
+#include <state/answers/reports.h>
+#include <state/answers/watch_program.h>
 #include <state/fields/schema.h>
 #include <state/pending/guarded_apply.h>
 #include <state/reading/read_machine.h>
@@ -16,50 +18,18 @@
 #include "change/permission.h"
 #include "records/answer_schema.h"
 #include "system/module_file.h"
-#include "system/utf8.h"
 
 namespace zelkctl
 {
 namespace
 {
 
-template <class T>
-Json JsonListOf(const std::vector<T>& values)
+Answer DifferencesOf(const zelk::Plan& plan)
 {
-    Json list = Json::array();
-    for (const T& value : values)
-        list.push_back(zelk::ToJson(value));
-    return list;
-}
-
-Answer DifferencesOf(const zelk::Plan& plan, std::vector<std::string> notes)
-{
-    Json result;
-    result["differs"] = !plan.differences.empty();
-    result["items"] = JsonListOf(plan.differences);
-    result["steps"] = JsonListOf(plan.steps);
-    result["notes"] = notes;
+    auto notes = plan.notes;
     if (plan.differences.empty())
         notes.emplace_back("Nothing would be changed.");
-    return {.value = std::move(result),
-            .text = TextOf(plan),
-            .notes = std::move(notes),
-            .code = plan.differences.empty() ? EXIT_DONE : EXIT_DIFFERENCES};
-}
-
-ExitCode CodeOf(zelk::Outcome outcome)
-{
-    switch (outcome)
-    {
-    case zelk::Outcome::UNCHANGED:
-    case zelk::Outcome::CHANGED: return EXIT_DONE;
-    case zelk::Outcome::NOT_VERIFIED: return EXIT_NOT_VERIFIED;
-    case zelk::Outcome::TIMED_OUT: return EXIT_TIME_OVER;
-    case zelk::Outcome::NEEDS_ELEVATION: return EXIT_NEEDS_ELEVATION;
-    case zelk::Outcome::FAILED:
-    case zelk::Outcome::CANCELLED: break;
-    }
-    return EXIT_OPERATION_FAILED;
+    return {.value = zelk::ToJson(plan), .text = TextOf(plan), .notes = std::move(notes), .code = zelk::CodeOf(plan)};
 }
 
 /// What has become of a change that was not completed.
@@ -87,7 +57,7 @@ std::string SentenceOf(const StateChange& change, const zelk::ApplyResult& resul
 /// The tool itself, which can watch over a change.
 zelk::WatchProgram OwnProgram()
 {
-    return {ModuleFile(nullptr), {ModuleFile(L"ZELK_NM.DLL")}, FromUtf8(WATCH_VERB)};
+    return zelk::MakeWatchProgram(ModuleFile(nullptr), ModuleFile(L"ZELK_NM.DLL"));
 }
 
 zelk::GuardedResult Apply(const StateChangeOf& changeOf, const StateChangeOptions& options)
@@ -118,43 +88,21 @@ std::string AdaptersOf(const zelk::Plan& plan)
     return names.size() == 1 ? *names.begin() : "";
 }
 
-ExitCode CodeOf(const std::vector<zelk::Fault>& faults)
-{
-    const auto Has = [&](zelk::FaultKind kind) {
-        return std::ranges::find(faults, kind, &zelk::Fault::kind) != faults.end();
-    };
-    if (Has(zelk::FaultKind::MEANING)) // what no system could do counts before what this one cannot
-        return EXIT_USAGE;
-    return Has(zelk::FaultKind::ADAPTER) ? EXIT_NO_SUCH_ADAPTER : EXIT_NOT_POSSIBLE;
-}
-
-std::string PlaceInDocument(const std::string& sPlace)
-{
-    return Printable(sPlace);
-}
-
 /// The item that a place in a state of one adapter, or of the machine, belongs to; empty for none.
-std::string ItemAt(const std::string& sPlace)
+std::string ItemAt(std::string_view place)
 {
     constexpr std::string_view ADAPTER = "/adapters/0";
-    std::string sPath = sPlace.substr(sPlace.starts_with(ADAPTER) ? ADAPTER.size() : 0);
+    std::string sPath(place.substr(place.starts_with(ADAPTER) ? ADAPTER.size() : 0));
     if (const std::size_t index = sPath.find_first_of("0123456789", sPath.rfind('/')); index != std::string::npos)
         sPath.erase(sPath.rfind('/'));
     std::ranges::replace(sPath, '/', '.');
     return sPath.empty() ? "" : LabelOf(sPath.substr(1));
 }
 
-void RefuseFaults(const std::vector<zelk::Fault>& faults, std::string (*pNameOf)(const std::string&))
+void RefuseFaults(const std::vector<zelk::Fault>& faults, std::string (*pNameOf)(std::string_view))
 {
-    if (faults.empty())
-        return;
-    std::string sReason = "nothing was changed, because this cannot be applied:";
-    for (const zelk::Fault& fault : faults)
-    {
-        const std::string sName = pNameOf(fault.place);
-        sReason += "\n  " + (sName.empty() ? "" : sName + ": ") + Printable(fault.text);
-    }
-    throw Failure({.code = CodeOf(faults), .sReason = std::move(sReason)});
+    if (!faults.empty())
+        throw Failure(zelk::ReportOf(faults, pNameOf));
 }
 
 Json ItemSchema()
@@ -200,7 +148,7 @@ void RequireOutcome(const zelk::GuardedResult& result, bool bIsDocument)
         throw BusyFailure(result.holder);
     if (result.outcome == zelk::GuardedOutcome::AWAITED)
         throw AwaitedFailure(*result.pending);
-    RefuseFaults(result.faults, bIsDocument ? &PlaceInDocument : &ItemAt);
+    RefuseFaults(result.faults, bIsDocument ? &zelk::Printable : &ItemAt);
 }
 
 Answer AnswerOf(const StateChange& change, const zelk::Plan& plan, const zelk::ApplyResult& result)
@@ -208,15 +156,17 @@ Answer AnswerOf(const StateChange& change, const zelk::Plan& plan, const zelk::A
     auto notes = plan.notes;
     Json value = zelk::ToJson(result, plan);
     notes.push_back(SentenceOf(change, result));
-    return {
-        .value = std::move(value), .text = TextOf(result), .notes = std::move(notes), .code = CodeOf(result.outcome)};
+    return {.value = std::move(value),
+            .text = TextOf(result),
+            .notes = std::move(notes),
+            .code = zelk::CodeOf(result.outcome)};
 }
 
 } // namespace
 
 void RefuseDocument(const std::vector<zelk::Fault>& faults)
 {
-    RefuseFaults(faults, &PlaceInDocument);
+    RefuseFaults(faults, &zelk::Printable);
 }
 
 Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
@@ -225,9 +175,9 @@ Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
     const StateChange change = changeOf(machine);
     std::vector<zelk::Fault> faults;
     const zelk::Plan plan = zelk::MakePlan(machine, change.state, faults);
-    RefuseFaults(faults, change.bIsDocument ? &PlaceInDocument : &ItemAt);
+    RefuseFaults(faults, change.bIsDocument ? &zelk::Printable : &ItemAt);
     if (options.bCheck)
-        return DifferencesOf(plan, plan.notes);
+        return DifferencesOf(plan);
     if (plan.differences.empty())
         return AnswerOf(change, plan, zelk::Apply(machine, plan, {}));
     RequireElevation(AdaptersOf(plan));

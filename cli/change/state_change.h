@@ -39,9 +39,6 @@ struct StateChangeOptions
 /// What the user wants of the machine as it was just read.
 using StateChangeOf = std::function<StateChange(const zelk::Machine&)>;
 
-/// What the process that watches over a change is started with, before the change's id.
-inline constexpr const char* WATCH_VERB = "__watch";
-
 /// Throws a Failure that tells all that is wrong with a document, if anything is.
 void RefuseDocument(const std::vector<zelk::Fault>& faults);
 

@@ -38,7 +38,7 @@ Findings ExamineSystem(const zelk::Machine& machine)
 Findings ExamineLibrary(const zelk::Machine& machine)
 {
     return One(
-        OK, "The library is ZELK_NM.DLL " + LibraryVersion() + " and uses the back end for " +
+        OK, "The library is ZELK_NM.DLL " + ReadLibraryVersion().version + " and uses the back end for " +
                 (machine.environment.backEnd == zelk::BackEnd::VISTA ? "Vista and later." : "systems before Vista."));
 }
 

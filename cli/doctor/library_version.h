@@ -1,12 +1,11 @@
 #pragma once
 
-#include <string>
+#include <state/answers/library_version.h>
 
 namespace zelkctl
 {
 
-/// Of the library, such as "1.0.0.0", and what it says of itself. They throw Failure.
-std::string LibraryVersion();
-std::string LibraryDescription();
+/// Throws Failure where the library does not tell it.
+zelk::LibraryVersion ReadLibraryVersion();
 
 } // namespace zelkctl

@@ -1,5 +1,6 @@
 #include "records/answer_schema.h"
 
+#include <state/answers/pending_list.h>
 #include <state/fields/schema.h>
 #include <state/notifications/adapter_event.h>
 
@@ -38,8 +39,8 @@ Json Definitions()
 {
     const Json machine = zelk::MachineSchema();
     Json definitions = machine["$defs"];
-    definitions.update(zelk::Definitions<zelk::Machine, zelk::AdapterEvent, Finding, TraceRecord, TraceSettings,
-                                         TracePath, Tcp6Connection>());
+    definitions.update(zelk::Definitions<zelk::Machine, zelk::PendingEntry, zelk::AdapterEvent, Finding, TraceRecord,
+                                         TraceSettings, TracePath, Tcp6Connection>());
     definitions[DNS_SERVER_RECORD] = ObjectOf({{"address", zelk::JsonValue<zelk::IpAddress>::Schema()}});
     definitions["error"] = ErrorSchema();
     return definitions;

@@ -1,19 +1,13 @@
 #include "system/elevation.h"
 
-#include <winsock2.h>
-
-#include <windows.h>
+#include <state/platform/elevation.h>
 
 namespace zelkctl
 {
 
 bool IsElevated()
 {
-    BYTE administrators[SECURITY_MAX_SID_SIZE];
-    DWORD dwSize = sizeof(administrators);
-    BOOL bMember = FALSE;
-    return ::CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &dwSize) &&
-           ::CheckTokenMembership(nullptr, administrators, &bMember) && bMember;
+    return zelk::IsElevated().value_or(false);
 }
 
 } // namespace zelkctl

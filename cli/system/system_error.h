@@ -3,11 +3,12 @@
 #include <stdexcept>
 #include <string>
 
+#include <state/platform/system_message.h>
+
 namespace zelkctl
 {
 
-/// What the system says about one of its error codes, followed by the code: "Access is denied (5)".
-std::string SystemText(unsigned long ulCode);
+using zelk::SystemText;
 
 /// A call of the platform failed.
 class SystemError : public std::runtime_error

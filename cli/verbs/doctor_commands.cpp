@@ -44,7 +44,7 @@ Answer Diagnose()
     const auto findings = Examine(machine);
     Answer answer;
     answer.value["environment"] = zelk::ToJson(machine.environment);
-    answer.value["libraryVersion"] = LibraryVersion();
+    answer.value["libraryVersion"] = ReadLibraryVersion().version;
     answer.value["logDirectory"] = ToUtf8(location.sDirectory);
     answer.value["traceLevel"] = ReadTraceSettings(location).uiLevel;
     answer.value["findings"] = RecordsOf(findings);

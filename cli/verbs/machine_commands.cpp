@@ -64,11 +64,10 @@ void AddSchema(Command tool)
 
 Answer VersionAnswer()
 {
-    const std::string sVersion = LibraryVersion();
-    const std::string sDescription = LibraryDescription();
-    return {.value = {{"version", sVersion}, {"description", sDescription}},
+    const zelk::LibraryVersion version = ReadLibraryVersion();
+    return {.value = zelk::ToJson(version),
             .fields = {{"version", "Version"}, {"description", "Description"}},
-            .text = "ZELK_NM.DLL " + sVersion + '\n' + sDescription + '\n'};
+            .text = "ZELK_NM.DLL " + version.version + '\n' + version.description + '\n'};
 }
 
 void AddMachineCommands(Command tool)

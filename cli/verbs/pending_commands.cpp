@@ -1,5 +1,8 @@
 #include "verbs/pending_commands.h"
 
+#include <state/answers/pending_list.h>
+#include <state/answers/pending_result.h>
+#include <state/answers/reports.h>
 #include <state/fields/schema.h>
 #include <state/pending/change_folder.h>
 #include <state/pending/guarded_apply.h>
@@ -12,7 +15,6 @@
 #include "change/permission.h"
 #include "change/state_change.h"
 #include "records/answer_schema.h"
-#include "records/pending_record.h"
 #include "records/shown_fields.h"
 #include "verbs/common_verbs.h"
 
@@ -28,12 +30,12 @@ void AddPending(Command tool)
 {
     Command verb =
         tool.AddVerb({"pending", "List changes that wait to be confirmed or were cut short", "pending --json"});
-    const auto fields = ShownFields<PendingShown>();
+    const auto fields = ShownFields<zelk::PendingEntry>();
     verb.AddFormOptions(fields);
-    verb.Answers([] { return ListOf<PendingShown>(); },
+    verb.Answers([] { return ListOf<zelk::PendingEntry>(); },
                  [fields] {
                      RequireElevation(""); // the folder is closed to others
-                     return Answer{.value = RecordsOf(ReadPending()),
+                     return Answer{.value = RecordsOf(zelk::ReadPending()),
                                    .fields = fields,
                                    .columns = COLUMNS,
                                    .sWhenEmpty = "Nothing is pending."};
@@ -42,25 +44,16 @@ void AddPending(Command tool)
 
 [[noreturn]] void FailPending(const zelk::PendingResult& result)
 {
+    const zelk::ErrorReport report = zelk::ReportOf(result);
     switch (result.outcome)
     {
     case zelk::PendingOutcome::BUSY: throw BusyFailure(result.holder);
     case zelk::PendingOutcome::INTERRUPTED:
-        throw Failure({.sReason = "the pending change was cut short or is being taken back, so it cannot be confirmed",
-                       .sHint = "\"zelkctl restore\" takes the machine back to the state before it."});
+        throw Failure(report, "\"zelkctl restore\" takes the machine back to the state before it.");
     case zelk::PendingOutcome::REFUSED:
-        throw Failure({.sReason = "the record of the pending change cannot be used: " + result.records.front().fault,
-                       .sHint = "\"zelkctl restore --discard\" removes it; nothing else is changed."});
-    default: throw Failure({.sReason = "nothing is pending"});
+        throw Failure(report, "\"zelkctl restore --discard\" removes it; nothing else is changed.");
+    default: throw Failure(report);
     }
-}
-
-Json IdsOf(const zelk::PendingResult& result)
-{
-    Json ids = Json::array();
-    for (const zelk::PendingRecord& record : result.records)
-        ids.push_back(record.id);
-    return ids;
 }
 
 void AddConfirm(Command tool)
@@ -77,7 +70,7 @@ void AddConfirm(Command tool)
             const auto result = zelk::ConfirmPending(timeout());
             if (result.outcome != zelk::PendingOutcome::DONE)
                 FailPending(result);
-            return Answer{.value = {{"confirmed", IdsOf(result)}}, .text = "The change is confirmed.\n"};
+            return Answer{.value = zelk::ConfirmationToJson(result), .text = "The change is confirmed.\n"};
         });
 }
 
@@ -88,18 +81,14 @@ Answer Restore(std::chrono::seconds timeout)
     const bool bDone = result.outcome == zelk::PendingOutcome::DONE;
     if (!bDone && result.outcome != zelk::PendingOutcome::NOT_RESTORED)
         FailPending(result);
-    Json undone = Json::array();
     std::string text;
     for (const zelk::Undo& undo : result.undone)
-    {
-        undone.push_back(zelk::ToJson(undo));
         text += TextOf(undo);
-    }
-    return {.value = {{"restored", bDone}, {"changes", IdsOf(result)}, {"undo", std::move(undone)}},
+    return {.value = zelk::RestorationToJson(result),
             .text = std::move(text),
             .notes = {bDone ? "The state before the change is restored."
                             : "Not everything could be restored; the change stays pending."},
-            .code = bDone ? EXIT_DONE : EXIT_NOT_VERIFIED};
+            .code = zelk::CodeOf(result.outcome)};
 }
 
 Answer Discard(std::chrono::seconds timeout)
@@ -107,8 +96,7 @@ Answer Discard(std::chrono::seconds timeout)
     const auto result = zelk::DiscardPending(timeout);
     if (result.outcome != zelk::PendingOutcome::DONE)
         FailPending(result);
-    return {.value = {{"restored", false}, {"changes", IdsOf(result)}, {"undo", Json::array()}},
-            .text = "What was pending is forgotten.\n"};
+    return {.value = zelk::RestorationToJson(result), .text = "What was pending is forgotten.\n"};
 }
 
 void AddRestore(Command tool)
@@ -126,7 +114,7 @@ void AddRestore(Command tool)
         },
         [=] {
             RequireElevation("");
-            if (!ReadPending().empty())
+            if (!zelk::ReadPending().empty())
                 RequireConfirmation("", yes());
             return discard() ? Discard(timeout()) : Restore(timeout());
         });
@@ -147,9 +135,9 @@ try
     std::vector<std::string> notes;
     if (sCommand == "pending" || sCommand == "confirm" || sCommand == "restore")
         return notes;
-    for (const PendingShown& change : ReadPending())
+    for (const zelk::PendingEntry& change : zelk::ReadPending())
         notes.push_back("A change " + (change.user ? "by " + *change.user + ' ' : std::string()) +
-                        (change.since ? "of " + *change.since + ' ' : std::string()) + "is pending. " + change.sStatus);
+                        (change.since ? "of " + *change.since + ' ' : std::string()) + "is pending. " + change.status);
     return notes;
 }
 catch (const std::exception&) // what cannot be told is no reason to fail

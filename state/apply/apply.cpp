@@ -46,10 +46,10 @@ public:
     }
 
 private:
-    void Report(Progress::Phase phase, const Step* step = nullptr, std::size_t number = 0, std::size_t count = 0) const
+    void Report(const Progress& progress) const
     {
         if (m_options.progress)
-            m_options.progress({phase, step, number, count});
+            m_options.progress(progress);
     }
 
     static Outcome OutcomeOf(StepOutcome outcome)
@@ -77,8 +77,11 @@ private:
                 m_result.steps.emplace_back().step = step;
                 continue;
             }
-            Report(Progress::Phase::PERFORMING, &step, m_result.steps.size() + 1, m_plan.steps.size());
+            Progress progress = {.step = &step, .number = m_result.steps.size() + 1, .count = m_plan.steps.size()};
+            Report(progress);
             m_result.steps.push_back(performer.Perform(m_before, step));
+            progress.ended = &m_result.steps.back();
+            Report(progress);
             outcome = OutcomeOf(m_result.steps.back().outcome);
         }
         return outcome;
@@ -90,7 +93,7 @@ private:
     {
         constexpr milliseconds MOMENT(2000);
         m_result.changed = true;
-        Report(Progress::Phase::VERIFYING);
+        Report({.phase = Progress::Phase::VERIFYING});
         const Outcome outcome = Verify(std::min(MOMENT, m_options.timeout));
         if (outcome != Outcome::NOT_VERIFIED)
             return outcome;

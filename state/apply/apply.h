@@ -19,9 +19,10 @@ struct Progress
     };
 
     Phase phase = Phase::PERFORMING;
-    const Step* step = nullptr; ///< null while verifying
-    std::size_t number = 0;     ///< of the step, from 1
-    std::size_t count = 0;      ///< of all steps
+    const Step* step = nullptr;        ///< null while verifying
+    const StepResult* ended = nullptr; ///< how the step has ended; null when it begins
+    std::size_t number = 0;            ///< of the step, from 1
+    std::size_t count = 0;             ///< of all steps
 };
 
 struct ApplyOptions

@@ -40,11 +40,22 @@ private:
         m_undo.open = plan.differences;
         for (const Step& step : plan.steps)
         {
-            if (m_options.progress)
-                m_options.progress({Progress::Phase::UNDOING, &step, m_undo.steps.size() + 1, plan.steps.size()});
+            Progress progress = {.phase = Progress::Phase::UNDOING,
+                                 .step = &step,
+                                 .number = m_undo.steps.size() + 1,
+                                 .count = plan.steps.size()};
+            Report(progress);
             m_undo.steps.push_back(performer.Perform(now, step));
+            progress.ended = &m_undo.steps.back();
+            Report(progress);
         }
         return !plan.steps.empty();
+    }
+
+    void Report(const Progress& progress) const
+    {
+        if (m_options.progress)
+            m_options.progress(progress);
     }
 
     void Await()

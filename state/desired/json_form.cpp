@@ -1,8 +1,8 @@
 #include <state/desired/json_form.h>
 
-#include <set>
 #include <utility>
 
+#include <state/desired/json_reading.h>
 #include <state/desired/object_reader.h>
 #include <state/fields/json_value.h>
 #include <state/fields/words.h>
@@ -15,34 +15,6 @@ namespace
 using Faults = std::vector<Fault>;
 
 constexpr const char* AUTOMATIC = "automatic";
-
-std::nullopt_t Refuse(Faults& faults, const std::string& place, std::string text)
-{
-    faults.push_back({FaultKind::MEANING, place, std::move(text)});
-    return std::nullopt;
-}
-
-std::optional<bool> ReadBool(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_boolean())
-        return Refuse(faults, place, "must be true or false");
-    return json.get<bool>();
-}
-
-std::optional<std::string> ReadText(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_string())
-        return Refuse(faults, place, "must be a text");
-    return json.get<std::string>();
-}
-
-std::optional<std::uint32_t> ReadNumber(const Json& json, const std::string& place, Faults& faults)
-{
-    constexpr std::uint64_t GREATEST = 0xFFFFFFFF;
-    if (!json.is_number_unsigned() || json.get<std::uint64_t>() > GREATEST)
-        return Refuse(faults, place, "must be a whole number from 0 to 4294967295");
-    return static_cast<std::uint32_t>(json.get<std::uint64_t>());
-}
 
 /// Values that stand in JSON as their text.
 template <class T>
@@ -222,42 +194,6 @@ std::optional<DesiredIdentity> ReadIdentity(const Json& json, const std::string&
     return identity;
 }
 
-/// The parser keeps one of two members of the same name; nobody can tell which one was meant.
-class KeyWatch
-{
-public:
-    explicit KeyWatch(Faults& faults) : m_faults(faults) {}
-
-    bool operator()(int, Json::parse_event_t event, const Json& json)
-    {
-        if (event == Json::parse_event_t::object_start)
-            m_objects.emplace_back();
-        else if (event == Json::parse_event_t::object_end)
-            m_objects.pop_back();
-        else if (event == Json::parse_event_t::key && !m_objects.back().insert(json.get<std::string>()).second)
-            Refuse(m_faults, "", "the key \"" + json.get<std::string>() + "\" stands twice in one object");
-        return true;
-    }
-
-private:
-    std::vector<std::set<std::string>> m_objects;
-    Faults& m_faults;
-};
-
-std::optional<Json> ParseText(std::string_view text, Faults& faults)
-{
-    try
-    {
-        KeyWatch watch(faults);
-        return Json::parse(text, std::ref(watch));
-    }
-    catch (const Json::exception& error)
-    {
-        const std::string_view message = error.what();
-        return Refuse(faults, "", "this is not JSON: " + std::string(message.substr(message.find(']') + 2)));
-    }
-}
-
 /// Writes a member where there is a value.
 template <class T>
 void Put(Json& object, const char* key, const std::optional<T>& value)
@@ -336,7 +272,7 @@ Json ToJson(const DesiredIdentity& identity)
 DesiredState ParseDesiredState(std::string_view text, std::vector<Fault>& faults)
 {
     DesiredState state;
-    const auto json = ParseText(text, faults);
+    const auto json = ParseJson(text, faults);
     if (!json)
         return state;
     std::optional<std::uint32_t> version;

@@ -7,6 +7,7 @@
 #include <state/desired/machine_names.h>
 #include <state/desired/object_reader.h>
 #include <state/desired/standing.h>
+#include <state/fields/json_value.h>
 #include <state/plan/address_steps.h>
 #include <state/plan/setting_steps.h>
 #include <state/plan/target.h>
@@ -351,6 +352,14 @@ Plan MakePlan(const Machine& machine, const DesiredState& state, std::vector<Fau
     if (faults.size() != count)
         return {};
     return MakePlan(machine, std::move(targets), state.identity, faults);
+}
+
+Json ToJson(const Plan& plan)
+{
+    return {{"differs", !plan.differences.empty()},
+            {"items", JsonValue<std::vector<Difference>>::Write(plan.differences)},
+            {"steps", JsonValue<std::vector<Step>>::Write(plan.steps)},
+            {"notes", plan.notes}};
 }
 
 } // namespace zelk

@@ -36,6 +36,9 @@ struct Plan
 /// not to be used.
 Plan MakePlan(const Machine& machine, const DesiredState& state, std::vector<Fault>& faults);
 
+/// What differs, the steps, and the notes.
+Json ToJson(const Plan& plan);
+
 /// The same for targets that are known to be good, as when a change is completed or taken back.
 Plan MakePlan(const Machine& machine, std::vector<Target> targets, const DesiredIdentity& identity,
               std::vector<Fault>& faults);

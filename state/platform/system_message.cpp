@@ -21,4 +21,13 @@ std::string SystemMessage(std::uint32_t code)
     return ToUtf8(text);
 }
 
+std::string SystemText(std::uint32_t code)
+{
+    std::string text = SystemMessage(code);
+    if (text.ends_with('.'))
+        text.pop_back();
+    const std::string number = std::to_string(code);
+    return text.empty() ? "error " + number : text + " (" + number + ')';
+}
+
 } // namespace zelk

@@ -6,29 +6,12 @@
 
 #include <windows.h>
 
+#include <state/platform/elevation.h>
 #include <state/platform/registry_keys.h>
 #include <state/reading/stored_key.h>
 
 namespace zelk
 {
-namespace
-{
-
-/// Whether the token of this process has the rights of administrators, not only the user.
-std::optional<bool> IsElevated(Reading& reading)
-{
-    BYTE administrators[SECURITY_MAX_SID_SIZE];
-    DWORD size = sizeof(administrators);
-    BOOL member = FALSE;
-    if (::CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &size) &&
-        ::CheckTokenMembership(nullptr, administrators, &member))
-        return member != FALSE;
-    reading.Report(::GetLastError(), "CheckTokenMembership", "Whether this process is elevated is not known.");
-    return std::nullopt;
-}
-
-} // namespace
-
 void ReadEnvironment(Reading& reading)
 {
     const SystemVersion& version = reading.Version();
@@ -40,7 +23,9 @@ void ReadEnvironment(Reading& reading)
     environment.backEnd = version.IsVistaOrLater() ? BackEnd::VISTA : BackEnd::PRE_VISTA;
     environment.bootImage = std::ranges::any_of(BOOT_IMAGES, [](const wchar_t* key) { return HasKey(key); });
     environment.protocolBinding = HasKey(PROTOCOLS);
-    environment.elevated = IsElevated(reading);
+    environment.elevated = IsElevated();
+    if (!environment.elevated)
+        reading.Report(::GetLastError(), "CheckTokenMembership", "Whether this process is elevated is not known.");
     StoredKey key(WINDOWS_VERSION, reading.machine.problems);
     environment.product = key.Text(L"ProductName").value;
 }

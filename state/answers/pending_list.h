@@ -7,33 +7,28 @@
 
 #include <state/fields/field.h>
 
-namespace zelkctl
+namespace zelk
 {
 
 /// A change that can still be taken back, or a record of one that cannot be used.
-struct PendingShown
+struct PendingEntry
 {
-    std::string sId;
-    std::string sStatus; ///< a sentence
+    std::string id;
+    std::string status; ///< a sentence
     std::optional<std::string> phase;
     std::optional<std::string> user;
     std::optional<std::uint32_t> process;
     std::optional<std::string> since;
     std::optional<std::uint32_t> confirmWithin;
     std::optional<std::uint32_t> secondsLeft;
-    bool bWatched = false;
+    bool watched = false;
     std::vector<std::string> steps;
 };
 
 /// All that is pending on this machine and may be read by this process.
-std::vector<PendingShown> ReadPending();
-
-} // namespace zelkctl
-
-namespace zelk
-{
+std::vector<PendingEntry> ReadPending();
 
 template <>
-FieldTable<zelkctl::PendingShown> FieldsOf();
+FieldTable<PendingEntry> FieldsOf();
 
 } // namespace zelk

@@ -1,0 +1,60 @@
+#include <state/answers/pending_list.h>
+
+#include <state/pending/change_folder.h>
+#include <state/pending/pending_store.h>
+#include <state/pending/watch.h>
+
+namespace zelk
+{
+namespace
+{
+
+std::string StatusOf(const PendingChange& change, bool watched, bool atWork)
+{
+    if (change.phase == PendingPhase::WAITING && watched)
+        return "It is done and waits for \"zelkctl confirm\".";
+    if (change.phase == PendingPhase::WAITING)
+        return "It is done and waits to be confirmed, but nothing watches over it any more.";
+    if (change.phase == PendingPhase::APPLYING)
+        return atWork ? "It is being made." : "It was cut short; \"zelkctl restore\" takes the machine back.";
+    return atWork ? "The state before it is being restored."
+                  : "Restoring the state before it was not completed; \"zelkctl restore\" tries again.";
+}
+
+PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bool atWork)
+{
+    PendingEntry entry;
+    entry.id = record.id;
+    if (!record.change)
+    {
+        entry.status = "Its record cannot be used: " + record.fault + '.';
+        return entry;
+    }
+    const PendingChange& change = *record.change;
+    entry.watched = LifeSign::IsGiven(WatchFile(folder, record.id));
+    entry.status = StatusOf(change, entry.watched, atWork);
+    entry.phase = WordOf(change.phase);
+    entry.user = change.by.user;
+    entry.process = change.by.process;
+    entry.since = change.by.since;
+    entry.confirmWithin = change.confirmWithin;
+    if (const auto left = entry.watched ? TimeLeft(change) : std::nullopt)
+        entry.secondsLeft = static_cast<std::uint32_t>((*left + 999) / 1000);
+    entry.steps = change.steps;
+    return entry;
+}
+
+} // namespace
+
+std::vector<PendingEntry> ReadPending()
+{
+    const std::wstring folder = ChangeFolder();
+    std::vector<PendingEntry> pending;
+    const auto records = LoadPendingChanges(folder);
+    const bool atWork = !records.empty() && ChangeLock::Holder(folder);
+    for (const PendingRecord& record : records)
+        pending.push_back(EntryOf(folder, record, atWork));
+    return pending;
+}
+
+} // namespace zelk
