@@ -11,6 +11,7 @@ needed=(
     ninja-build:/usr/bin/ninja
     gcc-mingw-w64-x86-64-posix:/usr/bin/x86_64-w64-mingw32-gcc-posix
     g++-mingw-w64-x86-64-posix:/usr/bin/x86_64-w64-mingw32-g++-posix
+    gfortran-mingw-w64-x86-64-posix:/usr/bin/x86_64-w64-mingw32-gfortran-posix
     binutils-mingw-w64-x86-64:/usr/bin/x86_64-w64-mingw32-windres
     mingw-w64-x86-64-dev:/usr/x86_64-w64-mingw32/include/iphlpapi.h
     wine:/usr/bin/wine

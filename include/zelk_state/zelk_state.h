@@ -73,7 +73,7 @@ extern "C"
     /// @return 0 to go on; anything else to cancel, once and for all. A step that is being performed is ended where it
     /// is
     ///         a command. What was done is undone, unless it is to be kept. Undoing is not cancelled.
-    typedef int(ZELK_STATE_CALL* zelk_state_progress)(void* context, const char* event);
+    typedef int(ZELK_STATE_CALL* zelk_state_progress)(void* context, const char* event); // NOLINT(*-use-using)
 
     /// Frees a text that this DLL has given. Null is allowed. Blocks and fails never.
     void ZELK_STATE_CALL zelk_state_free(char* text);
