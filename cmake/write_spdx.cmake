@@ -1,5 +1,5 @@
 # cmake -D OUTPUT=<file> -D VERSION=<version> -D GCC_VERSION=<version> -D DLL=<file> -D DLL_MAP=<link map>
-#   -D PROGRAM=<file> -D PROGRAM_MAP=<link map> -P write_spdx.cmake
+#   -D STATE_DLL=<file> -D STATE_DLL_MAP=<link map> -D PROGRAM=<file> -D PROGRAM_MAP=<link map> -P write_spdx.cmake
 #
 # The SPDX 2.3 document of the binaries. What was linked into each is read from the linker's own list.
 cmake_minimum_required(VERSION 3.25)
@@ -120,8 +120,9 @@ endfunction()
 zelk_nm_build_date(date)
 zelk_nm_format_date(created ${date} "%Y-%m-%dT%H:%M:%SZ")
 file(SHA256 ${DLL} dll_hash)
+file(SHA256 ${STATE_DLL} state_dll_hash)
 file(SHA256 ${PROGRAM} program_hash)
-string(SHA256 hash "${dll_hash}${program_hash}")
+string(SHA256 hash "${dll_hash}${state_dll_hash}${program_hash}")
 
 set(document "{}")
 json_set(document SPDXID SPDXRef-DOCUMENT spdxVersion SPDX-2.3 dataLicense CC0-1.0 name zelk_nm-${VERSION}
@@ -131,22 +132,29 @@ string(JSON document SET "${document}" creationInfo
 
 add_package(zelk-nm zelk_nm ${VERSION} LicenseRef-zelk-nm supplier "Organization: Velmor")
 add_binary(dll ${DLL} LIBRARY)
+add_binary(state-dll ${STATE_DLL} LIBRARY)
 add_binary(zelkctl ${PROGRAM} APPLICATION)
 add_relationship(DOCUMENT DESCRIBES zelk-nm)
 add_relationship(zelk-nm CONTAINS dll)
+add_relationship(zelk-nm CONTAINS state-dll)
 add_relationship(zelk-nm CONTAINS zelkctl)
+add_relationship(state-dll DYNAMIC_LINK dll)
 add_relationship(zelkctl DYNAMIC_LINK dll)
 
 find_linked(dll_parts ${DLL_MAP})
+find_linked(state_dll_parts ${STATE_DLL_MAP})
 find_linked(program_parts ${PROGRAM_MAP})
 foreach(id IN LISTS dll_parts)
   add_relationship(dll STATIC_LINK ${id})
+endforeach()
+foreach(id IN LISTS state_dll_parts)
+  add_relationship(state-dll STATIC_LINK ${id})
 endforeach()
 foreach(id IN LISTS program_parts)
   add_relationship(zelkctl STATIC_LINK ${id})
 endforeach()
 
-set(parts ${dll_parts} ${program_parts})
+set(parts ${dll_parts} ${state_dll_parts} ${program_parts})
 if("gcc-runtime" IN_LIST parts)
   add_foreign(gcc-runtime "GCC run-time libraries (libstdc++, libgcc)" "GPL-3.0-or-later WITH GCC-exception-3.1"
     g++-mingw-w64-x86-64-posix ${GCC_VERSION})
@@ -179,6 +187,7 @@ add_foreign(cli11 CLI11 BSD-3-Clause libcli11-dev NOASSERTION)
 add_foreign(nlohmann-json "JSON for Modern C++" MIT nlohmann-json3-dev NOASSERTION)
 add_relationship(zelkctl CONTAINS cli11)
 add_relationship(zelkctl CONTAINS nlohmann-json)
+add_relationship(state-dll CONTAINS nlohmann-json)
 
 file(READ ${CMAKE_CURRENT_LIST_DIR}/../LICENSE licence)
 add_licence(zelk-nm "Licence of the Velmor Network Library" "${licence}")

@@ -32,12 +32,23 @@ runs_and_lists_adapters() { # PROGRAM
     ! grep -vE "$line" <<<"$output" || fail "$1 says something else"
 }
 
+# The C interface answers, with the exit code of the tool.
+refuses_a_bad_state() { # PROGRAM
+    local output rc=0
+    echo '{"adapter": []}' >"$work/bad.json"
+    output=$("$SOURCE_DIR/scripts/wine-run.sh" "$1" "$work/bad.json" 2>&1) || rc=$?
+    [[ $rc -eq 2 && $output == *'/adapter: is not a known key'* ]] || fail "$1 says, with exit code $rc: $output"
+}
+
 find_package() {
     install_tree
     cmake -S "$doc/examples" -B "$work/build" -G Ninja -D zelk_nm_DIR="$tree/lib/cmake/zelk_nm" \
         --toolchain "$SOURCE_DIR/cmake/mingw-w64-x86_64.cmake"
     cmake --build "$work/build"
     runs_and_lists_adapters "$work/build/list_adapters.exe"
+    refuses_a_bad_state "$work/build/apply_state.exe"
+    ! cmake -S "$doc/examples" -B "$work/other" -G Ninja -D zelk_nm_DIR="$tree/lib/cmake/zelk_nm" -D COMPONENTS=other \
+        --toolchain "$SOURCE_DIR/cmake/mingw-w64-x86_64.cmake" 2>/dev/null >&2 || fail "a component that does not exist is found"
 }
 
 pkg_config() {
@@ -45,8 +56,18 @@ pkg_config() {
     export PKG_CONFIG_LIBDIR=$tree/lib/pkgconfig
     # shellcheck disable=SC2046 # several words
     "$CXX" -static "$doc/examples/list_adapters.cpp" $(pkg-config --cflags --libs zelk_nm) -o "$work/list_adapters.exe"
-    cp "$tree/bin/ZELK_NM.DLL" "$work"
+    cp "$tree"/bin/*.DLL "$work"
     runs_and_lists_adapters "$work/list_adapters.exe"
+    # C by each compiler that is there.
+    local compiler runtime
+    runtime=$(dirname "$(x86_64-w64-mingw32-gcc-posix -print-libgcc-file-name)") # which the other compiler shares
+    for compiler in x86_64-w64-mingw32-gcc-posix "clang-16 --target=x86_64-w64-mingw32 -fuse-ld=lld-16 -L$runtime"; do
+        command -v "${compiler%% *}" >/dev/null || continue
+        # shellcheck disable=SC2046,SC2086 # several words
+        $compiler -static -std=c99 -Wall -Wextra -Wpedantic -Werror "$doc/examples/apply_state.c" \
+            $(pkg-config --cflags --libs zelk_state) -o "$work/apply_state.exe"
+        refuses_a_bad_state "$work/apply_state.exe"
+    done
 }
 
 archives() {
@@ -60,11 +81,12 @@ archives() {
         (cd "$work/unpacked$part" && cmake -E tar xf "../$name$part.zip")
     done
 
-    same "the symbols" $'bin\nbin/ZELK_NM.DLL.debug\nbin/zelkctl.exe.debug' "$(files_in "$work/unpacked-symbols/$name")"
+    same "the symbols" $'bin\nbin/ZELK_NM.DLL.debug\nbin/ZELK_STATE.DLL.debug\nbin/zelkctl.exe.debug' "$(files_in "$work/unpacked-symbols/$name")"
     tree=$work/unpacked/$name
-    same "the programs" $'Logfiles\nZELK_NM.DLL\nzelkctl.exe' "$(files_in "$tree/bin")"
+    same "the programs" $'Logfiles\nZELK_NM.DLL\nZELK_STATE.DLL\nzelkctl.exe' "$(files_in "$tree/bin")"
     same "the headers" "$(cd "$SOURCE_DIR/include" && files_in . | grep -v ^zelk_shared)" "$(files_in "$tree/include")"
-    for file in lib/libZELK_NM.dll.a lib/cmake/zelk_nm/zelk_nm-config.cmake lib/pkgconfig/zelk_nm.pc \
+    for file in lib/lib{ZELK_NM,ZELK_STATE}.dll.a lib/zelk_state.def lib/cmake/zelk_nm/zelk_nm-config.cmake \
+        lib/pkgconfig/{zelk_nm,zelk_state}.pc \
         share/doc/zelk_nm/{README.md,LICENSE,zelk_nm.spdx.json,examples/list_adapters.cpp,docs/zelkctl.md,docs/api/index.html}; do
         [ -s "$tree/$file" ] || fail "$file is not in the archive"
     done
