@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # check-examples.sh FOLDER ZELKCTL DOCUMENT ... -- COMPILER [ARGUMENT ...]
-# Compiles every C++ block of the documents as a program, and asks zelkctl's own help whether every zelkctl command that
-# they show exists, with its options. Nothing is run but the help. The last two compiler arguments link the library.
+# Compiles every C and C++ block of the documents as a program, and asks zelkctl's own help whether every zelkctl command that
+# they show exists, with its options. Nothing is run but the help. The last three compiler arguments link the libraries.
 set -euo pipefail
 
 folder=$1 zelkctl=$2
@@ -22,8 +22,8 @@ fail() {
     failures=$((failures + 1))
 }
 
-# A block is fenced and named cpp, or indented and begins with an #include. Its file keeps the document's line numbers in
-# what the compiler says.
+# A block is fenced and named c or cpp, or indented and begins with an #include. Its file keeps the document's line
+# numbers in what the compiler says.
 extract_blocks() {
     awk -v folder="$folder" '
         function open_block() {
@@ -33,7 +33,7 @@ extract_blocks() {
             print "#line " (fenced ? FNR + 1 : FNR) " \"" FILENAME "\"" >file
         }
         FNR == 1 { fenced = indented = 0 }
-        /^```cpp/ { fenced = 1; open_block(); next }
+        /^```c(pp)?$/ { fenced = 1; open_block(); next }
         /^```/ { fenced = 0; next }
         fenced { print >file; next }
         !indented && /^    #include/ { indented = 1; open_block() }
@@ -86,7 +86,7 @@ extract_blocks "${documents[@]}"
 blocks=0
 for source in "$folder"/*.cpp; do
     blocks=$((blocks + 1))
-    "${@:1:$#-2}" -o "${source%.cpp}.exe" "$source" "${@:$#-1}" || fail "$source does not compile"
+    "${@:1:$#-3}" -o "${source%.cpp}.exe" "$source" "${@:$#-2}" || fail "$source does not compile"
 done
 
 commands=0
