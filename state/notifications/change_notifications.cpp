@@ -22,7 +22,7 @@ namespace
 using std::chrono::milliseconds;
 
 constexpr wchar_t IP_HELPER[] = L"iphlpapi.dll";
-constexpr milliseconds MOMENT(30);
+constexpr milliseconds SETTLING_TIME(30);
 
 /// One that resets itself when a wait has ended.
 UniqueHandle MakeEvent()
@@ -56,7 +56,7 @@ public:
         auto* const cancel = FindFunction<decltype(::CancelMibChangeNotify2)>(IP_HELPER, "CancelMibChangeNotify2");
         for (const HANDLE registration : m_registered)
             if (cancel == nullptr || cancel(registration) != NO_ERROR)
-                m_event.release();
+                static_cast<void>(m_event.release());
     }
 
     [[nodiscard]] HANDLE Event() const noexcept { return m_event.get(); }
@@ -107,8 +107,8 @@ public:
                               : HasOverlappedIoCompleted(m_overlapped.get());
         if (over)
             return;
-        m_event.release();
-        m_overlapped.release();
+        static_cast<void>(m_event.release());
+        static_cast<void>(m_overlapped.release());
     }
 
     /// Before the machine is read, so that a change during the reading is told too.
@@ -204,7 +204,7 @@ bool ChangeNotifications::Wait(milliseconds interval, void* stop)
     if (event == stop)
         return false;
     m_registrations->Renew(event);
-    return Pause(MOMENT, stop);
+    return Pause(SETTLING_TIME, stop);
 }
 
 } // namespace zelk
