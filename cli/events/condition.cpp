@@ -29,7 +29,8 @@ std::string AsPrinted(const std::string& sValue)
         return prefix->ToText();
     if (const auto address = zelk::IpAddress::Parse(sValue))
         return address->ToText();
-    if (const auto address = zelk::HardwareAddress::Parse(sValue); address && sValue.find_first_of("-:") != sValue.npos)
+    if (const auto address = zelk::HardwareAddress::Parse(sValue);
+        address && sValue.find_first_of("-:") != std::string::npos)
         return address->ToText();
     return sValue;
 }
