@@ -1,7 +1,7 @@
 #include <support/golden.h>
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <regex>
 #include <utility>
 
@@ -51,7 +51,7 @@ std::string Show(const RegistryData& data)
     if (data.dwType == REG_DWORD && data.bytes.size() == sizeof(DWORD))
         return Show("REG_DWORD", *reinterpret_cast<const DWORD*>(data.bytes.data()));
     std::wstring sText(data.bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(sText.data(), data.bytes.data(), sText.size() * sizeof(wchar_t));
+    std::copy_n(data.bytes.begin(), sText.size() * sizeof(wchar_t), reinterpret_cast<BYTE*>(sText.data()));
     if (data.dwType == REG_SZ && data == StringData(sText.c_str()))
         return "REG_SZ \"" + Show(sText.c_str()) + '"';
     if (data.dwType == REG_MULTI_SZ && sText.ends_with(L'\0'))
