@@ -76,7 +76,7 @@ std::string SentenceOf(const zelk::PendingChange& pending)
     if (pending.phase != zelk::PendingPhase::WAITING)
         return "\"zelkctl restore\" tries again to take the machine back.";
     return "Confirm the change with \"zelkctl confirm\" within " + std::to_string(*pending.confirmWithin) +
-           " s, or the state before it is restored" +
+           " s, or the previous state is restored" +
            (pending.waitFor ? "; an answer of " + pending.waitFor->ToText() + " confirms it too." : ".");
 }
 

@@ -32,7 +32,7 @@ struct StateChangeOptions
     bool bConfirmed = false; ///< nobody need be asked
     bool bKeep = false;      ///< what was done stays when a step fails
     std::chrono::seconds timeout = std::chrono::seconds(60);
-    std::optional<std::uint32_t> confirmWithin = {}; ///< seconds; else the state before is restored
+    std::optional<std::uint32_t> confirmWithin = {}; ///< seconds; else the previous state is restored
     std::optional<zelk::IpAddress> waitFor = {};     ///< a host whose answer confirms
 };
 

@@ -190,7 +190,7 @@ std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
     const auto keep = verb.AddFlag("--keep", "Do not undo what was done if a step fails");
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
     const auto within = AddSecondsOption(verb, "--confirm-within",
-                                         "Restore the state before unless \"zelkctl confirm\" comes in that time");
+                                         "Restore the previous state unless \"zelkctl confirm\" is run in that time");
     const auto host = verb.AddOption({"--wait-for", "Confirm as soon as this host answers", "ADDRESS"});
     verb.AddJsonFlag();
     return [=] {

@@ -29,7 +29,7 @@ const std::vector<std::string> COLUMNS = {"id", "user", "since", "secondsLeft", 
 void AddPending(Command tool)
 {
     Command verb =
-        tool.AddVerb({"pending", "List changes that wait to be confirmed or were cut short", "pending --json"});
+        tool.AddVerb({"pending", "List changes that wait to be confirmed or were interrupted", "pending --json"});
     const auto fields = ShownFields<zelk::PendingEntry>();
     verb.AddFormOptions(fields);
     verb.Answers([] { return ListOf<zelk::PendingEntry>(); },
@@ -48,8 +48,7 @@ void AddPending(Command tool)
     switch (result.outcome)
     {
     case zelk::PendingOutcome::BUSY: throw BusyFailure(result.holder);
-    case zelk::PendingOutcome::INTERRUPTED:
-        throw Failure(report, "\"zelkctl restore\" takes the machine back to the state before it.");
+    case zelk::PendingOutcome::INTERRUPTED: throw Failure(report, "\"zelkctl restore\" restores the previous state.");
     case zelk::PendingOutcome::REFUSED:
         throw Failure(report, "\"zelkctl restore --discard\" removes it; nothing else is changed.");
     default: throw Failure(report);
@@ -86,7 +85,7 @@ Answer Restore(std::chrono::seconds timeout)
         text += TextOf(undo);
     return {.value = zelk::RestorationToJson(result),
             .text = std::move(text),
-            .notes = {bDone ? "The state before the change is restored."
+            .notes = {bDone ? "The state before the change has been restored."
                             : "Not everything could be restored; the change stays pending."},
             .code = zelk::CodeOf(result.outcome)};
 }
@@ -101,7 +100,7 @@ Answer Discard(std::chrono::seconds timeout)
 
 void AddRestore(Command tool)
 {
-    Command verb = tool.AddVerb({"restore", "Take the machine back to the state before what is pending", "restore"});
+    Command verb = tool.AddVerb({"restore", "Undo the changes that are pending", "restore"});
     const auto discard = verb.AddFlag("--discard", "Forget what is pending without restoring anything");
     const auto yes = AddYesFlag(verb);
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");

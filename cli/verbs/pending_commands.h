@@ -8,7 +8,7 @@
 namespace zelkctl
 {
 
-/// Adds the verbs about changes that wait to be confirmed or were cut short.
+/// Adds the verbs about changes that wait to be confirmed or were interrupted.
 void AddPendingCommands(Command tool);
 
 /// What the user of a command should know of such changes, a sentence each; nothing where it is about them.

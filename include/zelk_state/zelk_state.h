@@ -13,8 +13,8 @@
 /// - `*error`, when it was refused or could not begin: an object with `kind`, `exitCode`, `operation`, `adapter`,
 ///   `reason` and `hint`. What is not known is null.
 ///
-/// A document or a result for which there is no memory ends with ZELK_STATE_FAILED and the reason "out of memory"; that
-/// text needs no memory.
+/// When memory runs out, the operation returns ZELK_STATE_FAILED with the reason "out of memory"; that text needs no
+/// memory.
 ///
 /// Where the caller passes a null pointer instead of the address of a text, that text is not given.
 ///
@@ -25,8 +25,8 @@
 /// value that makes no sense. Times are whole seconds from 1 to 86400.
 ///
 /// **Threads.** All functions may be called by several threads at once. Only one change of the machine is made at a
-/// time: another one, by whatever thread or process, waits as long as `timeout` says and then returns ZELK_STATE_BUSY.
-/// No function may be called from DllMain().
+/// time: another one, in whatever thread or process, waits for at most `timeout` seconds and then returns
+/// ZELK_STATE_BUSY. No function may be called from DllMain().
 ///
 /// **Compatibility.** A later version adds functions, keys of options and members of results, and renames, removes or
 /// redefines nothing. A program ignores the members that it does not know.
@@ -56,7 +56,7 @@ extern "C"
         ZELK_STATE_DIFFERENCES = 10     ///< zelk_state_plan() has found something to change
     };
 
-    /// What an operation tells while it works, on the thread that called it.
+    /// A function of the caller's that an operation calls while it works, on the same thread.
     ///
     /// It is called with an event, and several times a second with null, which only asks whether to go on. It may be
     /// called with null before the first event and after the last one. To cancel from another thread, let that thread
@@ -68,37 +68,38 @@ extern "C"
     /// @param context  what the caller of the operation has passed
     /// @param event  null, or an object, valid until the function returns, with `event`: "stepBegun" and "stepEnded"
     /// have
-    ///               `undoing` (whether the state before is being restored), `number` (from 1), `count` and `step`,
+    ///               `undoing` (whether the previous state is being restored), `number` (from 1), `count` and `step`,
     ///               which after its end has its `outcome`; "verifying" stands alone
     /// @return 0 to go on; anything else to cancel, once and for all. A step that is being performed is ended where it
     /// is
     ///         a command. What was done is undone, unless it is to be kept. Undoing is not cancelled.
     typedef int(ZELK_STATE_CALL* zelk_state_progress)(void* context, const char* event); // NOLINT(*-use-using)
 
-    /// Frees a text that this DLL has given. Null is allowed. Blocks and fails never.
+    /// Frees a text that this DLL has returned. Null is allowed. Never fails and never blocks.
     void ZELK_STATE_CALL zelk_state_free(char* text);
 
-    /// The version of the library, as `zelkctl version`: an object with `version` and `description`. Does not block.
+    /// The version of the library, as `zelkctl version` shows it: an object with `version` and `description`. Does not
+    /// block.
     /// @param[out] result,error  the answer, or why there is none
     int ZELK_STATE_CALL zelk_state_version(char** result, char** error);
 
-    /// Reads the whole machine, as `zelkctl show`. It needs no elevation, changes nothing, and takes tens of
+    /// Reads the whole machine, as `zelkctl show` does. It needs no elevation, changes nothing, and takes tens of
     /// milliseconds. What could not be read is null and stands among the `problems`.
     /// @param options  `identity` and `routes`: false leaves the names of the machine or the routes unread
     /// @param[out] result,error  the answer, or why there is none
     /// @return ZELK_STATE_FAILED when neither the adapters that run nor those that are installed could be read.
     int ZELK_STATE_CALL zelk_state_read(const char* options, char** result, char** error);
 
-    /// Writes down how adapters are configured, as `zelkctl export`: a desired state. It needs no elevation and changes
-    /// nothing.
+    /// Gives the configuration of adapters as a desired state, as `zelkctl export` does. It needs no elevation and
+    /// changes nothing.
     /// @param options  `adapters`: a list of texts, each a name, an index, a hardware address or a GUID; else all
     ///                 adapters and the names of the machine are exported
     /// @param[out] result,error  the answer, or why there is none
     /// @return ZELK_STATE_NO_SUCH_ADAPTER when a text names no adapter or several.
     int ZELK_STATE_CALL zelk_state_export(const char* options, char** result, char** error);
 
-    /// Shows what zelk_state_apply() would do, as `zelkctl apply --check`: `differs`, `items`, `steps` and `notes`. It
-    /// needs no elevation and changes nothing.
+    /// Shows what zelk_state_apply() would do, as `zelkctl apply --check` does: `differs`, `items`, `steps` and
+    /// `notes`. It needs no elevation and changes nothing.
     /// @param desired  the desired state, as docs/desired-state.md describes it
     /// @param options  no keys yet
     /// @param[out] result,error  the answer, or why there is none
@@ -107,11 +108,11 @@ extern "C"
     ///         names every fault and its place in the document.
     int ZELK_STATE_CALL zelk_state_plan(const char* desired, const char* options, char** result, char** error);
 
-    /// Takes the machine to a desired state, as `zelkctl apply`. All is checked before anything is changed. It performs
-    /// the steps and reads the machine until everything is as wanted; when a step fails or takes too long, or the
-    /// caller cancels, what was done is undone. It blocks until all of that is over.
+    /// Takes the machine to a desired state, as `zelkctl apply` does. Everything is checked before anything is changed.
+    /// It performs the steps and reads the machine until everything is as wanted; when a step fails or takes too long,
+    /// or the caller cancels, what was done is undone. It blocks until all of that is over.
     ///
-    /// With `confirmWithin` the state before is restored unless zelk_state_confirm() is called in that time, counted
+    /// With `confirmWithin` the previous state is restored unless zelk_state_confirm() is called in that time, counted
     /// from the end of the change, even when this process is ended. That is the work of a second process: zelkctl.exe
     /// of the same version must lie in the folder of ZELK_STATE.DLL and is looked for nowhere else; otherwise the
     /// result is ZELK_STATE_NOT_POSSIBLE and nothing was changed.
@@ -126,19 +127,19 @@ extern "C"
     int ZELK_STATE_CALL zelk_state_apply(const char* desired, const char* options, zelk_state_progress progress,
                                          void* context, char** result, char** error);
 
-    /// Lists the changes that wait to be confirmed or were cut short, as `zelkctl pending`: an array.
+    /// Lists the changes that wait to be confirmed or were interrupted, as `zelkctl pending` does: an array.
     /// @param options  no keys yet
     /// @param[out] result,error  the answer, or why there is none
     /// @return ZELK_STATE_NEEDS_ELEVATION without elevation.
     int ZELK_STATE_CALL zelk_state_pending(const char* options, char** result, char** error);
 
-    /// Keeps the change that waits to be confirmed, as `zelkctl confirm`.
+    /// Keeps the change that waits to be confirmed, as `zelkctl confirm` does.
     /// @param options  `timeout`: for another change to end, 60 by default
     /// @param[out] result,error  the answer, or why there is none
     /// @return ZELK_STATE_FAILED when nothing waits.
     int ZELK_STATE_CALL zelk_state_confirm(const char* options, char** result, char** error);
 
-    /// Takes the machine back to the state before what is pending, as `zelkctl restore`. It blocks until that is done
+    /// Undoes the changes that are pending, as `zelkctl restore` does. It blocks until that is done
     /// and is not cancelled; `progress` can only cancel waiting for another change.
     /// @param options  `timeout`: for each command, for the verification, and for another change to end, 60 by default;
     ///                 `discard`: true forgets what is pending and restores nothing

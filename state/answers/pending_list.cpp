@@ -16,9 +16,9 @@ std::string StatusOf(const PendingChange& change, bool watched, bool atWork)
     if (change.phase == PendingPhase::WAITING)
         return "It is done and waits to be confirmed, but nothing watches over it any more.";
     if (change.phase == PendingPhase::APPLYING)
-        return atWork ? "It is being made." : "It was cut short; \"zelkctl restore\" takes the machine back.";
-    return atWork ? "The state before it is being restored."
-                  : "Restoring the state before it was not completed; \"zelkctl restore\" tries again.";
+        return atWork ? "It is being made." : "It was interrupted; \"zelkctl restore\" takes the machine back.";
+    return atWork ? "The previous state is being restored."
+                  : "Restoring the previous state was not completed; \"zelkctl restore\" tries again.";
 }
 
 PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bool atWork)

@@ -133,7 +133,7 @@ ErrorReport ReportOf(const PendingResult& result)
     {
     case PendingOutcome::BUSY: return ReportOfBusy(result.holder);
     case PendingOutcome::INTERRUPTED:
-        return {.reason = "the pending change was cut short or is being taken back, so it cannot be confirmed"};
+        return {.reason = "the pending change was interrupted or is being taken back, so it cannot be confirmed"};
     case PendingOutcome::REFUSED:
         return {.reason = "the record of the pending change cannot be used: " + result.records.front().fault};
     default: return {.reason = "nothing is pending"};

@@ -17,7 +17,7 @@ namespace
 
 using std::chrono::milliseconds;
 
-/// One change from its first step to its verification or to the state before.
+/// One change from its first step to its verification or to the previous state.
 class Change
 {
 public:

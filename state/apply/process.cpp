@@ -122,7 +122,7 @@ private:
         return false;
     }
 
-    /// A command that outlived this process could change the machine after the state before has been restored, so it
+    /// A command that outlived this process could change the machine after the previous state has been restored, so it
     /// ends with the job, which ends with this process. Without a job, as where an older system has put this process
     /// into one already, only the program itself can be ended.
     void PutIntoJob()

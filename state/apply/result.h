@@ -32,7 +32,7 @@ struct StepResult
     std::string output;                    ///< what the command wrote
 };
 
-/// What was done to get back to the state before.
+/// What was done to get back to the previous state.
 struct Undo
 {
     std::vector<StepResult> steps;

@@ -50,8 +50,8 @@ struct GuardedResult
 using DesiredOf = std::function<DesiredState(const Machine&)>;
 
 /// Plans a desired state and applies it, as the only process that changes the machine meanwhile. Before the first step
-/// the state before is on disk; it is removed when the change is done, or was undone, so that only a change that was
-/// cut short, or that has to be confirmed, stays pending. Where no such folder can be written, as on a read-only boot
+/// the previous state is on disk; it is removed when the change is done, or was undone, so that only a change that was
+/// interrupted, or that has to be confirmed, stays pending. Where no such folder can be written, as on a read-only boot
 /// medium, a change without a confirmation is made all the same.
 /// @throws StateError when the machine cannot be read, or a change that is to be confirmed cannot be watched over; then
 ///         nothing was changed.
@@ -63,7 +63,7 @@ enum class PendingOutcome : std::uint8_t
     DONE,
     NOTHING,      ///< nothing is pending
     BUSY,         ///< another process is changing the machine
-    INTERRUPTED,  ///< the change was cut short; it can be restored, not confirmed
+    INTERRUPTED,  ///< the change was interrupted; it can be restored, not confirmed
     NOT_RESTORED, ///< not everything is as before; it stays pending
     REFUSED       ///< no record can be used
 };
@@ -78,7 +78,7 @@ struct PendingResult
 
 /// Confirms all changes that wait for it.
 PendingResult ConfirmPending(std::chrono::milliseconds timeout);
-/// Restores the state before all pending changes, the last one first.
+/// Undoes all pending changes, the last one first.
 PendingResult RestorePending(const ApplyOptions& options);
 /// Removes the records of all pending changes, whether they can be used or not, and restores nothing.
 PendingResult DiscardPending(std::chrono::milliseconds timeout);

@@ -21,7 +21,7 @@ enum class PendingPhase : std::uint8_t
 {
     APPLYING,  ///< its steps are being performed, unless whoever performed them has died
     WAITING,   ///< it is done and waits to be confirmed
-    RESTORING, ///< the state before is being restored, unless whoever restored it has died
+    RESTORING, ///< the previous state is being restored, unless whoever restored it has died
 };
 
 /// A change that can still be taken back. It is kept on disk, so it holds all that restoring needs.

@@ -32,15 +32,6 @@ bool IsFromBeforeRestart(const PendingChange& change)
     return change.waitingSince.value_or(0) > ClockNow();
 }
 
-Due WhatIsDue(const PendingChange& change)
-{
-    if (change.phase != PendingPhase::WAITING)
-        return Due::LOOK;
-    if (!change.waitingSince || IsFromBeforeRestart(change))
-        return Due::RESTART_TIME;
-    return TimeLeft(change) == 0u ? Due::RESTORE : Due::NOTHING;
-}
-
 class Watch
 {
 public:
@@ -53,9 +44,12 @@ public:
     {
         for (;; std::this_thread::sleep_for(INTERVAL))
         {
+            const bool isFirstLook = !m_known;
             const auto change = Load();
             if (!change)
                 return WatchEnd::GONE;
+            if (isFirstLook)
+                m_isLate = change->phase == PendingPhase::WAITING;
             if (change->phase == PendingPhase::WAITING && change->waitFor && m_actions.answers(*change->waitFor))
             {
                 if (const auto end = UnderLock(&Watch::Confirm))
@@ -92,6 +86,15 @@ private:
         return change ? (this->*work)(*change) : WatchEnd::GONE;
     }
 
+    [[nodiscard]] Due WhatIsDue(const PendingChange& change) const
+    {
+        if (change.phase != PendingPhase::WAITING)
+            return Due::LOOK;
+        if (m_isLate || !change.waitingSince)
+            return Due::RESTART_TIME;
+        return TimeLeft(change) == 0u ? Due::RESTORE : Due::NOTHING;
+    }
+
     std::optional<WatchEnd> Confirm(PendingChange& change)
     {
         if (change.phase != PendingPhase::WAITING)
@@ -108,6 +111,7 @@ private:
         case Due::RESTART_TIME:
             change.waitingSince = ClockNow();
             StorePendingChange(m_folder, change);
+            m_isLate = false;
             return std::nullopt;
         default: return Restore(change);
         }
@@ -132,6 +136,8 @@ private:
     const WatchActions& m_actions;
     LifeSign m_sign;
     std::optional<PendingChange> m_known;
+    /// It has begun after the change was done, as after a restart of the machine: the clock may have started anew too.
+    bool m_isLate = false;
     int m_attempts = 0;
 };
 

@@ -13,7 +13,7 @@ enum class WatchEnd : std::uint8_t
 {
     GONE,        ///< nothing is pending any more: confirmed, or restored by another process
     CONFIRMED,   ///< the host that was waited for has answered
-    RESTORED,    ///< the state before is back
+    RESTORED,    ///< the previous state is back
     NOT_RESTORED ///< it is not, and the record stays for a person to look at
 };
 
@@ -29,8 +29,8 @@ struct WatchActions
 /// The file that a watch keeps open as long as it lives.
 std::wstring WatchFile(const std::wstring& folder, const std::string& id);
 
-/// Watches over a pending change until it is confirmed, or restores the state before: at once when whoever performed it
-/// or restored it has died, and when the time for confirming is over. After a restart of the machine the time begins
+/// Watches over a pending change until it is confirmed, or restores the previous state: at once when whoever performed
+/// it or restored it has died, and when the time for confirming is over. After a restart of the machine the time begins
 /// anew. Blocks for as long as that takes.
 /// @throws StateError when the change is watched already or the folder cannot be used.
 WatchEnd WatchPendingChange(const std::wstring& folder, const std::string& id, const WatchActions& actions);

@@ -1,4 +1,4 @@
-// Changes that wait to be confirmed or were cut short, of the real zelkctl on a kernel and a registry.
+// Changes that wait to be confirmed or were interrupted, of the real zelkctl on a kernel and a registry.
 
 #include "pending_changes.h"
 
