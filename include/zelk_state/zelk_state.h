@@ -13,8 +13,8 @@
 /// - `*error`, when it was refused or could not begin: an object with `kind`, `exitCode`, `operation`, `adapter`,
 ///   `reason` and `hint`. What is not known is null.
 ///
-/// When memory runs out, the operation returns ZELK_STATE_FAILED with the reason "out of memory"; that text needs no
-/// memory.
+/// When there is not enough memory for a document or a result, the operation returns ZELK_STATE_FAILED with the reason
+/// "out of memory"; that text needs no memory. A process that has no memory left for the smallest block is ended.
 ///
 /// Where the caller passes a null pointer instead of the address of a text, that text is not given.
 ///
