@@ -1,5 +1,7 @@
 #include "verbs/pending_commands.h"
 
+#include <algorithm>
+
 #include <state/answers/pending_list.h>
 #include <state/answers/pending_result.h>
 #include <state/answers/reports.h>
@@ -42,6 +44,14 @@ void AddPending(Command tool)
                  });
 }
 
+/// Why a change that somebody may have in mind is no longer pending.
+std::string HintOf(const std::vector<zelk::PendingRecord>& records)
+{
+    if (records.empty())
+        return "";
+    return "The previous state was restored " + zelk::TextOf(*records.front().change->restoration) + '.';
+}
+
 [[noreturn]] void FailPending(const zelk::PendingResult& result)
 {
     const zelk::ErrorReport report = zelk::ReportOf(result);
@@ -51,7 +61,7 @@ void AddPending(Command tool)
     case zelk::PendingOutcome::INTERRUPTED: throw Failure(report, "\"zelkctl restore\" restores the previous state.");
     case zelk::PendingOutcome::REFUSED:
         throw Failure(report, "\"zelkctl restore --discard\" removes it; nothing else is changed.");
-    default: throw Failure(report);
+    default: throw Failure(report, HintOf(result.records));
     }
 }
 
@@ -113,7 +123,7 @@ void AddRestore(Command tool)
         },
         [=] {
             RequireElevation("");
-            if (!zelk::ReadPending().empty())
+            if (std::ranges::any_of(zelk::ReadPending(), zelk::IsPending))
                 RequireConfirmation("", yes());
             return discard() ? Discard(timeout()) : Restore(timeout());
         });
@@ -136,7 +146,8 @@ try
         return notes;
     for (const zelk::PendingEntry& change : zelk::ReadPending())
         notes.push_back("A change " + (change.user ? "by " + *change.user + ' ' : std::string()) +
-                        (change.since ? "of " + *change.since + ' ' : std::string()) + "is pending. " + change.status);
+                        (change.since ? "of " + *change.since + ' ' : std::string()) +
+                        (zelk::IsPending(change) ? "is pending. " : "was taken back. ") + change.status);
     return notes;
 }
 catch (const std::exception&) // what cannot be told is no reason to fail

@@ -11,14 +11,21 @@ namespace
 
 std::string StatusOf(const PendingChange& change, bool watched, bool atWork)
 {
+    if (change.phase == PendingPhase::RESTORED)
+        return "The previous state was restored " + TextOf(*change.restoration) +
+               "; \"zelkctl restore --discard\" removes this message.";
     if (change.phase == PendingPhase::WAITING && watched)
         return "It is done and waits for \"zelkctl confirm\".";
     if (change.phase == PendingPhase::WAITING)
         return "It is done and waits to be confirmed, but nothing watches over it any more.";
     if (change.phase == PendingPhase::APPLYING)
         return atWork ? "It is being made." : "It was interrupted; \"zelkctl restore\" takes the machine back.";
-    return atWork ? "The previous state is being restored."
-                  : "Restoring the previous state was not completed; \"zelkctl restore\" tries again.";
+    if (atWork)
+        return "The previous state is being restored.";
+    std::string open;
+    for (const std::string& item : change.restoration ? change.restoration->open : std::vector<std::string>())
+        open += (open.empty() ? ": not as before: " : ", ") + item;
+    return "Restoring the previous state was not completed" + open + "; \"zelkctl restore\" tries again.";
 }
 
 PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bool atWork)
@@ -31,7 +38,7 @@ PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bo
         return entry;
     }
     const PendingChange& change = *record.change;
-    entry.watched = LifeSign::IsGiven(WatchFile(folder, record.id));
+    entry.watched = change.phase != PendingPhase::RESTORED && LifeSign::IsGiven(WatchFile(folder, record.id));
     entry.status = StatusOf(change, entry.watched, atWork);
     entry.phase = WordOf(change.phase);
     entry.user = change.by.user;
@@ -45,6 +52,11 @@ PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bo
 }
 
 } // namespace
+
+bool IsPending(const PendingEntry& entry)
+{
+    return entry.phase != WordOf(PendingPhase::RESTORED);
+}
 
 std::vector<PendingEntry> ReadPending()
 {

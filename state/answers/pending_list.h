@@ -10,7 +10,7 @@
 namespace zelk
 {
 
-/// A change that can still be taken back, or a record of one that cannot be used.
+/// A change that can still be taken back or was restored without anybody looking, or a record that cannot be used.
 struct PendingEntry
 {
     std::string id;
@@ -24,6 +24,9 @@ struct PendingEntry
     bool watched = false;
     std::vector<std::string> steps;
 };
+
+/// Whether something is still to be done about it: it does not only tell of a change that was restored.
+bool IsPending(const PendingEntry& entry);
 
 /// All that is pending on this machine and may be read by this process.
 std::vector<PendingEntry> ReadPending();

@@ -29,6 +29,27 @@ catch (const StateError&)
     return std::nullopt;
 }
 
+bool IsOver(const PendingRecord& record)
+{
+    return record.change && record.change->phase == PendingPhase::RESTORED;
+}
+
+/// What restorings have left to tell. Whoever changes the machine next has been told.
+void RemoveReports(const std::wstring& folder)
+{
+    for (const PendingRecord& record : LoadPendingChanges(folder))
+        if (IsOver(record))
+            RemovePendingChange(folder, record.id);
+}
+
+std::vector<std::string> OpenOf(const Undo& undo)
+{
+    std::vector<std::string> open;
+    for (const auto& item : undo.open)
+        open.push_back(item.adapter.empty() ? item.path : item.adapter + ": " + item.path);
+    return open;
+}
+
 /// A change that somebody watches over. One that nobody does keeps no other from being made.
 std::optional<PendingChange> FindWatched(const std::wstring& folder)
 {
@@ -166,7 +187,7 @@ bool ConfirmAll(const std::wstring& folder, PendingResult& result)
     for (PendingRecord& record : LoadPendingChanges(folder))
     {
         const bool waits = record.change && record.change->phase == PendingPhase::WAITING;
-        interrupted = interrupted || (record.change && !waits);
+        interrupted = interrupted || (record.change && !waits && !IsOver(record));
         if (!waits)
             continue;
         RemovePendingChange(folder, record.id);
@@ -175,21 +196,31 @@ bool ConfirmAll(const std::wstring& folder, PendingResult& result)
     return interrupted;
 }
 
+/// False when not everything is as before; the record says what.
+bool RestoreOne(const std::wstring& folder, PendingChange& change, const ApplyOptions& options, PendingResult& result)
+{
+    BeginRestoring(change, RestoreCause::REQUESTED);
+    StorePendingChange(folder, change);
+    const Undo& undo = result.undone.emplace_back(Restore(change, options));
+    if (undo.open.empty())
+        RemovePendingChange(folder, change.id);
+    else
+    {
+        change.restoration->open = OpenOf(undo);
+        StorePendingChange(folder, change);
+    }
+    return undo.open.empty();
+}
+
 void RestoreAll(const std::wstring& folder, const ApplyOptions& options, PendingResult& result)
 {
     result.outcome = PendingOutcome::NOTHING;
     for (PendingRecord& record : RecordsInOrder(folder))
     {
-        if (record.change)
-        {
-            record.change->phase = PendingPhase::RESTORING;
-            StorePendingChange(folder, *record.change);
-            const Undo& undo = result.undone.emplace_back(Restore(*record.change, options));
-            if (undo.open.empty())
-                RemovePendingChange(folder, record.id);
-            else
-                result.outcome = PendingOutcome::NOT_RESTORED;
-        }
+        if (IsOver(record))
+            continue;
+        if (record.change && !RestoreOne(folder, *record.change, options, result))
+            result.outcome = PendingOutcome::NOT_RESTORED;
         if (result.outcome == PendingOutcome::NOTHING)
             result.outcome = record.change ? PendingOutcome::DONE : PendingOutcome::REFUSED;
         result.records.push_back(std::move(record));
@@ -226,6 +257,7 @@ GuardedResult ApplyGuarded(const DesiredOf& desired, const GuardedOptions& optio
             result.outcome = GuardedOutcome::BUSY;
             return result;
         }
+        RemoveReports(*folder);
         RemoveHalfWritten(*folder);
         RemoveEndedWatches(*folder);
         result.pending = FindWatched(*folder);
@@ -243,8 +275,11 @@ PendingResult ConfirmPending(milliseconds timeout)
 {
     return OnPending(timeout, {}, [](const std::wstring& folder, PendingResult& result) {
         const bool interrupted = ConfirmAll(folder, result);
-        if (result.records.empty())
-            result.outcome = interrupted ? PendingOutcome::INTERRUPTED : PendingOutcome::NOTHING;
+        if (!result.records.empty())
+            return;
+        result.outcome = interrupted ? PendingOutcome::INTERRUPTED : PendingOutcome::NOTHING;
+        if (!interrupted)
+            std::ranges::copy_if(LoadPendingChanges(folder), std::back_inserter(result.records), IsOver);
     });
 }
 
@@ -268,7 +303,7 @@ try
 {
     constexpr milliseconds ECHO_TIMEOUT(1000);
     const WatchActions actions = {
-        [&](const PendingChange& change) { return Restore(change, options).open.empty(); },
+        [&](const PendingChange& change) { return OpenOf(Restore(change, options)); },
         [&](const IpAddress& host) { return Answers(host, ECHO_TIMEOUT); },
     };
     WatchPendingChange(ChangeFolder(), id, actions);

@@ -51,8 +51,9 @@ using DesiredOf = std::function<DesiredState(const Machine&)>;
 
 /// Plans a desired state and applies it, as the only process that changes the machine meanwhile. Before the first step
 /// the previous state is on disk; it is removed when the change is done, or was undone, so that only a change that was
-/// interrupted, or that has to be confirmed, stays pending. Where no such folder can be written, as on a read-only boot
-/// medium, a change without a confirmation is made all the same.
+/// interrupted, or that has to be confirmed, stays pending. Records that only tell of an earlier restoring are removed.
+/// Where no such folder can be written, as on a read-only boot medium, a change without a confirmation is made all the
+/// same.
 /// @throws StateError when the machine cannot be read, or a change that is to be confirmed cannot be watched over; then
 ///         nothing was changed.
 GuardedResult ApplyGuarded(const DesiredOf& desired, const GuardedOptions& options);
@@ -72,8 +73,9 @@ struct PendingResult
 {
     PendingOutcome outcome = PendingOutcome::DONE;
     std::optional<Changer> holder;
-    std::vector<PendingRecord> records; ///< those that were dealt with, or that were refused
-    std::vector<Undo> undone;           ///< of each change that was restored
+    /// Those that were dealt with, or that were refused; of NOTHING, those that tell of a change that was restored.
+    std::vector<PendingRecord> records;
+    std::vector<Undo> undone; ///< of each change that was restored
 };
 
 /// Confirms all changes that wait for it.

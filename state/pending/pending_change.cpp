@@ -29,7 +29,10 @@ using Faults = std::vector<Fault>;
 constexpr std::uint32_t RECORD_VERSION = 1;
 constexpr std::size_t ID_LENGTH = 16;
 constexpr std::string_view GUID_PREFIX = "guid:";
-constexpr std::array PHASES = {PendingPhase::APPLYING, PendingPhase::WAITING, PendingPhase::RESTORING};
+constexpr std::array PHASES = {PendingPhase::APPLYING, PendingPhase::WAITING, PendingPhase::RESTORING,
+                               PendingPhase::RESTORED};
+/// In the order of RestoreCause.
+constexpr std::array CAUSES = {"notConfirmed", "interrupted", "requested"};
 
 std::nullopt_t Refuse(Faults& faults, const std::string& place, std::string text)
 {
@@ -63,7 +66,7 @@ std::optional<PendingPhase> ReadPhase(const Json& json, const std::string& place
 {
     const auto found = std::ranges::find_if(PHASES, [&](PendingPhase phase) { return json == WordOf(phase); });
     if (found == PHASES.end())
-        return Refuse(faults, place, "must be \"applying\", \"waiting\" or \"restoring\"");
+        return Refuse(faults, place, "must be \"applying\", \"waiting\", \"restoring\" or \"restored\"");
     return *found;
 }
 
@@ -183,6 +186,25 @@ std::optional<IpAddress> ReadAddress(const Json& json, const std::string& place,
     return address;
 }
 
+std::optional<RestoreCause> ReadCause(const Json& json, const std::string& place, Faults& faults)
+{
+    const auto found = std::ranges::find_if(CAUSES, [&](const char* word) { return json == word; });
+    if (found == CAUSES.end())
+        return Refuse(faults, place, "must be \"notConfirmed\", \"interrupted\" or \"requested\"");
+    return static_cast<RestoreCause>(found - CAUSES.begin());
+}
+
+std::optional<Restoration> ReadRestoration(const Json& json, const std::string& place, Faults& faults)
+{
+    Restoration restoration;
+    ObjectReader reader(json, place, faults);
+    reader.Require("cause", restoration.cause, ReadCause);
+    reader.Require("at", restoration.at, ReadText);
+    reader.Require("open", restoration.open, ReadSteps);
+    reader.Finish();
+    return restoration;
+}
+
 } // namespace
 
 PendingChange MakePendingChange(const Machine& before, const Plan& plan)
@@ -215,6 +237,14 @@ std::vector<Target> TargetsOf(const PendingChange& change, const Machine& machin
     return targets;
 }
 
+void BeginRestoring(PendingChange& change, RestoreCause cause)
+{
+    if (!change.restoration)
+        change.restoration = {cause, "", {}};
+    change.restoration->at = UtcNow();
+    change.phase = PendingPhase::RESTORING;
+}
+
 std::string WritePendingChange(const PendingChange& change)
 {
     Json json = {{"recordVersion", RECORD_VERSION},
@@ -233,6 +263,10 @@ std::string WritePendingChange(const PendingChange& change)
         json["waitFor"] = change.waitFor->ToText();
     if (change.waitingSince)
         json["waitingSince"] = *change.waitingSince;
+    if (change.restoration)
+        json["restoration"] = {{"cause", CAUSES[static_cast<std::size_t>(change.restoration->cause)]},
+                               {"at", change.restoration->at},
+                               {"open", change.restoration->open}};
     return json.dump(2) + '\n';
 }
 
@@ -263,9 +297,12 @@ PendingChange ParsePendingChange(std::string_view text, Faults& faults)
     reader.Take("confirmWithin", change.confirmWithin, ReadNumber<std::uint32_t>);
     reader.Take("waitFor", change.waitFor, ReadAddress);
     reader.Take("waitingSince", change.waitingSince, ReadNumber<std::uint64_t>);
+    reader.Take("restoration", change.restoration, ReadRestoration);
     reader.Finish();
     if (change.phase == PendingPhase::WAITING && !change.confirmWithin)
         Refuse(faults, "", "lacks \"confirmWithin\", which a change that waits has");
+    if (change.phase == PendingPhase::RESTORED && !change.restoration)
+        Refuse(faults, "", "lacks \"restoration\", which a change that was restored has");
     CheckStored(change, faults);
     return change;
 }
@@ -304,15 +341,23 @@ std::uint64_t ClockNow()
     return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
+std::string TextOf(const Restoration& restoration)
+{
+    constexpr std::array REASONS = {"because nobody confirmed the change in time",
+                                    "because the process that made the change ended", "because somebody asked for it"};
+    return "at " + restoration.at + ", " + REASONS[static_cast<std::size_t>(restoration.cause)];
+}
+
 const char* WordOf(PendingPhase phase) noexcept
 {
     switch (phase)
     {
     case PendingPhase::APPLYING: return "applying";
     case PendingPhase::WAITING: return "waiting";
-    case PendingPhase::RESTORING: break;
+    case PendingPhase::RESTORING: return "restoring";
+    case PendingPhase::RESTORED: break;
     }
-    return "restoring";
+    return "restored";
 }
 
 } // namespace zelk

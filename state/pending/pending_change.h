@@ -22,6 +22,22 @@ enum class PendingPhase : std::uint8_t
     APPLYING,  ///< its steps are being performed, unless whoever performed them has died
     WAITING,   ///< it is done and waits to be confirmed
     RESTORING, ///< the previous state is being restored, unless whoever restored it has died
+    RESTORED   ///< it was restored while nobody looked, and the record only tells so
+};
+
+/// Why the previous state was restored.
+enum class RestoreCause : std::uint8_t
+{
+    NOT_CONFIRMED, ///< in time
+    INTERRUPTED,   ///< whoever made the change has died
+    REQUESTED
+};
+
+struct Restoration
+{
+    RestoreCause cause = RestoreCause::INTERRUPTED;
+    std::string at;                ///< UTC, its end or last attempt
+    std::vector<std::string> open; ///< what is not as before, such as "lan0: ipv4.addresses"
 };
 
 /// A change that can still be taken back. It is kept on disk, so it holds all that restoring needs.
@@ -39,6 +55,7 @@ struct PendingChange
     std::optional<IpAddress> waitFor;           ///< confirms by its answer
     /// Milliseconds of the clock that counts from the start of the machine and cannot be set.
     std::optional<std::uint64_t> waitingSince;
+    std::optional<Restoration> restoration; ///< once it has begun
 };
 
 /// A plan that is about to be performed on a machine.
@@ -46,6 +63,9 @@ PendingChange MakePendingChange(const Machine& before, const Plan& plan);
 
 /// Where restoring leads. An adapter that the machine no longer has stays a target, so that its absence shows.
 std::vector<Target> TargetsOf(const PendingChange& change, const Machine& machine = {});
+
+/// From now on the previous state is being restored. A cause that is known already stays.
+void BeginRestoring(PendingChange& change, RestoreCause cause);
 
 /// The JSON text of a change, and what such a text says. Every fault is appended; with one the result is not to be
 /// used.
@@ -63,5 +83,8 @@ std::string MachineId();
 std::uint64_t ClockNow();
 
 const char* WordOf(PendingPhase phase) noexcept;
+
+/// When and why the previous state was restored, as in "at 2026-01-31T23:59:59Z, because nobody confirmed the change".
+std::string TextOf(const Restoration& restoration);
 
 } // namespace zelk

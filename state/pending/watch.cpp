@@ -6,6 +6,7 @@
 
 #include <state/machine/problem.h>
 #include <state/pending/change_lock.h>
+#include <state/pending/utc_time.h>
 
 namespace zelk
 {
@@ -46,7 +47,7 @@ public:
         {
             const bool isFirstLook = !m_known;
             const auto change = Load();
-            if (!change)
+            if (!change || change->phase == PendingPhase::RESTORED)
                 return WatchEnd::GONE;
             if (isFirstLook)
                 m_isLate = change->phase == PendingPhase::WAITING;
@@ -83,7 +84,9 @@ private:
         if (!lock)
             return std::nullopt;
         auto change = Load();
-        return change ? (this->*work)(*change) : WatchEnd::GONE;
+        if (!change || change->phase == PendingPhase::RESTORED)
+            return WatchEnd::GONE;
+        return (this->*work)(*change);
     }
 
     [[nodiscard]] Due WhatIsDue(const PendingChange& change) const
@@ -119,13 +122,16 @@ private:
 
     std::optional<WatchEnd> Restore(PendingChange& change)
     {
-        change.phase = PendingPhase::RESTORING;
+        BeginRestoring(change,
+                       change.phase == PendingPhase::WAITING ? RestoreCause::NOT_CONFIRMED : RestoreCause::INTERRUPTED);
         StorePendingChange(m_folder, change);
-        if (m_actions.restore(change))
-        {
-            RemovePendingChange(m_folder, m_id);
+        change.restoration->open = m_actions.restore(change);
+        change.restoration->at = UtcNow();
+        if (change.restoration->open.empty())
+            change.phase = PendingPhase::RESTORED;
+        StorePendingChange(m_folder, change);
+        if (change.phase == PendingPhase::RESTORED)
             return WatchEnd::RESTORED;
-        }
         if (++m_attempts < MOST_ATTEMPTS)
             return std::nullopt;
         return WatchEnd::NOT_RESTORED;

@@ -13,15 +13,15 @@ enum class WatchEnd : std::uint8_t
 {
     GONE,        ///< nothing is pending any more: confirmed, or restored by another process
     CONFIRMED,   ///< the host that was waited for has answered
-    RESTORED,    ///< the previous state is back
+    RESTORED,    ///< the previous state is back, and the record says so
     NOT_RESTORED ///< it is not, and the record stays for a person to look at
 };
 
 /// What a watch does to the world.
 struct WatchActions
 {
-    /// Takes the machine back; true when all is as before.
-    std::function<bool(const PendingChange&)> restore;
+    /// Takes the machine back. Gives what is not as before.
+    std::function<std::vector<std::string>(const PendingChange&)> restore;
     /// Whether a host answers, after a second at most.
     std::function<bool(const IpAddress&)> answers;
 };

@@ -18,7 +18,13 @@ protected:
 
     static std::string Standing() { return ::Kernel() + ::Registry(); }
 
-    static Json ListPending() { return Json::parse(Run(L"pending --json").sOut)["result"]; }
+    /// Without what only tells of a change that was restored.
+    static Json ListPending()
+    {
+        Json list = Json::parse(Run(L"pending --json").sOut)["result"];
+        std::erase_if(list.get_ref<Json::array_t&>(), [](const Json& change) { return change["phase"] == "restored"; });
+        return list;
+    }
 
     /// Waits for what another process is to do.
     template <class Condition>

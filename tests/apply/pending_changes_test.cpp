@@ -12,7 +12,14 @@ TEST_F(Pending, ChangesAreRestoredWhenNobodyConfirmsThem)
     EXPECT_THAT(Kernel(), HasSubstr("198.51.100.20/24"));
     EXPECT_TRUE(Await([] { return ListPending().empty(); }));
     EXPECT_EQ(m_sBefore, Standing());
-    EXPECT_EQ(1U, Run(L"confirm").dwExitCode) << "it is too late";
+    const Result late = Run(L"confirm");
+    EXPECT_EQ(1U, late.dwExitCode);
+    EXPECT_THAT(late.sErr, HasSubstr("because nobody confirmed the change in time"));
+    EXPECT_EQ(1U, Run(L"restore").dwExitCode) << "nothing is left to do";
+    for (int i = 0; i < 2; ++i)
+        EXPECT_THAT(Run(L"adapter list").sErr, HasSubstr("was taken back. The previous state was restored at "));
+    EXPECT_EQ(0U, Run(L"restore --discard").dwExitCode) << "without a question";
+    EXPECT_EQ("", Run(L"adapter list").sErr);
 }
 
 TEST_F(Pending, ChangesStayWhenTheyAreConfirmed)

@@ -9,6 +9,7 @@
 #include <state/machine/problem.h>
 #include <state/pending/change_folder.h>
 #include <state/pending/watch.h>
+#include <support/import_patch.h>
 
 #include <aclapi.h>
 
@@ -117,6 +118,10 @@ TEST_F(PendingChanges, OfDoubtAreRefusedWithTheirReason)
         {L"0123456789abcdef.json", with("\"steps\"", "\"step\""), "lacks \"steps\""},
         {L"0123456789abcdef.json", with("guid:{00000001", "name:{00000001"), "/before/adapters/0 must name"},
         {L"0123456789abcdef.json", with("192.0.2.10/24", "192.0.2.10"), "/before/adapters/0/ipv4/addresses/0"},
+        {L"0123456789abcdef.json",
+         with("\"stored\": []",
+              R"("stored": [{"key": "SOFTWARE\\Microsoft", "name": "Evil", "type": 4, "data": "00"}])"),
+         "/stored/0 is no setting"},
         {L"0123456789abcdef.json", with(MachineId(), "00000000-0000-0000-0000-000000000000"), "another machine"},
         {L"fedcba9876543210.json", good, "another name"},
         {L"evil.json", good, "such a name"},
@@ -179,14 +184,14 @@ protected:
             return WatchPendingChange(m_folder, ID,
                                       {[this](const PendingChange&) {
                                            ++m_restored;
-                                           return m_succeeds;
+                                           return m_open;
                                        },
                                        [](const IpAddress& host) { return !host.IsLoopback(); }});
         });
     }
 
     std::atomic<int> m_restored = 0;
-    bool m_succeeds = true;
+    std::vector<std::string> m_open; ///< what restoring leaves
 };
 
 TEST_F(Watches, RestoreWhenTheTimeIsOverAndNotBefore)
@@ -196,7 +201,40 @@ TEST_F(Watches, RestoreWhenTheTimeIsOverAndNotBefore)
     EXPECT_EQ(WatchEnd::RESTORED, Watch().get());
     EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
     EXPECT_EQ(1, m_restored);
-    EXPECT_FALSE(IsPending());
+    const auto record = LoadPendingChange(m_folder, ID);
+    ASSERT_TRUE(record && record->change) << "it tells what has happened";
+    EXPECT_EQ(PendingPhase::RESTORED, record->change->phase);
+    EXPECT_EQ(RestoreCause::NOT_CONFIRMED, record->change->restoration->cause);
+    EXPECT_EQ(WatchEnd::GONE, Watch().get()) << "as after a restart";
+    EXPECT_EQ(1, m_restored);
+}
+
+/// The performance counter, unlike the clock, cannot be set.
+TEST_F(Watches, CountByThePerformanceCounter)
+{
+    std::atomic<bool> late = false;
+    const auto counter = [&](auto original, LARGE_INTEGER* count) -> BOOL {
+        constexpr LONGLONG HOUR = 3600;
+        LARGE_INTEGER frequency = {};
+        ::QueryPerformanceFrequency(&frequency);
+        original(count);
+        count->QuadPart += late ? HOUR * frequency.QuadPart : 0;
+        return TRUE;
+    };
+    const testing_support::ImportPatch<decltype(&::QueryPerformanceCounter)> patch("QueryPerformanceCounter", counter);
+    PendingChange change = Store(PendingPhase::WAITING, 3600);
+    change.waitingSince = 0;
+    StorePendingChange(m_folder, change);
+    auto end = Watch();
+    while (LoadPendingChange(m_folder, ID)->change->waitingSince == 0u) // a watch that comes late begins the time anew
+        std::this_thread::yield();
+    EXPECT_EQ(0, m_restored);
+    late = true;
+    for (const auto begin = ::GetTickCount64(); m_restored == 0 && ::GetTickCount64() - begin < 30000;)
+        std::this_thread::yield();
+    EXPECT_EQ(1, m_restored);
+    RemovePendingChange(m_folder, ID); // ends it in any case
+    end.get();
 }
 
 TEST_F(Watches, EndWhenTheChangeIsConfirmedOrItsHostAnswers)
@@ -258,12 +296,15 @@ TEST_F(Watches, AreNotEndedByARecordThatCannotBeRead)
 
 TEST_F(Watches, LeaveTheRecordWhereRestoringFails)
 {
-    m_succeeds = false;
+    m_open = {"lan0: ipv4.addresses"};
     Store(PendingPhase::APPLYING);
     EXPECT_EQ(WatchEnd::NOT_RESTORED, Watch().get());
     EXPECT_EQ(3, m_restored);
     ASSERT_TRUE(IsPending());
-    EXPECT_EQ(PendingPhase::RESTORING, LoadPendingChange(m_folder, ID)->change->phase);
+    const PendingChange change = *LoadPendingChange(m_folder, ID)->change;
+    EXPECT_EQ(PendingPhase::RESTORING, change.phase);
+    EXPECT_EQ(RestoreCause::INTERRUPTED, change.restoration->cause);
+    EXPECT_EQ(m_open, change.restoration->open);
 }
 
 } // namespace
