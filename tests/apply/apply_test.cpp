@@ -413,7 +413,9 @@ TEST_F(Apply, ReachesWhateverIsWantedAndTheWayBack)
         ASSERT_EQ(Outcome::UNCHANGED, Do(text).outcome) << text << m_text;
         ASSERT_FALSE(HasFailure()) << "seed " << seed << ' ' << text;
     }
-    EXPECT_NE(Outcome::NOT_VERIFIED, Do(start).outcome) << m_text;
+    // The order of addresses is no part of a state. Where none of them is left, it is the document's.
+    Do(R"({"adapters": [{"adapter": "lan0", "ipv4": {"addresses": ["10.99.99.99/24"]}}]})");
+    EXPECT_EQ(Outcome::CHANGED, Do(start).outcome) << m_text;
     EXPECT_EQ(kernel, Kernel());
     EXPECT_EQ(start, exported(ReadAnew()));
 }
