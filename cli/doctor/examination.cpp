@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include <zelk_shared/looked_up_functions.h>
+#include <zelk_common/looked_up_functions.h>
 
 #include "answer/failure.h"
 #include "doctor/adapter_examination.h"
@@ -73,20 +73,20 @@ struct PlatformFunction
     const char* pszWithout; ///< null when the library does not use it
 };
 constexpr PlatformFunction PRE_VISTA_FUNCTIONS[] = {
-    {zelk_shared::SET_ADAPTER_IP_ADDRESS, "static addresses cannot be set"}};
+    {zelk_common::SET_ADAPTER_IP_ADDRESS, "static addresses cannot be set"}};
 
 constexpr const char* NO_NEW_ROUTES = "routes cannot be added and default gateways cannot be set";
 constexpr PlatformFunction VISTA_FUNCTIONS[] = {
-    {zelk_shared::GET_UNICAST_IP_ADDRESS_TABLE, "addresses can neither be listed nor replaced"},
-    {zelk_shared::GET_IP_FORWARD_TABLE2, "routes and default gateways can neither be listed nor replaced"},
-    {zelk_shared::FREE_MIB_TABLE, "the memory of address and route lists is never freed"},
-    {zelk_shared::CONVERT_INTERFACE_INDEX_TO_LUID, NO_NEW_ROUTES},
-    {zelk_shared::CREATE_IP_FORWARD_ENTRY2, NO_NEW_ROUTES},
-    {zelk_shared::DELETE_IP_FORWARD_ENTRY2, "default gateways cannot be replaced"},
-    {zelk_shared::GET_TCP6_TABLE, "TCP connections over IPv6 cannot be listed"},
-    {zelk_shared::CREATE_UNICAST_IP_ADDRESS_ENTRY, nullptr},
-    {zelk_shared::DELETE_UNICAST_IP_ADDRESS_ENTRY, nullptr},
-    {zelk_shared::INITIALIZE_UNICAST_IP_ADDRESS_ENTRY, nullptr}};
+    {zelk_common::GET_UNICAST_IP_ADDRESS_TABLE, "addresses can neither be listed nor replaced"},
+    {zelk_common::GET_IP_FORWARD_TABLE2, "routes and default gateways can neither be listed nor replaced"},
+    {zelk_common::FREE_MIB_TABLE, "the memory of address and route lists is never freed"},
+    {zelk_common::CONVERT_INTERFACE_INDEX_TO_LUID, NO_NEW_ROUTES},
+    {zelk_common::CREATE_IP_FORWARD_ENTRY2, NO_NEW_ROUTES},
+    {zelk_common::DELETE_IP_FORWARD_ENTRY2, "default gateways cannot be replaced"},
+    {zelk_common::GET_TCP6_TABLE, "TCP connections over IPv6 cannot be listed"},
+    {zelk_common::CREATE_UNICAST_IP_ADDRESS_ENTRY, nullptr},
+    {zelk_common::DELETE_UNICAST_IP_ADDRESS_ENTRY, nullptr},
+    {zelk_common::INITIALIZE_UNICAST_IP_ADDRESS_ENTRY, nullptr}};
 
 std::span<const PlatformFunction> FunctionsOf(zelk::BackEnd backEnd)
 {
@@ -99,7 +99,7 @@ Findings ExamineFunctions(const zelk::Machine& machine)
 {
     Findings findings;
     for (const PlatformFunction& function : FunctionsOf(machine.environment.backEnd))
-        if (!HasFunction(zelk_shared::IP_HELPER, function.pszName))
+        if (!HasFunction(zelk_common::IP_HELPER, function.pszName))
             findings.push_back(
                 {function.pszWithout != nullptr ? WRONG : NOTE,
                  std::string("IPHLPAPI.DLL has no ") + function.pszName + ": " +
@@ -112,7 +112,7 @@ Findings ExamineFunctions(const zelk::Machine& machine)
 /// Apart from the others: no back end needs it, and a boot image commonly has none.
 Findings ExaminePropertySheet(const zelk::Machine&)
 {
-    if (HasFunction(zelk_shared::DEVICE_MANAGER, zelk_shared::DEVICE_PROPERTIES))
+    if (HasFunction(zelk_common::DEVICE_MANAGER, zelk_common::DEVICE_PROPERTIES))
         return One(OK, "DEVMGR.DLL can show the property sheets of devices.");
     return One(NOTE, "DEVMGR.DLL is missing or has no DeviceProperties_RunDLLW: \"adapter options\" shows nothing.");
 }

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include <state/fields/item.h>
-#include <zelk_shared/trace_files.h>
+#include <zelk_common/trace_files.h>
 
 #include "answer/failure.h"
 #include "system/elevation.h"
@@ -25,7 +25,7 @@ constexpr unsigned int DEFAULT_LEVEL = 3;
 TraceSettings ReadTraceSettings(const TraceLocation& location)
 {
     const unsigned int uiNone = std::size(TRACE_LEVELS);
-    const unsigned int uiStored = ::GetPrivateProfileIntW(zelk_shared::TRACE_SECTION, zelk_shared::TRACE_KEY,
+    const unsigned int uiStored = ::GetPrivateProfileIntW(zelk_common::TRACE_SECTION, zelk_common::TRACE_KEY,
                                                           static_cast<INT>(uiNone), location.sTraceSettings.c_str());
     const bool bDefault = uiStored >= uiNone;
     const unsigned int uiLevel = bDefault ? DEFAULT_LEVEL : uiStored;
@@ -34,7 +34,7 @@ TraceSettings ReadTraceSettings(const TraceLocation& location)
 
 void WriteTraceLevel(const TraceLocation& location, unsigned int uiLevel)
 {
-    if (::WritePrivateProfileStringW(zelk_shared::TRACE_SECTION, zelk_shared::TRACE_KEY,
+    if (::WritePrivateProfileStringW(zelk_common::TRACE_SECTION, zelk_common::TRACE_KEY,
                                      std::to_wstring(uiLevel).c_str(), location.sTraceSettings.c_str()))
         return;
     const DWORD dwError = ::GetLastError();

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <zelk_shared/trace_files.h>
+#include <zelk_common/trace_files.h>
 
 namespace zelkctl
 {
@@ -65,7 +65,7 @@ std::uint64_t TraceFile::Size() const
 }
 
 TraceLock::TraceLock()
-    : m_mutex(::OpenMutexW(SYNCHRONIZE, FALSE, zelk_shared::TRACE_FILE)),
+    : m_mutex(::OpenMutexW(SYNCHRONIZE, FALSE, zelk_common::TRACE_FILE)),
       m_bHeld(m_mutex && IsHeldAfter(::WaitForSingleObject(m_mutex.get(), LOCK_WAIT_MS)))
 {
 }

@@ -4,8 +4,8 @@
 #include <iterator>
 
 #include <state/platform/registry_keys.h>
+#include <zelk_common/trace_files.h>
 #include <zelk_nm/tolva.h>
-#include <zelk_shared/trace_files.h>
 
 #include "system/local_machine.h"
 #include "system/utf8.h"
@@ -15,7 +15,7 @@ namespace zelkctl
 namespace
 {
 
-using namespace zelk_shared;
+using namespace zelk_common;
 
 bool IsDirectory(const std::wstring& sPath)
 {

@@ -1,11 +1,11 @@
 #include <adapters/wrap_devmgr_dll.h>
-#include <zelk_shared/looked_up_functions.h>
+#include <zelk_common/looked_up_functions.h>
 
 namespace
 {
 
-constexpr LoadedFunctionTexts TEXTS = {.pszLibrary = zelk_shared::DEVICE_MANAGER,
-                                       .pszFunction = zelk_shared::DEVICE_PROPERTIES,
+constexpr LoadedFunctionTexts TEXTS = {.pszLibrary = zelk_common::DEVICE_MANAGER,
+                                       .pszFunction = zelk_common::DEVICE_PROPERTIES,
                                        .pszConstructor = "TOLVA::Wrap_DEVMGR_DLL::Wrap_DEVMGR_DLL",
                                        .pszNoLibrary = "LoadLibrary('DEVMGR.DLL') failed",
                                        .pszNoFunction = "GetProcAddress('DeviceProperties_RunDLLW') failed",

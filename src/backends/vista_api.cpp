@@ -8,7 +8,7 @@
 #include <backends/vista_descriptions.h>
 #include <support/platform/module_function.h>
 #include <tools/wrap_netsh.h>
-#include <zelk_shared/looked_up_functions.h>
+#include <zelk_common/looked_up_functions.h>
 
 namespace
 {
@@ -137,16 +137,16 @@ VistaAPI::VistaAPI() : m_hModule(::LoadLibraryW(L"IPHLPAPI.DLL"))
     const auto Find = [this](const char* pszName, auto*& pFunction) {
         pFunction = velmor::FindFunction<std::remove_reference_t<decltype(*pFunction)>>(m_hModule.Get(), pszName);
     };
-    Find(zelk_shared::CONVERT_INTERFACE_INDEX_TO_LUID, m_pConvertInterfaceIndexToLuid);
-    Find(zelk_shared::CREATE_UNICAST_IP_ADDRESS_ENTRY, m_pCreateUnicastIpAddressEntry);
-    Find(zelk_shared::CREATE_IP_FORWARD_ENTRY2, m_pCreateIpForwardEntry2);
-    Find(zelk_shared::DELETE_IP_FORWARD_ENTRY2, m_pDeleteIpForwardEntry2);
-    Find(zelk_shared::DELETE_UNICAST_IP_ADDRESS_ENTRY, m_pDeleteUnicastIpAddressEntry);
-    Find(zelk_shared::FREE_MIB_TABLE, m_pFreeMibTable);
-    Find(zelk_shared::GET_IP_FORWARD_TABLE2, m_pGetIpForwardTable2);
-    Find(zelk_shared::GET_UNICAST_IP_ADDRESS_TABLE, m_pGetUnicastIpAddressTable);
-    Find(zelk_shared::INITIALIZE_UNICAST_IP_ADDRESS_ENTRY, m_pInitializeUnicastIpAddressEntry);
-    Find(zelk_shared::GET_TCP6_TABLE, m_pGetTcp6Table);
+    Find(zelk_common::CONVERT_INTERFACE_INDEX_TO_LUID, m_pConvertInterfaceIndexToLuid);
+    Find(zelk_common::CREATE_UNICAST_IP_ADDRESS_ENTRY, m_pCreateUnicastIpAddressEntry);
+    Find(zelk_common::CREATE_IP_FORWARD_ENTRY2, m_pCreateIpForwardEntry2);
+    Find(zelk_common::DELETE_IP_FORWARD_ENTRY2, m_pDeleteIpForwardEntry2);
+    Find(zelk_common::DELETE_UNICAST_IP_ADDRESS_ENTRY, m_pDeleteUnicastIpAddressEntry);
+    Find(zelk_common::FREE_MIB_TABLE, m_pFreeMibTable);
+    Find(zelk_common::GET_IP_FORWARD_TABLE2, m_pGetIpForwardTable2);
+    Find(zelk_common::GET_UNICAST_IP_ADDRESS_TABLE, m_pGetUnicastIpAddressTable);
+    Find(zelk_common::INITIALIZE_UNICAST_IP_ADDRESS_ENTRY, m_pInitializeUnicastIpAddressEntry);
+    Find(zelk_common::GET_TCP6_TABLE, m_pGetTcp6Table);
 }
 
 DWORD VistaAPI::ConvertInterfaceIndexToLuid(NET_IFINDEX index, NET_LUID& luid) const noexcept

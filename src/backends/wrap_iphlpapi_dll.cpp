@@ -1,12 +1,12 @@
 #include <backends/wrap_iphlpapi_dll.h>
 
-#include <zelk_shared/looked_up_functions.h>
+#include <zelk_common/looked_up_functions.h>
 
 namespace
 {
 
-constexpr LoadedFunctionTexts TEXTS = {.pszLibrary = zelk_shared::IP_HELPER,
-                                       .pszFunction = zelk_shared::SET_ADAPTER_IP_ADDRESS,
+constexpr LoadedFunctionTexts TEXTS = {.pszLibrary = zelk_common::IP_HELPER,
+                                       .pszFunction = zelk_common::SET_ADAPTER_IP_ADDRESS,
                                        .pszConstructor = "PreVistaAPI::Wrap_IPHLPAPI_DLL::Wrap_IPHLPAPI_DLL",
                                        .pszNoLibrary = "LoadLibrary('IPHLPAPI.DLL') failed",
                                        .pszNoFunction = "GetProcAddress('SetAdapterIpAddress') failed",

@@ -10,8 +10,8 @@
 #include <support/registry/environment.h>
 #include <support/registry/registry_paths.h>
 #include <support/trace/trace.h>
+#include <zelk_common/trace_files.h>
 #include <zelk_nm/tolva.h>
-#include <zelk_shared/trace_files.h>
 
 namespace
 {
@@ -38,7 +38,7 @@ bool HasModuleStatics() noexcept
 }
 
 // First and so last to go: every other object may trace until its end.
-CTrace TheTrace(zelk_shared::TRACE_FILE, zelk_shared::TRACE_KEY, 7);
+CTrace TheTrace(zelk_common::TRACE_FILE, zelk_common::TRACE_KEY, 7);
 
 const velmor::string TCPIP_PARAMETERS = Constant(L"CurrentControlSet\\services\\Tcpip\\Parameters");
 const velmor::string TCPIP_INTERFACES = Constant(L"CurrentControlSet\\services\\Tcpip\\Parameters\\Interfaces");

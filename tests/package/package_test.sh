@@ -84,7 +84,7 @@ archives() {
     same "the symbols" $'bin\nbin/ZELK_NM.DLL.debug\nbin/ZELK_STATE.DLL.debug\nbin/zelkctl.exe.debug' "$(files_in "$work/unpacked-symbols/$name")"
     tree=$work/unpacked/$name
     same "the programs" $'Logfiles\nZELK_NM.DLL\nZELK_STATE.DLL\nzelkctl.exe' "$(files_in "$tree/bin")"
-    same "the headers" "$(cd "$SOURCE_DIR/include" && files_in . | grep -v ^zelk_shared)" "$(files_in "$tree/include")"
+    same "the headers" "$(cd "$SOURCE_DIR/include" && files_in . | grep -v ^zelk_common)" "$(files_in "$tree/include")"
     for file in lib/lib{ZELK_NM,ZELK_STATE}.dll.a lib/zelk_state.def lib/cmake/zelk_nm/zelk_nm-config.cmake \
         lib/pkgconfig/{zelk_nm,zelk_state}.pc \
         share/doc/zelk_nm/{README.md,LICENSE,zelk_nm.spdx.json,examples/list_adapters.cpp,docs/zelkctl.md,docs/api/index.html}; do

@@ -12,7 +12,7 @@
 #include <support/platform/module_path.h>
 #include <support/registry/environment.h>
 #include <support/values/ipv6_groups.h>
-#include <zelk_shared/trace_files.h>
+#include <zelk_common/trace_files.h>
 
 namespace
 {
@@ -135,7 +135,7 @@ void CTrace::RotateLog()
     const std::size_t position = sBackup.rfind(L'.');
     if (position != velmor::string::npos)
         sBackup.erase(position);
-    sBackup += zelk_shared::PREVIOUS_EXTENSION;
+    sBackup += zelk_common::PREVIOUS_EXTENSION;
     // Every load starts a new file, whether the copy succeeded or not.
     ::CopyFileW(m_sLogPath.c_str(), sBackup.c_str(), FALSE);
     ::DeleteFileW(m_sLogPath.c_str());
@@ -149,10 +149,10 @@ void CTrace::GetLogDirectory(velmor::string& sDir)
         CTrace::GetModuleDirectory(sModuleDir);
         velmor::string sBase = sModuleDir;
         if (m_ulEnvironment == ENVIRONMENT_ON_Z)
-            sBase = zelk_shared::BOOT_IMAGE_DIRECTORY;
-        sBase += zelk_shared::LOG_DIRECTORY;
-        m_sLogDir = velmor::ReadProfileText(zelk_shared::LOG_SECTION, zelk_shared::LOG_KEY, sBase,
-                                            sModuleDir + zelk_shared::LOG_SETTINGS);
+            sBase = zelk_common::BOOT_IMAGE_DIRECTORY;
+        sBase += zelk_common::LOG_DIRECTORY;
+        m_sLogDir = velmor::ReadProfileText(zelk_common::LOG_SECTION, zelk_common::LOG_KEY, sBase,
+                                            sModuleDir + zelk_common::LOG_SETTINGS);
     }
     sDir = m_sLogDir;
 }
@@ -184,12 +184,12 @@ void CTrace::SetTraceLevel(unsigned int uiSetting)
 void CTrace::ReadTraceLevel()
 {
     constexpr INT NO_SETTING = 5;
-    velmor::string sDir = zelk_shared::BOOT_IMAGE_DIRECTORY;
+    velmor::string sDir = zelk_common::BOOT_IMAGE_DIRECTORY;
     if (m_ulEnvironment != ENVIRONMENT_ON_Z)
         GetModuleDirectory(sDir);
-    const velmor::string sSettings = sDir + zelk_shared::TRACE_SETTINGS;
+    const velmor::string sSettings = sDir + zelk_common::TRACE_SETTINGS;
     SetTraceLevel(
-        ::GetPrivateProfileIntW(zelk_shared::TRACE_SECTION, m_sLevelKey.c_str(), NO_SETTING, sSettings.c_str()));
+        ::GetPrivateProfileIntW(zelk_common::TRACE_SECTION, m_sLevelKey.c_str(), NO_SETTING, sSettings.c_str()));
 }
 
 void CTrace::ResetLog(const velmor::string& sDir, unsigned int uiSetting)

@@ -3,7 +3,7 @@
 // Where a program that loads the library has its trace and the settings of that. The library writes there and the tool
 // reads there; this header is part of neither's interface.
 
-namespace zelk_shared
+namespace zelk_common
 {
 
 /// The file of the last load of the library, and the name of the mutex under which every line is written. The load
@@ -23,4 +23,4 @@ inline constexpr wchar_t TRACE_KEY[] = L"TOLVA_TraceLevel";
 /// Where a boot image of Windows 5.2 has its trace settings instead of in the program's directory.
 inline constexpr wchar_t BOOT_IMAGE_DIRECTORY[] = L"Z:\\ZELK";
 
-} // namespace zelk_shared
+} // namespace zelk_common

@@ -2,7 +2,7 @@
 
 // Functions that the library looks up at run time because not every system has them. The tool tells which are missing.
 
-namespace zelk_shared
+namespace zelk_common
 {
 
 inline constexpr wchar_t IP_HELPER[] = L"IPHLPAPI.DLL";
@@ -21,4 +21,4 @@ inline constexpr char GET_TCP6_TABLE[] = "GetTcp6Table";
 inline constexpr wchar_t DEVICE_MANAGER[] = L"DEVMGR.DLL";
 inline constexpr char DEVICE_PROPERTIES[] = "DeviceProperties_RunDLLW";
 
-} // namespace zelk_shared
+} // namespace zelk_common
