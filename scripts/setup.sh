@@ -26,6 +26,10 @@ needed=(
     util-linux:/usr/bin/flock
     pkgconf:/usr/bin/pkg-config
     python3-jsonschema:/usr/lib/python3/dist-packages/jsonschema/__init__.py
+    ansible-core:/usr/bin/ansible-playbook
+    ansible-lint:/usr/bin/ansible-lint
+    openssh-client:/usr/bin/sftp
+    openssh-server:/usr/sbin/sshd
 )
 if [ "${1:-}" = check ]; then
     needed+=(
@@ -68,6 +72,11 @@ if [ ${#missing[@]} -gt 0 ]; then
     echo "setup: installing ${missing[*]}" >&2
     # One unreachable source need not matter; the installation tells.
     apt update || echo "setup: apt-get update failed, going on with the lists at hand" >&2
+    # The tests start servers of their own. This file keeps the system's from being started as well.
+    if [ ! -e /usr/sbin/sshd ]; then
+        as_root mkdir -p /etc/ssh
+        as_root touch /etc/ssh/sshd_not_to_be_run
+    fi
     apt install -y --no-install-recommends "${missing[@]}" || fail "apt-get could not install them"
     for entry in "${needed[@]}"; do
         [ -e "${entry#*:}" ] || fail "${entry%%:*} is installed but ${entry#*:} is not there"

@@ -19,11 +19,12 @@ unset DISPLAY WAYLAND_DISPLAY
 
 wine_prefix_complete() { [ -e "${1:-$WINEPREFIX}/.zelk-complete" ]; }
 
-# wine_server_start [SECONDS it stays without a client]. All streams are redirected because the server, and the services
-# that the first client starts, keep theirs: inside a pipe they would hold the pipe open long after the program's end.
+# wine_server_start [SECONDS it stays without a client; "": until it is ended]. All streams are redirected because the
+# server, and the services that the first client starts, keep theirs: inside a pipe they would hold the pipe open long
+# after the program's end.
 wine_server_start() {
     local rc=0
-    "$WINESERVER" "-p${1:-${ZELK_WINE_LINGER:-3}}" </dev/null >/dev/null 2>&1 || rc=$?
+    "$WINESERVER" "-p${1-${ZELK_WINE_LINGER:-3}}" </dev/null >/dev/null 2>&1 || rc=$?
     case $rc in
         0)
             timeout -k 5 60 "$WINELOADER" hostname </dev/null >/dev/null 2>&1 || {

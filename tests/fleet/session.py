@@ -1,0 +1,53 @@
+#!/usr/bin/env python3
+"""session.py HOST_FOLDER: what a session with a host runs, in place of the shell that OpenSSH for Windows starts.
+
+The command is SSH_ORIGINAL_COMMAND, as Ansible wraps it for PowerShell, or the SFTP subsystem. Anything else fails."""
+
+import os
+import sys
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+import powershell  # noqa: E402
+
+HERE = Path(__file__).resolve().parent
+TOP = HERE.parent.parent
+WINE_HOME = os.environ.get("ZELK_WINE_HOME", "/usr/lib/wine")
+
+
+def environment(prefix: Path) -> dict[str, str]:
+    """The variables of the host's programs, with those that a test has added."""
+    commands = "netsh.exe,route.exe,ipconfig.exe=n"
+    variables = {
+        "PATH": "/usr/sbin:/usr/bin:/sbin:/bin",
+        "HOME": os.environ.get("HOME", "/root"),
+        "LC_ALL": "C.UTF-8",
+        "WINEPREFIX": str(prefix),
+        "WINEDEBUG": "-all",
+        "WINEARCH": "win64",
+        "WINELOADER": f"{WINE_HOME}/wine64",
+        "WINESERVER": f"{WINE_HOME}/wineserver64",
+        "WINEDLLOVERRIDES": f"mscoree,mshtml=;winemenubuilder.exe=d;{commands}",
+        "ZELK_UNIX_FOLDER": str(prefix),
+    }
+    for line in (prefix.parent / "environment").read_text().splitlines():
+        name, _, value = line.partition("=")
+        variables[name] = value
+    return variables
+
+
+def main() -> int:
+    prefix = Path(sys.argv[1]) / "prefix"
+    command = os.environ.get("SSH_ORIGINAL_COMMAND", "")
+    if command == "sftp":
+        os.execv(HERE / "sftp.sh", ["sftp.sh", str(prefix)])
+    host = powershell.Host(prefix, environment(prefix), prefix.parent / "runs.jsonl")
+    try:
+        return powershell.run_ssh_command(host, command)
+    except powershell.NotUnderstood as fault:
+        print(f"powershell: {fault}", file=sys.stderr)
+        return 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
