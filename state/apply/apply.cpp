@@ -1,6 +1,7 @@
 #include <state/apply/apply.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include <state/apply/look_schedule.h>
 #include <state/apply/performer.h>
@@ -156,8 +157,11 @@ private:
         const bool touched = std::ranges::any_of(
             m_result.steps, [](const StepResult& one) { return one.outcome != StepOutcome::NOT_RUN; });
         if (touched && !m_options.keep)
+        {
             m_result.undo = TakeBack(RestoredTargets(m_before, StepsRun()), RestoredIdentity(m_before, StepsRun()),
                                      m_storedForm, m_options);
+            std::ranges::move(UnknownBefore(m_before, StepsRun()), std::back_inserter(m_result.undo->open));
+        }
         m_result.now = ReadAnew();
         m_result.open = Differences(m_result.now, m_plan.targets, m_plan.identity);
         m_result.changed = touched && (!m_result.undo || !m_result.undo->open.empty());

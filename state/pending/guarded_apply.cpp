@@ -5,6 +5,7 @@
 #include <state/apply/take_back.h>
 #include <state/pending/answers.h>
 #include <state/pending/change_folder.h>
+#include <state/plan/restore.h>
 #include <state/reading/read_machine.h>
 
 namespace zelk
@@ -137,12 +138,23 @@ private:
     const std::optional<Confirmation>& m_confirmation;
 };
 
+/// Whoever promises to take a change back has to know what was there before.
+void RefuseUnknown(const Machine& before, const Plan& plan, std::vector<Fault>& faults)
+{
+    for (const Difference& unknown : UnknownBefore(before, plan.steps))
+        faults.push_back({FaultKind::SYSTEM, "",
+                          unknown.adapter + ": the change could not be undone, because what is configured for " +
+                              unknown.path + " cannot be read"});
+}
+
 /// Under the lock, where there is one.
 void PlanAndApply(const std::optional<std::wstring>& folder, const DesiredOf& desired, const GuardedOptions& options,
                   GuardedResult& result)
 {
     const Machine before = ReadMachine();
     result.plan = MakePlan(before, desired(before), result.faults);
+    if (options.confirmation)
+        RefuseUnknown(before, result.plan, result.faults);
     if (!result.faults.empty())
     {
         result.outcome = GuardedOutcome::REFUSED;
@@ -178,7 +190,10 @@ std::vector<PendingRecord> RecordsInOrder(const std::wstring& folder)
 
 Undo Restore(const PendingChange& change, const ApplyOptions& options)
 {
-    return TakeBack(TargetsOf(change, ReadMachine()), change.before.identity, StoredForm(change.stored), options);
+    Undo undo = TakeBack(TargetsOf(change, ReadMachine()), change.before.identity, StoredForm(change.stored), options);
+    for (const std::string& unknown : change.unknown)
+        undo.open.push_back({"", unknown, Json(), Json()});
+    return undo;
 }
 
 bool ConfirmAll(const std::wstring& folder, PendingResult& result)

@@ -81,7 +81,7 @@ std::optional<Changer> ReadChanger(const Json& json, const std::string& place, F
     return changer;
 }
 
-std::optional<std::vector<std::string>> ReadSteps(const Json& json, const std::string& place, Faults& faults)
+std::optional<std::vector<std::string>> ReadTexts(const Json& json, const std::string& place, Faults& faults)
 {
     if (!json.is_array() || !std::ranges::all_of(json, [](const Json& step) { return step.is_string(); }))
         return Refuse(faults, place, "must be a list of texts");
@@ -200,7 +200,7 @@ std::optional<Restoration> ReadRestoration(const Json& json, const std::string& 
     ObjectReader reader(json, place, faults);
     reader.Require("cause", restoration.cause, ReadCause);
     reader.Require("at", restoration.at, ReadText);
-    reader.Require("open", restoration.open, ReadSteps);
+    reader.Require("open", restoration.open, ReadTexts);
     reader.Finish();
     return restoration;
 }
@@ -221,6 +221,8 @@ PendingChange MakePendingChange(const Machine& before, const Plan& plan)
         change.before.adapters.push_back(std::move(target.desired));
     }
     change.before.identity = RestoredIdentity(before, plan.steps);
+    for (const Difference& unknown : UnknownBefore(before, plan.steps))
+        change.unknown.push_back(unknown.adapter + ": " + unknown.path);
     change.stored = StoredForm(TargetsOf(change)).Values();
     return change;
 }
@@ -254,7 +256,8 @@ std::string WritePendingChange(const PendingChange& change)
                  {"by", {{"user", change.by.user}, {"process", change.by.process}, {"since", change.by.since}}},
                  {"steps", change.steps},
                  {"before", ToJson(change.before)},
-                 {"stored", Json::array()}};
+                 {"stored", Json::array()},
+                 {"unknown", change.unknown}};
     for (const StoredValue& stored : change.stored)
         json["stored"].push_back(JsonOf(stored));
     if (change.confirmWithin)
@@ -291,9 +294,10 @@ PendingChange ParsePendingChange(std::string_view text, Faults& faults)
     reader.Require("machine", change.machine, ReadText);
     reader.Require("phase", change.phase, ReadPhase);
     reader.Require("by", change.by, ReadChanger);
-    reader.Require("steps", change.steps, ReadSteps);
+    reader.Require("steps", change.steps, ReadTexts);
     reader.Require("before", change.before, ReadBefore);
     reader.Require("stored", change.stored, ReadStored);
+    reader.Require("unknown", change.unknown, ReadTexts);
     reader.Take("confirmWithin", change.confirmWithin, ReadNumber<std::uint32_t>);
     reader.Take("waitFor", change.waitFor, ReadAddress);
     reader.Take("waitingSince", change.waitingSince, ReadNumber<std::uint64_t>);

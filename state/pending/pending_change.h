@@ -50,7 +50,9 @@ struct PendingChange
     std::vector<std::string> steps; ///< what it does, a sentence each
     /// What was configured before of all that the steps can touch. Adapters are named by "guid:".
     DesiredState before;
-    std::vector<StoredValue> stored;            ///< the same, to the letter
+    std::vector<StoredValue> stored; ///< the same, to the letter
+    /// What of it was not known, such as "lan0: ipv4.addresses"; nothing can restore that.
+    std::vector<std::string> unknown;
     std::optional<std::uint32_t> confirmWithin; ///< seconds, from the end of the change
     std::optional<IpAddress> waitFor;           ///< confirms by its answer
     /// Milliseconds of the clock that counts from the start of the machine and cannot be set.

@@ -1,5 +1,7 @@
 #include <state/plan/restore.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -41,23 +43,63 @@ DesiredAdapter Select(const DesiredAdapter& whole, const std::set<std::string>& 
     return part;
 }
 
-} // namespace
-
-std::vector<Target> RestoredTargets(const Machine& before, const std::vector<Step>& steps)
+std::map<Guid, std::set<std::string>> TouchedPaths(const std::vector<Step>& steps)
 {
     std::map<Guid, std::set<std::string>> touched;
     for (const Step& step : steps)
         if (step.guid)
             touched[*step.guid].insert(step.touches.begin(), step.touches.end());
+    return touched;
+}
+
+/// What nobody can say how it was configured. IPv4 settings need their origin, or restoring them would take away what
+/// is in use.
+std::set<std::string> UnknownPaths(const DesiredAdapter& whole)
+{
+    std::set<std::string> unknown;
+    const auto require = [&](const std::string& path, bool isKnown) {
+        if (!isKnown)
+            unknown.insert(path);
+    };
+    require("routes", whole.routes.has_value());
+    for (const Family family : FAMILIES)
+    {
+        const std::string start = family == Family::IPV4 ? "ipv4." : "ipv6.";
+        const DesiredIp& ip = whole.Of(family);
+        const bool isOriginKnown = family == Family::IPV6 || ip.dhcp;
+        require(start + "addresses", isOriginKnown && (ip.addresses || ip.dhcp == true));
+        require(start + "gateways", isOriginKnown && ip.gateways);
+        require(start + "dnsServers", ip.dnsServers.has_value());
+    }
+    return unknown;
+}
+
+} // namespace
+
+std::vector<Target> RestoredTargets(const Machine& before, const std::vector<Step>& steps)
+{
     std::vector<Target> targets;
-    for (const auto& [guid, paths] : touched)
+    for (const auto& [guid, touched] : TouchedPaths(steps))
         if (const Adapter* const adapter = FindAdapter(before, guid))
         {
             DesiredAdapter whole = ConfigurationOf(*adapter);
             whole.connectionName = adapter->connectionName;
-            targets.push_back({guid, NameOf(*adapter), "", Select(whole, paths), true});
+            std::set<std::string> known;
+            std::ranges::set_difference(touched, UnknownPaths(whole), std::inserter(known, known.end()));
+            targets.push_back({guid, NameOf(*adapter), "", Select(whole, known), true});
         }
     return targets;
+}
+
+std::vector<Difference> UnknownBefore(const Machine& before, const std::vector<Step>& steps)
+{
+    std::vector<Difference> unknown;
+    for (const auto& [guid, touched] : TouchedPaths(steps))
+        if (const Adapter* const adapter = FindAdapter(before, guid))
+            for (const std::string& path : UnknownPaths(ConfigurationOf(*adapter)))
+                if (touched.contains(path))
+                    unknown.push_back({NameOf(*adapter), path, Json(), Json()});
+    return unknown;
 }
 
 DesiredIdentity RestoredIdentity(const Machine& before, const std::vector<Step>& steps)

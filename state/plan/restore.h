@@ -11,4 +11,8 @@ namespace zelk
 std::vector<Target> RestoredTargets(const Machine& before, const std::vector<Step>& steps);
 DesiredIdentity RestoredIdentity(const Machine& before, const std::vector<Step>& steps);
 
+/// What the steps touch of adapters whose configuration before them is not known, so that nothing can restore it. The
+/// differences have no values.
+std::vector<Difference> UnknownBefore(const Machine& before, const std::vector<Step>& steps);
+
 } // namespace zelk

@@ -5,11 +5,16 @@
 namespace
 {
 
+/// The change takes longer than the time, which begins when the change is done.
 TEST_F(Pending, ChangesAreRestoredWhenNobodyConfirmsThem)
 {
-    const Json result = Do(std::wstring(CHANGE) + L"--confirm-within 2", 0);
+    const StandIn slow("ZELK_SLOW", "set dnsservers");
+    const Json result = Do(std::wstring(CHANGE) + L"--confirm-within 3", 0);
+    const auto done = std::chrono::steady_clock::now();
     EXPECT_EQ("changed", result["outcome"]);
     EXPECT_THAT(Kernel(), HasSubstr("198.51.100.20/24"));
+    EXPECT_TRUE(Await([] { return Kernel().find("198.51.100.20/24") == std::string::npos; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - done, std::chrono::seconds(2));
     EXPECT_TRUE(Await([] { return ListPending().empty(); }));
     EXPECT_EQ(m_sBefore, Standing());
     const Result late = Run(L"confirm");
@@ -65,6 +70,27 @@ TEST_F(Pending, ChangesThatFailLeaveNothing)
     EXPECT_TRUE(ListPending().empty());
     EXPECT_EQ(m_sBefore, Standing());
     EXPECT_EQ(1U, Run(L"restore --yes").dwExitCode);
+}
+
+TEST_F(Pending, WhatCouldNotBeUndoneIsNotPromised)
+{
+    const DWORD dwOff = 0;
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, s_sFirst.c_str(), L"EnableDHCP");
+    const std::string sBefore = Standing();
+    const Json refused = Do(std::wstring(CHANGE) + L"--confirm-within 600", 8);
+    EXPECT_THAT(refused.dump(), HasSubstr("the change could not be undone"));
+    EXPECT_EQ(sBefore, Standing());
+    EXPECT_TRUE(ListPending().empty());
+
+    const StandIn refuses("ZELK_REFUSED", "198.51.100.54");
+    const Json failed = Do(CHANGE, 1);
+    EXPECT_FALSE(failed["undo"]["complete"]);
+    EXPECT_THAT(failed["undo"]["differences"].dump(), HasSubstr("ipv4.addresses"));
+    const Result restored = Run(L"restore --yes");
+    EXPECT_EQ(6U, restored.dwExitCode);
+    EXPECT_THAT(restored.sOut, HasSubstr("ipv4.addresses"));
+    EXPECT_EQ(0U, Run(L"restore --discard --yes").dwExitCode);
+    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, s_sFirst.c_str(), L"EnableDHCP", REG_DWORD, &dwOff, sizeof(dwOff));
 }
 
 TEST_F(Pending, NoCommandOutlivesTheProcessThatStartedIt)

@@ -1,6 +1,7 @@
 // Stands in for the system's netsh, route and ipconfig: does what the simulated Windows does, and writes it to the
 // kernel of the network namespace and to the registry as Windows keeps it. The environment can have it refuse a command
-// that holds a text, end or hang when it has done it, do nothing and report success, or have no DHCP server answer.
+// that holds a text, take seconds for it, end or hang when it has done it, do nothing and report success, or have no
+// DHCP server answer.
 
 #include <algorithm>
 #include <cstdio>
@@ -242,6 +243,9 @@ int main(int argc, char** argv)
     const std::string line = CommandText(step.action);
     if (IsMeant("ZELK_IDLE", line))
         return 0;
+    constexpr DWORD SLOW_MS = 4000;
+    if (IsMeant("ZELK_SLOW", line))
+        ::Sleep(SLOW_MS);
     SimulatedWindows windows;
     windows.machine = ReadMachine();
     Repair(windows);

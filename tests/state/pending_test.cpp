@@ -1,5 +1,6 @@
 // Pending changes: what is kept of them on disk, who may work at a time, and what a watch does and when.
 
+#include <array>
 #include <atomic>
 #include <fstream>
 #include <future>
@@ -9,6 +10,7 @@
 #include <state/machine/problem.h>
 #include <state/pending/change_folder.h>
 #include <state/pending/watch.h>
+#include <state/pending/watch_process.h>
 #include <support/import_patch.h>
 
 #include <aclapi.h>
@@ -137,6 +139,26 @@ TEST_F(PendingChanges, OfDoubtAreRefusedWithTheirReason)
         EXPECT_NE(std::string::npos, records[0].fault.find(wrong.fault)) << records[0].fault;
         ::DeleteFileW(File(wrong.file).c_str());
     }
+}
+
+/// This program, told to run no test, ends at once.
+TEST_F(PendingChanges, AreNotMadeUnderAWatchThatNeverBegins)
+{
+    const PendingChange change = Store(PendingPhase::APPLYING);
+    std::array<wchar_t, MAX_PATH> own = {};
+    ::GetModuleFileNameW(nullptr, own.data(), MAX_PATH);
+    const WatchProgram program = {own.data(), {}, L"--gtest_filter=none"};
+    try
+    {
+        StartWatchProcess(m_folder, change.id, program, 500ms);
+        ADD_FAILURE();
+    }
+    catch (const StateError& error)
+    {
+        EXPECT_EQ("LifeSign", error.GetProblem().step);
+        EXPECT_EQ("Nothing can watch over the change", error.GetProblem().text);
+    }
+    EXPECT_EQ(INVALID_FILE_ATTRIBUTES, ::GetFileAttributesW((m_folder + L"\\0123456789abcdef").c_str()));
 }
 
 TEST_F(PendingChanges, ThatOthersCanWriteAreRefused)
