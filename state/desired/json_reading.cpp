@@ -11,14 +11,22 @@ namespace
 
 using Faults = std::vector<Fault>;
 
+/// Ends the parsing: what is written to be read again is written by a call for each level.
+struct NestedTooDeep
+{
+};
+constexpr int DEEPEST = 100;
+
 /// The parser keeps one of two members of the same name; nobody can tell which one was meant.
 class KeyWatch
 {
 public:
     explicit KeyWatch(Faults& faults) : m_faults(faults) {}
 
-    bool operator()(int, Json::parse_event_t event, const Json& json)
+    bool operator()(int depth, Json::parse_event_t event, const Json& json)
     {
+        if (depth > DEEPEST)
+            throw NestedTooDeep();
         if (event == Json::parse_event_t::object_start)
             m_objects.emplace_back();
         else if (event == Json::parse_event_t::object_end)
@@ -47,6 +55,10 @@ std::optional<Json> ParseJson(std::string_view text, Faults& faults)
     {
         KeyWatch watch(faults);
         return Json::parse(text, std::ref(watch));
+    }
+    catch (const NestedTooDeep&)
+    {
+        return Refuse(faults, "", "its values are nested more than 100 deep");
     }
     catch (const Json::exception& error)
     {
