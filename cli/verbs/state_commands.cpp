@@ -1,22 +1,11 @@
 #include "verbs/state_commands.h"
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-
-#include <fcntl.h>
-#include <io.h>
-
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
 #include <state/reading/read_machine.h>
 
-#include "answer/cell_text.h"
-#include "answer/failure.h"
 #include "answer/value_text.h"
-#include "system/utf8.h"
+#include "parser/document.h"
 #include "verbs/common_verbs.h"
 
 namespace zelkctl
@@ -37,37 +26,6 @@ Answer Export(const std::vector<std::string>& names)
     return {.value = std::move(state), .text = std::move(sText), .notes = result.leftOut};
 }
 
-/// A text as programs of this system write one: UTF-8, or UTF-16 with its mark.
-std::string Decode(std::string bytes)
-{
-    if (!bytes.starts_with("\xFF\xFE"))
-        return bytes;
-    const auto ByteAt = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
-    std::wstring text;
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
-        text += static_cast<wchar_t>(ByteAt(i) | ByteAt(i + 1) << 8);
-    return ToUtf8(text);
-}
-
-std::string ReadAll(std::istream& stream)
-{
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-std::string ReadDocument(const std::string& sFile)
-{
-    if (sFile == "-")
-    {
-        ::_setmode(::_fileno(stdin), _O_BINARY); // it may be UTF-16
-        return Decode(ReadAll(std::cin));
-    }
-    std::ifstream file(std::filesystem::path(FromUtf8(sFile)), std::ios::binary);
-    std::string bytes = ReadAll(file);
-    if (!file.is_open() || file.bad())
-        throw UsageError("FILE", Quoted(sFile) + " cannot be read");
-    return Decode(std::move(bytes));
-}
-
 void AddExport(Command tool)
 {
     Command verb =
@@ -81,7 +39,7 @@ void AddExport(Command tool)
 StateChange ParseChange(const std::string& sFile)
 {
     std::vector<zelk::Fault> faults;
-    StateChange change{.state = zelk::ParseDesiredState(ReadDocument(sFile), faults),
+    StateChange change{.state = zelk::ParseDesiredState(ReadDocument("FILE", sFile), faults),
                        .sDone = "The machine is in the desired state.",
                        .bIsDocument = true};
     RefuseDocument(faults);
