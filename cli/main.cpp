@@ -24,6 +24,7 @@
 #include "verbs/identity_commands.h"
 #include "verbs/machine_commands.h"
 #include "verbs/pending_commands.h"
+#include "verbs/report_commands.h"
 #include "verbs/route_commands.h"
 #include "verbs/settings_commands.h"
 #include "verbs/state_commands.h"
@@ -52,6 +53,7 @@ void AddCommands(Command tool)
     AddIdentityCommands(tool);
     AddTcp6Commands(tool);
     AddDoctorCommand(tool);
+    AddReportCommand(tool);
     AddTraceCommands(tool);
     AddCompletionCommands(tool);
 }
@@ -90,8 +92,8 @@ std::unique_ptr<TOLVA> HonourTraceSettings()
 
 Answer AnswerTo(const CLI::App& parser, const Request& request)
 {
-    // What looks at the trace must not empty it.
-    const auto pSettings = parser.got_subcommand(TRACE_NOUN) ? nullptr : HonourTraceSettings();
+    const bool bLooksAtTrace = parser.got_subcommand(TRACE_NOUN) || parser.got_subcommand(REPORT_VERB);
+    const auto pSettings = bLooksAtTrace ? nullptr : HonourTraceSettings(); // which empties it
     const auto notes = PendingNotes(request.sCommand);
     Answer answer = request.answer();
     answer.notes.insert(answer.notes.begin(), notes.begin(), notes.end());

@@ -30,7 +30,7 @@ trap finish EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
-scripts/setup.sh 7>&-
+scripts/setup.sh test 7>&-
 scripts/build.sh "$preset" 7>&-
 wine_server_start 60 7>&-
 # Whole outputs are kept: the cases are counted from them. It runs beside the script so that a signal is heeded at once.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# setup.sh [check]: installs what a Debian machine lacks for building and testing, with "check" also for the gates beside
-# the tests, and makes the private Wine prefix.
+# setup.sh [test|check]: installs what a Debian machine lacks for building, with "test" also for the tests, with "check" for
+# the gates beside them, and makes the private Wine prefix.
 # With nothing to do it takes milliseconds and says nothing.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/wine-env.sh"
@@ -31,6 +31,9 @@ needed=(
     openssh-client:/usr/bin/sftp
     openssh-server:/usr/sbin/sshd
 )
+if [ "${1:-}" = test ]; then
+    needed+=(chromium:/usr/bin/chromium) # as large as all the others together
+fi
 if [ "${1:-}" = check ]; then
     needed+=(
         clang-16:/usr/bin/clang++-16

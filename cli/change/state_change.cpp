@@ -191,23 +191,30 @@ Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
     return answer;
 }
 
+Json DifferencesSchema()
+{
+    return ObjectOf({{"differs", zelk::SchemaOfType("boolean")},
+                     {"items", ArrayOf(ItemSchema())},
+                     {"steps", ArrayOf(StepSchema(false))},
+                     {"notes", ArrayOf(zelk::SchemaOfType("string"))}});
+}
+
+Json AppliedSchema()
+{
+    return ObjectOf(
+        {{"changed", zelk::SchemaOfType("boolean")},
+         {"outcome", {{"enum", {"unchanged", "changed", "notVerified", "failed", "timedOut", "cancelled"}}}},
+         {"items", ArrayOf(ItemSchema())},
+         {"steps", ArrayOf(StepSchema(true))},
+         {"differences", ArrayOf(ItemSchema())},
+         {"undo", zelk::OrNull(UndoSchema())},
+         {"notes", ArrayOf(zelk::SchemaOfType("string"))},
+         {"adapters", ListOf("adapter")}});
+}
+
 Json StateChangeSchema()
 {
-    const Json boolean = zelk::SchemaOfType("boolean");
-    const Json texts = ArrayOf(zelk::SchemaOfType("string"));
-    const Json items = ArrayOf(ItemSchema());
-    const Json steps = ArrayOf(StepSchema(true));
-    const Json outcome = {{"enum", {"unchanged", "changed", "notVerified", "failed", "timedOut", "cancelled"}}};
-    return AnyOf(
-        {ObjectOf({{"differs", boolean}, {"items", items}, {"steps", ArrayOf(StepSchema(false))}, {"notes", texts}}),
-         ObjectOf({{"changed", boolean},
-                   {"outcome", outcome},
-                   {"items", items},
-                   {"steps", steps},
-                   {"differences", items},
-                   {"undo", zelk::OrNull(UndoSchema())},
-                   {"notes", texts},
-                   {"adapters", ListOf("adapter")}})});
+    return AnyOf({DifferencesSchema(), AppliedSchema()});
 }
 
 Json UndoSchema()

@@ -47,7 +47,9 @@ void RefuseDocument(const std::vector<zelk::Fault>& faults);
 /// changed; what fails later is part of the answer.
 Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options);
 
-/// JSON Schemas of the two answers that it gives, together.
+// JSON Schemas of the two answers that it gives, and of either.
+Json DifferencesSchema();
+Json AppliedSchema();
 Json StateChangeSchema();
 /// Of what was taken back.
 Json UndoSchema();

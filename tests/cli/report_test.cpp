@@ -1,0 +1,99 @@
+#include <fstream>
+
+#include "zelkctl_test.h"
+
+#include <gmock/gmock.h>
+
+using namespace testing_support;
+using testing::HasSubstr;
+
+namespace
+{
+
+constexpr const char* READING = R"({"environment": {}, "identity": {"computerName": "HOST"}, "adapters": []})";
+
+class Report : public ZelkctlTest
+{
+protected:
+    Result Make(const std::wstring& sArguments) { return Run(L"report \"" + Page().wstring() + L"\" " + sArguments); }
+    [[nodiscard]] std::wstring Written(const std::wstring& sName, std::string_view content) const
+    {
+        WriteFileBytes(folder / sName, content);
+        return L"\"" + (folder / sName).wstring() + L"\"";
+    }
+    [[nodiscard]] std::filesystem::path Page() const { return folder / L"page.html"; }
+    [[nodiscard]] std::ptrdiff_t FilesInFolder() const
+    {
+        return std::distance(std::filesystem::directory_iterator(folder.Path()), {});
+    }
+
+    TempDirectory folder;
+};
+
+TEST_F(Report, RefusesWhatIsNoReadingAndTellsWhere)
+{
+    const std::string sDeep = R"({"machine": "a", "difference": {"items": [{"before": )" + std::string(100000, '[');
+    const std::pair<std::string, const char*> rows[] = {
+        {"", "this is not JSON: parse error at line 1, column 1"},
+        {"{\n\"machine\": \"a\",", "this is not JSON: parse error at line 2, column 16"},
+        {sDeep, "nested more than 100 deep"},
+        {R"({"machine": "a", "machine": "b"})", R"(the key "machine" stands twice)"},
+        {R"({"adapters": []})", R"(is not what "zelkctl show --json" prints: it lacks "environment")"},
+        {R"({"environment": {}, "schemaVersion": 2})", "/schemaVersion: must be 1"},
+        {R"({"command": "show", "result": {"environment": 1}})", "/result/environment: must be an object"},
+        {R"({"machines": {}})", "/machines: must be a list"},
+        {R"({"machines": [{"machine": "a"}]})", "/machines/0: has neither"},
+        {R"({"machine": "a", "reading": {"environment": {}, "adapters": [{}, {"ipv4": {"addresses": [{"address": 1}]}}]}})",
+         "/reading/adapters/1/ipv4/addresses/0/address: must be a text"},
+        {R"({"machine": "a", "trace": [{"time": true}]})", "/trace/0/time: must be a text"},
+        {R"({"machine": "a", "apply": {"items": []}})", R"(/apply: is not what "zelkctl apply FILE --json" prints)"},
+    };
+    ASSERT_EQ(0U, Make(Written(L"good.json", READING)).dwExitCode);
+    const std::string sBefore = ReadFileBytes(Page());
+    for (const auto& [sText, pszFault] : rows)
+    {
+        const auto result = Make(Written(L"good.json", READING) + L' ' + Written(L"bad.json", sText));
+        EXPECT_EQ(2U, result.dwExitCode) << sText.substr(0, 200);
+        EXPECT_THAT(result.sErr, HasSubstr("bad.json\": "));
+        EXPECT_THAT(result.sErr, HasSubstr(pszFault));
+        EXPECT_EQ(sBefore, ReadFileBytes(Page()));
+        EXPECT_EQ(3, FilesInFolder());
+    }
+}
+
+TEST_F(Report, ReplacesPagesAndOtherFilesOnlyByForce)
+{
+    const std::wstring sReading = Written(L"reading.json", READING);
+    const auto other = Run(L"report " + sReading + L" " + sReading);
+    EXPECT_EQ(2U, other.dwExitCode);
+    EXPECT_THAT(other.sErr, HasSubstr("exists and is not a page of this tool; nothing was written"));
+    EXPECT_EQ(READING, ReadFileBytes(folder / L"reading.json"));
+    EXPECT_EQ(0U, Make(sReading + L" --force").dwExitCode);
+    EXPECT_EQ(0U, Make(sReading).dwExitCode);
+    EXPECT_EQ(2U, Make(sReading + L" --desired " + sReading).dwExitCode) << "that is about this machine";
+    std::filesystem::remove(Page());
+    std::filesystem::create_directory(Page());
+    EXPECT_EQ(1U, Make(sReading + L" --force").dwExitCode);
+    EXPECT_EQ(2, FilesInFolder()) << "what could not be moved is gone";
+}
+
+TEST_F(Report, TakesUtf16AndFailuresAndTheTraceOfAProgram)
+{
+    std::string sUtf16 = "\xFF\xFE";
+    for (const char c : std::string_view(READING))
+        sUtf16 += {c, '\0'};
+    const std::string sFailure = R"({"command": "show", "error": {"reason": "<it> failed"}})";
+    const auto many = Make(Written(L"a.json", sUtf16) + L' ' + Written(L"b.json", sFailure));
+    EXPECT_EQ("\"" + Page().string() + "\" was written: 2 machines.\n", many.sErr);
+    EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"({"machine":"HOST","reading":{)"));
+    EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"({"machine":"b","error":"\u003cit\u003e failed"})"));
+
+    std::filesystem::create_directory(folder / L"Logfiles");
+    WriteFileBytes(folder / L"Logfiles" / L"TOLVA_trace.log",
+                   "[2026-11-21 09:13:25.204]:00d0:[E]: TOLVA::Old : ... ending( Bad & worse )\r\n");
+    EXPECT_EQ(0U, Make(L"--program \"" + folder.Text() + L"\"").dwExitCode);
+    EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"("trace":[{"time":"2026-11-21 09:13:25.204","level":"Error")"));
+    EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"(ending( Bad \u0026 worse ))"));
+}
+
+} // namespace
