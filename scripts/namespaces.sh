@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# To be sourced after wine-env.sh. What tests share that have a machine in a network namespace with a Wine prefix of its own.
+# To be sourced after wine-env.sh. What tests share that have a machine in a network namespace with its own Wine prefix.
 
 namespace_skip() {
     echo "skipped: $1"
@@ -37,8 +37,8 @@ namespace_servers() {
     done >"/etc/netns/$1/resolv.conf"
 }
 
-# namespace_link NAMESPACE LINK FAR-NAMESPACE FAR-LINK [ip-link arguments]: both ends are up, without addresses of their own
-# making, which would come some time later.
+# namespace_link NAMESPACE LINK FAR-NAMESPACE FAR-LINK [ip-link arguments]: both ends are up, without addresses of their
+# own making, which would come some time later.
 namespace_link() {
     ip -n "$1" link add "$2" "${@:5}" type veth peer name "$4" netns "$3" 2>/dev/null ||
         namespace_skip "no veth link can be made here"
@@ -57,8 +57,8 @@ namespaces_remove() {
     rmdir /etc/netns 2>/dev/null || true # only when nothing else is in it
 }
 
-# wine_commands_stand_in STAND-IN DLL: it answers for the system's commands in the prefix. Wine prefers its own unless told
-# otherwise. The DLL is for a stand-in from whose build nothing unused was left out.
+# wine_commands_stand_in STAND-IN DLL: it answers for the system's commands in the prefix. Wine prefers its own unless
+# told otherwise. The DLL is for a stand-in from whose build nothing unused was left out.
 wine_commands_stand_in() {
     local command system=$WINEPREFIX/drive_c/windows/system32
     for command in netsh route ipconfig; do

@@ -143,7 +143,8 @@ std::vector<std::string> Missing(const std::set<std::string>& from, const std::s
     return texts;
 }
 
-/// The kernel drops routes with their addresses by itself, so removing one may fail.
+/// The kernel drops routes with their addresses by itself, so removing one may fail. Connections it keeps; Windows
+/// aborts those of an address that goes.
 std::string KernelCommands(const Adapter& before, const Adapter& after, const std::string& link)
 {
     const std::string dev = " dev " + link;
@@ -151,7 +152,7 @@ std::string KernelCommands(const Adapter& before, const Adapter& after, const st
     for (const std::string& route : Missing(RouteTexts(before), RouteTexts(after)))
         commands += "; ip route del " + route + dev;
     for (const std::string& address : Missing(AddressTexts(before), AddressTexts(after)))
-        commands += "; ip addr del " + address + dev;
+        commands += "; ip addr del " + address + dev + "; ss -K src " + address.substr(0, address.find('/'));
     for (const std::string& address : Missing(AddressTexts(after), AddressTexts(before)))
         commands += "; ip addr add " + address + (address.find(':') != std::string::npos ? " nodad" : "") + dev;
     for (const std::string& route : RouteTexts(after))

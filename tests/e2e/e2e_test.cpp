@@ -192,8 +192,10 @@ TEST(Changes, AddressesAreTheKernelsAfterwards)
 {
     const Link link = Links().at(0);
     const Seeded seeded(link);
-    ::_wputenv(
-        (L"PATH=" + testing_support::BesideProgram(L"stand_ins").wstring() + L';' + ::_wgetenv(L"PATH")).c_str());
+    // Wine takes no notice of a folder that ends where the one before it has a backslash, unless it ends in one itself.
+    ::_wputenv((L"PATH=" + testing_support::BesideProgram(L"stand_ins").wstring() + L";C:\\windows\\system32\\;" +
+                ::_wgetenv(L"PATH"))
+                   .c_str());
     TOLVA::NIC_INFO NicInfo;
     NicInfo.sNicGuid = link.sGuid;
     for (const auto& row : CHANGES)

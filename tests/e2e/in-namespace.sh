@@ -4,51 +4,32 @@
 # with the reason, where the machine does not allow it.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/wine-env.sh"
+. "$zelk_top/scripts/namespaces.sh"
 
 name=zelk-e2e-$$
-resolv=/etc/netns/$name
 export WINEPREFIX=$zelk_base_prefix-$name
 export ZELK_WINE_TIMEOUT=100
 export ZELK_E2E_FACTS=$WINEPREFIX.json
-
-skip() {
-    echo "skipped: $1"
-    exit 77
-}
 
 # shellcheck disable=SC2317 # it is the trap's
 clean_up() {
     trap - EXIT INT TERM HUP
     set +e
     [ ! -d "$WINEPREFIX" ] || wine_server_end
-    for namespace in "$name" "$name-far" "$name-bare"; do
-        ip netns del "$namespace" 2>/dev/null
-    done
-    rm -rf -- "$WINEPREFIX" "$WINEPREFIX".* "$resolv"
-    rmdir /etc/netns 2>/dev/null # only when nothing else is in it
+    namespaces_remove "$name" "$name-far" "$name-bare"
+    rm -rf -- "$WINEPREFIX" "$WINEPREFIX".*
 }
 trap clean_up EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
-[ "$(id -u)" -eq 0 ] || skip "only root may make network namespaces"
-command -v ip >/dev/null || skip "there is no ip command"
-[ -e /proc/net/if_inet6 ] || skip "the kernel has no IPv6"
-
-# Before the namespaces, which see the file from the start.
-mkdir -p "$resolv"
-printf 'nameserver 192.0.2.53\nnameserver 2001:db8::53\n' >"$resolv/resolv.conf"
-for namespace in "$name" "$name-far" "$name-bare"; do
-    ip netns add "$namespace" 2>/dev/null || skip "no network namespace can be made here"
-done
-ip netns exec "$name-bare" true 2>/dev/null || skip "no program can be run in a network namespace here"
+namespaces_require
+namespace_servers "$name" 192.0.2.53 2001:db8::53
+namespaces_make "$name" "$name-far" "$name-bare"
 
 # add_link NAME HARDWARE-ADDRESS STATE [ADDRESS/LENGTH ...]: its other end goes out of sight.
 add_link() {
-    ip -n "$name" link add "$1" address "$2" type veth peer name "$1p" 2>/dev/null || skip "no veth link can be made here"
-    ip -n "$name" link set "$1p" netns "$name-far"
-    ip -n "$name" link set "$1" addrgenmode none # its address would come some time later
-    ip -n "$name-far" link set "$1p" up
+    namespace_link "$name" "$1" "$name-far" "$1p" address "$2"
     ip -n "$name" link set "$1" "$3"
     local link=$1
     shift 3
@@ -56,8 +37,6 @@ add_link() {
         ip -n "$name" addr add "$address" dev "$link" nodad
     done
 }
-ip -n "$name" link set lo up
-ip -n "$name-bare" link set lo up
 add_link lan0 02:00:5e:10:00:0a up 192.0.2.10/24 10.77.0.5/16 2001:db8::10/64 fe80::10/64
 add_link lan1 02:ab:cd:ef:ff:01 down 198.51.100.2/25
 add_link lan2 06:00:00:00:00:02 up 203.0.113.7/32 fd00:1:2::7/128

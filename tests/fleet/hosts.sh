@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
-# hosts.sh up N FOLDER: makes N hosts that look from outside like Windows with OpenSSH, whose shell is PowerShell. Each is a
-# network namespace with a Wine prefix of its own, stand-ins for the system's commands that change its kernel and its
-# registry, and an sshd. Its adapter lan0 is on the controller's network, lan1 on another one. The folder gets
+# hosts.sh up N FOLDER: makes N hosts that look from outside like Windows with OpenSSH, whose shell is PowerShell. Each
+# is a network namespace with a Wine prefix of its own, stand-ins for the system's commands that change its kernel and
+# its registry, and an sshd. Its adapter lan0 is on the controller's network, lan1 on another one. The folder gets
 #   inventory.yml            the hosts host1 ... hostN, in the group zelk_hosts
 #   controller               a script that runs a command in the controller's namespace, with the settings for Ansible
 #   hosts/HOST/prefix        the Wine prefix
-#   hosts/HOST/environment   lines NAME=VALUE for the programs of later sessions, such as ZELK_REFUSED for a stand-in
+#   hosts/HOST/environment   lines NAME=VALUE for the programs of later sessions, such as ZELK_REFUSED for a stand-in;
+#                            SESSION_ENDS=kill ends programs together with their session
+#   hosts/HOST/hold          a text: programs of sessions whose command line holds it wait while the file is there
 #   hosts/HOST/runs.jsonl    what ran in sessions, with begin and end
 #   hosts/HOST/sshd.log      what its sshd says
-# hosts.sh in HOST FOLDER COMMAND...: runs a command in the namespace of a host, with the environment of its Wine prefix.
+# hosts.sh in HOST FOLDER COMMAND...: runs a command in the namespace of a host, with its Wine prefix.
 # hosts.sh down FOLDER: ends all of it, also after a crash, and removes the folder.
 # Exit code 77, with the reason, where the machine does not allow it.
 set -euo pipefail
@@ -103,11 +105,11 @@ make_controller() {
 [defaults]
 inventory = $folder/inventory.yml
 home = $folder/ansible
-interpreter_python = auto_silent
+collections_paths = $folder/collections
 retry_files_enabled = False
 [ssh_connection]
 control_path_dir = $sockets
-ssh_args = -F $folder/ssh/config -C -o ControlMaster=auto -o ControlPersist=60s -o ConnectTimeout=10 -o ServerAliveInterval=5 -o ServerAliveCountMax=3
+ssh_args = -F $folder/ssh/config -C -o ControlMaster=auto -o ControlPersist=60s
 END
     cat >"$folder/controller" <<END
 #!/bin/sh
@@ -170,7 +172,8 @@ zelk_hosts:
   hosts:
 END
     for ((i = 1; i <= $1; i++)); do
-        printf '    host%d:\n      ansible_host: %s.%d\n' "$i" "$network" $((10 + i))
+        printf '    host%d:\n      ansible_host: %s.%d\n      host_number: %d\n' \
+            "$i" "$network" $((10 + i)) $((10 + i))
     done
 }
 

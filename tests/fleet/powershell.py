@@ -1,9 +1,10 @@
-"""Stands in for PowerShell on a host: understands the few forms of script that are sent there, and fails for all else."""
+"""Stands in for PowerShell on a host: understands the few forms of script that are sent there, and fails for others."""
 
 import base64
 import binascii
 import hashlib
 import json
+import os
 import re
 import subprocess
 import sys
@@ -11,7 +12,7 @@ import tempfile
 import time
 from collections.abc import Callable
 from pathlib import Path
-from typing import NamedTuple
+from typing import IO, NamedTuple
 
 
 class NotUnderstood(Exception):
@@ -24,6 +25,7 @@ class Host(NamedTuple):
     prefix: Path
     environment: dict[str, str]
     record: Path
+    on_end_of_session: Callable[[Callable[[], None]], None]
 
     def path(self, windows: str) -> Path:
         """The file of a Windows path, whose case does not matter."""
@@ -42,7 +44,7 @@ class Ended(Exception):
 
 
 TEXT = r"'((?:[^'‘’‚‛]|''|‘‘|’’|‚‚|‛‛)*)'"
-STOP = r"\$ErrorActionPreference = 'Stop'; "
+TEXTS = TEXT + "(?:, " + TEXT + ")*"
 WRAPPED = re.compile(r"PowerShell -NoProfile -NonInteractive -ExecutionPolicy Unrestricted -EncodedCommand (\S+)")
 OVER_SSH = re.compile(r"chcp\.com 65001 (?:> ?\$null ;|> ?nul 2>&1 &&) (.*)", re.DOTALL)
 
@@ -103,18 +105,12 @@ def run_program(host: Host, match: re.Match[str], state: dict[str, str]) -> None
         if not argument or '"' in argument or argument.endswith("\\"):
             raise NotUnderstood(f"Windows PowerShell does not pass the argument {argument!r} on as it is")
     if not host.path(path).is_file():
-        print(f"& : The term '{path}' is not recognized as the name of a cmdlet, function, script file, or operable program.",
+        print(f"& : The term '{path}' is not recognized as the name of a cmdlet, function, script file, or program.",
               file=sys.stderr)
         return
-    begin = time.time()
     # Files, because a program that outlives the session would keep a pipe open, and the session with it.
     with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as errors:
-        line = [host.environment["WINELOADER"], path, *arguments]
-        folder = host.prefix / "drive_c" / "users" / "root"
-        code = subprocess.run(line, stdin=subprocess.DEVNULL, stdout=out, stderr=errors, env=host.environment,
-                              cwd=folder, check=False).returncode
-        with host.record.open("a") as record:
-            record.write(json.dumps({"line": [path, *arguments], "begin": begin, "end": time.time(), "code": code}) + "\n")
+        code = run_and_record(host, [path, *arguments], out, errors)
         for file in (out, errors):
             file.seek(0)
         for text in out.read().decode(errors="replace").splitlines():
@@ -122,6 +118,27 @@ def run_program(host: Host, match: re.Match[str], state: dict[str, str]) -> None
         if not match["quiet"]:
             sys.stderr.write(errors.read().decode(errors="replace"))
     state["LASTEXITCODE"] = str(code)
+
+
+def run_and_record(host: Host, line: list[str], out: IO[bytes], errors: IO[bytes]) -> int:
+    await_release(host, line)
+    begin = time.time()
+    process = subprocess.Popen([host.environment["WINELOADER"], *line], stdin=subprocess.DEVNULL, stdout=out,
+                               stderr=errors, env=host.environment, cwd=host.prefix / "drive_c" / "users" / "root")
+    host.on_end_of_session(process.kill)
+    code = process.wait()
+    with host.record.open("a") as record:
+        record.write(json.dumps({"line": line, "begin": begin, "end": time.time(), "code": code}) + "\n")
+    return code
+
+
+def await_release(host: Host, line: list[str]) -> None:
+    """A test holds commands with a text back as long as the file `hold` has that text; with the session they end."""
+    hold, session = host.record.parent / "hold", os.getppid()
+    while hold.is_file() and hold.read_text().strip() in " ".join(line):
+        time.sleep(0.05)
+        if os.getppid() != session:
+            raise Ended(1)
 
 
 def show_exit_code(_host: Host, match: re.Match[str], state: dict[str, str]) -> None:
@@ -152,7 +169,8 @@ def move(host: Host, match: re.Match[str], _state: dict[str, str]) -> None:
 
 
 def remove(host: Host, match: re.Match[str], _state: dict[str, str]) -> None:
-    host.path(texts(match[1])[0]).unlink(missing_ok=True)
+    for name in texts(match["files"]):
+        host.path(name).unlink(missing_ok=True)
 
 
 def run_wrapped(host: Host, match: re.Match[str], _state: dict[str, str]) -> None:
@@ -161,9 +179,10 @@ def run_wrapped(host: Host, match: re.Match[str], _state: dict[str, str]) -> Non
 
 END = r"(?:; ?|\s*$)"
 HASHES = (
-    r"\$sha = New-Object Security\.Cryptography\.SHA256CryptoServiceProvider; foreach \(\$file in (" + TEXT + "(?:, " + TEXT
-    + r")*)\) \{ if \(\[IO\.File\]::Exists\(\$file\)\) \{ \[BitConverter\]::ToString\(\$sha\.ComputeHash\("
-    r"\[IO\.File\]::ReadAllBytes\(\$file\)\)\) \} else \{ 'absent' \} \}"
+    r"\$sha = New-Object Security\.Cryptography\.SHA256CryptoServiceProvider; foreach \(\$file in ("
+    + TEXTS + r")\) \{ if \(\[IO\.File\]::Exists\(\$file\)\) "
+    r"\{ \[BitConverter\]::ToString\(\$sha\.ComputeHash\(\[IO\.File\]::ReadAllBytes\(\$file\)\)\) \} "
+    r"else \{ 'absent' \} \}"
 )
 ACCESS = r"D:P\(A;OICI;FA;;;SY\)\(A;OICI;FA;;;BA\)\(A;OICI;0x1200a9;;;BU\)"
 DIRECTORY = (
@@ -181,7 +200,7 @@ FORMS: list[tuple[re.Pattern[str], Step]] = [
         (HASHES, show_hashes),
         (DIRECTORY, make_directory),
         (r"Move-Item -LiteralPath " + TEXT + " -Destination " + TEXT + " -Force", move),
-        (r"Remove-Item -LiteralPath (" + TEXT + ") -Force -ErrorAction SilentlyContinue", remove),
+        (r"Remove-Item -LiteralPath (?P<files>" + TEXTS + ") -Force -ErrorAction SilentlyContinue", remove),
         (r"(?:Write-Output )?" + TEXT, show_text),
         (WRAPPED.pattern, run_wrapped),
     )

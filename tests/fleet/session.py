@@ -1,14 +1,16 @@
-#!/usr/bin/env python3
+#!/usr/bin/env -S python3 -B
 """session.py HOST_FOLDER: what a session with a host runs, in place of the shell that OpenSSH for Windows starts.
 
 The command is SSH_ORIGINAL_COMMAND, as Ansible wraps it for PowerShell, or the SFTP subsystem. Anything else fails."""
 
+import ctypes
 import os
+import signal
 import sys
+from collections.abc import Callable
 from pathlib import Path
 
-sys.dont_write_bytecode = True
-import powershell  # noqa: E402
+import powershell
 
 HERE = Path(__file__).resolve().parent
 TOP = HERE.parent.parent
@@ -36,12 +38,27 @@ def environment(prefix: Path) -> dict[str, str]:
     return variables
 
 
+def on_end_of_session(end: Callable[[], None]) -> None:
+    """Windows ends what a session has started together with the session."""
+
+    def end_all(_signal: int, _frame: object) -> None:
+        end()
+        os._exit(1)
+
+    parent_death_signal = 1
+    signal.signal(signal.SIGHUP, end_all)
+    ctypes.CDLL(None).prctl(parent_death_signal, signal.SIGHUP)
+
+
 def main() -> int:
     prefix = Path(sys.argv[1]) / "prefix"
     command = os.environ.get("SSH_ORIGINAL_COMMAND", "")
     if command == "sftp":
         os.execv(HERE / "sftp.sh", ["sftp.sh", str(prefix)])
-    host = powershell.Host(prefix, environment(prefix), prefix.parent / "runs.jsonl")
+    variables = environment(prefix)
+    keep = variables.get("SESSION_ENDS", "keep") == "keep"
+    host = powershell.Host(prefix, variables, prefix.parent / "runs.jsonl",
+                           (lambda _end: None) if keep else on_end_of_session)
     try:
         return powershell.run_ssh_command(host, command)
     except powershell.NotUnderstood as fault:

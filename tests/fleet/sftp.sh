@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# sftp.sh PREFIX: serves files by SFTP as OpenSSH for Windows does: the drive C of the Wine prefix is the folder /C:. The
-# mounts are this process's alone and end with it.
+# sftp.sh PREFIX: serves files by SFTP as OpenSSH for Windows does: the drive C of the Wine prefix is the folder /C:.
+# The mounts are this process's alone and end with it.
 set -euo pipefail
 if [ "${2:-}" != inside ]; then
     exec unshare --mount -- "$0" "$1" inside
