@@ -75,10 +75,14 @@ class Page(unittest.TestCase):
     def test_texts_of_machines_are_shown_and_not_run(self) -> None:
         machines = [{"machine": text, "error": text, "reading": fleet.reading(0, text), "difference": fleet.plan(text),
                      "apply": fleet.change(text), "trace": fleet.trace(10, text)} for text in fleet.HOSTILE]
+        odd = {"adapters": [{"name": "odd", "status": "constructor", "ipv4": {"addresses": [{"address": "192.0.2.1", "origin": "__proto__"}]}}]}
+        machines.append({"machine": "__proto__", "reading": {"environment": {}, **odd}, "trace": [{"time": "", "level": "toString"}],
+                         "apply": {"outcome": "valueOf", "steps": [{"step": "odd", "outcome": "constructor"}]}})
         self.open(make_page("hostile", {"machines": machines}))
         self.browser.ask("document.querySelectorAll('details').forEach(open)")
         self.assertEqual([], self.browser.complaints())
         self.assertIsNone(self.browser.ask("window.ran"))
+        self.assertNotRegex(self.browser.ask("document.body.innerText"), "cannot be shown|native code")
         # The heading, the drawing, a difference, the steps of a plan, the output of a step, the trace, a failure.
         for place in ("h2", "svg .name", "td", "ol.steps code", "p.mono", "td.mono", "p.wrong"):
             texts = self.browser.ask(f"textsOf({place!r})")
