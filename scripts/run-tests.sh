@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run-tests.sh PRESET [ctest arguments]: prepares the machine, builds the preset, and runs every test that it has. The
-# last line counts the cases.
+# run-tests.sh PRESET [ctest arguments]: prepares the machine, builds the preset, and runs every test that it has, two at
+# once. The last line counts the cases.
 set -euo pipefail
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 preset=$1
@@ -34,7 +34,7 @@ scripts/setup.sh test 7>&-
 scripts/build.sh "$preset" 7>&-
 wine_server_start 60 7>&-
 # Whole outputs are kept: the cases are counted from them. It runs beside the script so that a signal is heeded at once.
-ctest --test-dir "$tree" --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
+ctest --test-dir "$tree" -j 2 --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
     --test-output-size-passed 100000000 --test-output-size-failed 100000000 "$@" 7>&- &
 ctest=$!
 wait "$ctest" && rc=0 || rc=$?
