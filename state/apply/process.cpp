@@ -1,6 +1,7 @@
 #include <state/apply/process.h>
 
 #include <memory>
+#include <string_view>
 
 #include <winsock2.h>
 
@@ -169,24 +170,42 @@ private:
     std::string m_output;
 };
 
-} // namespace
-
-ProcessResult RunSystemProgram(const std::wstring& file, const std::vector<std::wstring>& arguments,
-                               std::chrono::milliseconds timeout, const std::function<bool()>& isCancelled)
+/// Of a program of the system's directory, to its end.
+ProcessResult Run(const std::wstring& directory, const std::wstring& file, const std::vector<std::wstring>& arguments,
+                  std::chrono::milliseconds timeout, const std::function<bool()>& isCancelled)
 {
     ProcessResult result;
-    const std::wstring directory = SystemDirectory();
-    if (directory.empty())
-    {
-        result.error = ::GetLastError();
-        result.function = "GetSystemDirectory";
-        return result;
-    }
     const std::wstring path = directory + L'\\' + file;
     Process process;
     if (process.Start(MakeCommandLine(path, arguments), path, directory, result))
         process.Wait(timeout, isCancelled, result);
     result.output = process.Output();
+    return result;
+}
+
+/// Whether the system could not start the program or not load what it needs, so that nothing of it has run.
+bool HasNotBegun(const ProcessResult& result)
+{
+    constexpr std::uint32_t DLL_INIT_FAILED = 0xC0000142;
+    return result.exitCode ? *result.exitCode == DLL_INIT_FAILED : std::string_view(result.function) == "CreateProcess";
+}
+
+} // namespace
+
+ProcessResult RunSystemProgram(const std::wstring& file, const std::vector<std::wstring>& arguments,
+                               std::chrono::milliseconds timeout, const std::function<bool()>& isCancelled)
+{
+    const std::wstring directory = SystemDirectory();
+    if (directory.empty())
+    {
+        ProcessResult result;
+        result.error = ::GetLastError();
+        result.function = "GetSystemDirectory";
+        return result;
+    }
+    ProcessResult result = Run(directory, file, arguments, timeout, isCancelled);
+    if (HasNotBegun(result)) // a system under load may lack something for a moment only
+        result = Run(directory, file, arguments, timeout, isCancelled);
     return result;
 }
 

@@ -22,7 +22,8 @@ struct ProcessResult
 };
 
 /// Starts a program of the system's directory, without a command interpreter, a window or input, and waits until it
-/// ends. When the time is over or `isCancelled` says so it is ended together with everything that it has started.
+/// ends. When the time is over or `isCancelled` says so it is ended together with everything that it has started. A
+/// program that the system could not start or initialize has done nothing and is started once more.
 ProcessResult RunSystemProgram(const std::wstring& file, const std::vector<std::wstring>& arguments,
                                std::chrono::milliseconds timeout, const std::function<bool()>& isCancelled);
 

@@ -342,6 +342,33 @@ TEST_F(Apply, TellsWhyAStepHasFailed)
     EXPECT_EQ("TOLVA::SetWorkgroupName failed: the trace says so.", result.steps[0].reason);
 }
 
+/// As where a system lacks something for a moment.
+TEST_F(Apply, StartsACommandAgainThatHasNotBegun)
+{
+    int refused = 1;
+    const testing_support::ImportPatch<decltype(&::CreateProcessW)> start(
+        "CreateProcessW", [&](auto... arguments) -> BOOL {
+            ::SetLastError(ERROR_NO_SYSTEM_RESOURCES);
+            return refused-- > 0 ? FALSE : start.Original()(arguments...);
+        });
+    int broken = 0;
+    const testing_support::ImportPatch<decltype(&::GetExitCodeProcess)> end(
+        "GetExitCodeProcess", [&](HANDLE process, DWORD* code) {
+            const BOOL done = end.Original()(process, code);
+            if (broken-- > 0)
+                *code = 0xC0000142; // STATUS_DLL_INIT_FAILED
+            return done;
+        });
+    const auto set = [this](const std::string& server) {
+        return Do(R"({"adapters": [{"adapter": "lan0", "ipv4": {"dnsServers": [")" + server + "\"]}}]}").outcome;
+    };
+    EXPECT_EQ(Outcome::CHANGED, set("192.0.2.98")) << m_text;
+    broken = 1;
+    EXPECT_EQ(Outcome::CHANGED, set("192.0.2.99")) << m_text;
+    refused = 2;
+    EXPECT_EQ(Outcome::FAILED, set("192.0.2.98")) << m_text;
+}
+
 TEST_F(Apply, EndsACommandThatIsCancelled)
 {
     const std::string kernel = Kernel();
