@@ -36,7 +36,7 @@ TEST(Boundary, RefusesDesiredStates)
         {"", nullptr, "this is not JSON"},
         {R"({"adapters": [)", nullptr, "this is not JSON"},
         {"{\"adapters\": [\"\xFF\xC0\"]}", nullptr, "this is not JSON"},
-        {sDeep.c_str(), nullptr, "this is not JSON"},
+        {sDeep.c_str(), nullptr, "nested more than 100 deep"},
         {sLong.c_str(), nullptr, "is not a known key"},
         {"[]", nullptr, "must be an object"},
         {R"({"adapter": []})", nullptr,
