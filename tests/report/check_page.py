@@ -141,6 +141,7 @@ class Page(unittest.TestCase):
         self.browser.ask("opened = new Promise((done) => document.getElementById('machine-0').addEventListener('toggle', done)); 0")
         self.browser.press("Enter", 13, "\r")
         self.browser.ask("opened.then(() => 0)")
+        self.browser.ask("document.querySelectorAll('details').forEach(open)")
         described = "textsOf('#machine-0[open] svg[role=img] > desc')"
         self.assertIn("Ethernet (up): 10.0.0.2/16, 2001:db8::10/64", self.browser.ask(described))
         self.assertEqual([], self.browser.ask("missingForReaders()"))

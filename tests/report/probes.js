@@ -43,6 +43,7 @@ function missingForReaders() {
   return [
     ...levels.filter((level, place) => level > (levels[place - 1] ?? 0) + 1).map((level) => `a heading ${level} that skips a level`),
     ...all("table").filter((table) => !table.caption?.textContent).map(() => "a table without a caption"),
+    ...all("tr").filter((row) => row.cells.length !== row.closest("table").rows[0].cells.length).map(() => "a row that is too long or too short"),
     ...all("th:not([scope])").map((cell) => `a heading cell without a scope: ${cell.textContent}`),
     ...all("svg:not([aria-hidden=true])").filter((svg) => svg.getAttribute("role") !== "img" || !nameOf(svg)).map(() => "a drawing without a name"),
     ...all("input, select").filter((field) => field.labels.length === 0).map(() => "a field without a label"),
