@@ -94,7 +94,13 @@ std::string OpenLines(const std::vector<zelk::Difference>& differences)
     std::string text;
     for (const zelk::Difference& difference : differences)
     {
-        text += "Not as wanted: " + AdapterPrefix(difference.adapter) + LabelOf(difference.path) + ':';
+        const std::string sItem = AdapterPrefix(difference.adapter) + LabelOf(difference.path);
+        if (difference.before.is_null() && difference.after.is_null())
+        {
+            text += "Not known how it was configured: " + sItem + '\n';
+            continue;
+        }
+        text += "Not as wanted: " + sItem + ':';
         const Table::Cell lines = BeforeLines(difference.before);
         for (std::size_t i = 0; i < lines.size(); ++i)
             text += (i == 0 ? " " : ", ") + lines[i];

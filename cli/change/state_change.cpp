@@ -77,7 +77,7 @@ std::string SentenceOf(const zelk::PendingChange& pending)
         return "\"zelkctl restore\" tries again to take the machine back.";
     return "Confirm the change with \"zelkctl confirm\" within " + std::to_string(*pending.confirmWithin) +
            " s, or the previous state is restored" +
-           (pending.waitFor ? "; an answer of " + pending.waitFor->ToText() + " confirms it too." : ".");
+           (pending.waitFor ? "; an answer from " + pending.waitFor->ToText() + " confirms it too." : ".");
 }
 
 std::string AdaptersOf(const zelk::Plan& plan)

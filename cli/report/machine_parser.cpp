@@ -32,7 +32,7 @@ bool HasText(const Json& json, const char* pszMember)
     return Has(json, pszMember) && json[pszMember].is_string();
 }
 
-/// Whether an answer of the tool stands in its envelope.
+/// Whether an answer from the tool stands in its envelope.
 bool IsAnswer(const Json& json)
 {
     return HasText(json, "command") && (Has(json, "result") || Has(json, "error"));

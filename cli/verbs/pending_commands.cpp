@@ -95,7 +95,7 @@ Answer Restore(std::chrono::seconds timeout)
         text += TextOf(undo);
     return {.value = zelk::RestorationToJson(result),
             .text = std::move(text),
-            .notes = {bDone ? "The state before the change has been restored."
+            .notes = {bDone ? "The previous state was restored."
                             : "Not everything could be restored; the change stays pending."},
             .code = zelk::CodeOf(result.outcome)};
 }

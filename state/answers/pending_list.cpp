@@ -24,8 +24,11 @@ std::string StatusOf(const PendingChange& change, bool watched, bool atWork)
         return "The previous state is being restored.";
     std::string open;
     for (const std::string& item : change.restoration ? change.restoration->open : std::vector<std::string>())
-        open += (open.empty() ? ": not as before: " : ", ") + item;
-    return "Restoring the previous state was not completed" + open + "; \"zelkctl restore\" tries again.";
+        open += (open.empty() ? " Not restored: " : ", ") + item;
+    if (!open.empty())
+        open += '.';
+    return "The previous state was not restored completely." + open +
+           " \"zelkctl restore\" tries again; \"zelkctl restore --discard\" removes this message.";
 }
 
 PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bool atWork)
