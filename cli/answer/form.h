@@ -11,6 +11,7 @@ struct Form
 {
     bool bJson = false;
     bool bJsonLines = false;          ///< each object takes one line
+    bool bAscii = false;              ///< JSON without characters beyond ASCII
     std::string sGet;                 ///< of every record this item alone, as a bare value
     std::vector<std::string> columns; ///< of the table
     bool bWide = false;               ///< a table with all columns, as wide as it becomes

@@ -115,7 +115,7 @@ void Renderer::RenderPiece(const Answer& piece, bool bMoreComes) const
         WriteData(BareValues(FindField(piece.fields, m_form.sGet), piece.value));
     else if (m_form.bJson && bMoreComes)
         for (const Json& record : piece.value)
-            WriteData(Dump(record, -1) + '\n');
+            WriteData(Dump(record, -1, m_form.bAscii) + '\n');
     else if (m_form.bJson)
         WriteJson("result", piece.value);
     else if (piece.text)
@@ -134,7 +134,7 @@ void Renderer::WriteJson(const char* pszKey, const Json& value) const
     answer["schemaVersion"] = SCHEMA_VERSION;
     answer["command"] = m_sCommand;
     answer[pszKey] = value;
-    WriteData(Dump(answer, m_form.bJsonLines ? -1 : 2) + '\n');
+    WriteData(Dump(answer, m_form.bJsonLines ? -1 : 2, m_form.bAscii) + '\n');
 }
 
 std::string Renderer::TableOf(const Answer& answer) const

@@ -152,9 +152,9 @@ std::string BareLines(const Json& value)
     return lines;
 }
 
-std::string Dump(const Json& value, int indent)
+std::string Dump(const Json& value, int indent, bool bAscii)
 {
-    return value.dump(indent, ' ', false, Json::error_handler_t::replace);
+    return value.dump(indent, ' ', bAscii, Json::error_handler_t::replace);
 }
 
 } // namespace zelkctl

@@ -24,7 +24,8 @@ std::vector<std::string> TextsOf(const Field& field, const Json& value);
 /// The value for a script: a line for each item of an array, an empty line for what is not known.
 std::string BareLines(const Json& value);
 
-/// The JSON text; what is no UTF-8 is replaced. An indent below 0 keeps it on one line.
-std::string Dump(const Json& value, int indent);
+/// The JSON text; what is no UTF-8 is replaced. An indent below 0 keeps it on one line. In ASCII, other characters are
+/// escaped.
+std::string Dump(const Json& value, int indent, bool bAscii = false);
 
 } // namespace zelkctl

@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include <state/answers/pending_list.h>
 #include <state/answers/reports.h>
 #include <state/answers/watch_program.h>
 #include <state/fields/schema.h>
@@ -24,12 +25,25 @@ namespace zelkctl
 namespace
 {
 
+/// All that is pending, as far as this process may know it.
+Json PendingRecords()
+try
+{
+    return RecordsOf(zelk::ReadPending());
+}
+catch (const zelk::StateError&)
+{
+    return Json::array();
+}
+
 Answer DifferencesOf(const zelk::Plan& plan)
 {
     auto notes = plan.notes;
     if (plan.differences.empty())
         notes.emplace_back("Nothing would be changed.");
-    return {.value = zelk::ToJson(plan), .text = TextOf(plan), .notes = std::move(notes), .code = zelk::CodeOf(plan)};
+    Json value = zelk::ToJson(plan);
+    value["pending"] = PendingRecords();
+    return {.value = std::move(value), .text = TextOf(plan), .notes = std::move(notes), .code = zelk::CodeOf(plan)};
 }
 
 /// What has become of a change that was not completed.
@@ -63,7 +77,8 @@ zelk::WatchProgram OwnProgram()
 zelk::GuardedResult Apply(const StateChangeOf& changeOf, const StateChangeOptions& options)
 {
     const ApplyEnvironment environment;
-    zelk::GuardedOptions how{.apply = environment.Options(options.timeout), .confirmation = std::nullopt};
+    zelk::GuardedOptions how{
+        .apply = environment.Options(options.timeout), .confirmation = std::nullopt, .label = options.sLabel};
     how.apply.keep = options.bKeep;
     if (options.confirmWithin)
         how.confirmation = {*options.confirmWithin, options.waitFor, OwnProgram()};
@@ -151,11 +166,16 @@ void RequireOutcome(const zelk::GuardedResult& result, bool bIsDocument)
     RefuseFaults(result.faults, bIsDocument ? &zelk::Printable : &ItemAt);
 }
 
-Answer AnswerOf(const StateChange& change, const zelk::Plan& plan, const zelk::ApplyResult& result)
+Answer AnswerOf(const StateChange& change, const zelk::Plan& plan, const zelk::ApplyResult& result,
+                const std::optional<zelk::PendingChange>& pending = {})
 {
     auto notes = plan.notes;
     Json value = zelk::ToJson(result, plan);
+    value["pendingChange"] = pending ? Json(pending->id) : Json();
+    value["pending"] = PendingRecords();
     notes.push_back(SentenceOf(change, result));
+    if (pending)
+        notes.push_back(SentenceOf(*pending));
     return {.value = std::move(value),
             .text = TextOf(result),
             .notes = std::move(notes),
@@ -185,10 +205,7 @@ Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
         RequireConfirmation(AdaptersOf(plan), options.bConfirmed);
     const zelk::GuardedResult guarded = Apply(changeOf, options);
     RequireOutcome(guarded, change.bIsDocument);
-    Answer answer = AnswerOf(change, guarded.plan, guarded.result);
-    if (guarded.pending)
-        answer.notes.push_back(SentenceOf(*guarded.pending));
-    return answer;
+    return AnswerOf(change, guarded.plan, guarded.result, guarded.pending);
 }
 
 Json DifferencesSchema()
@@ -196,7 +213,8 @@ Json DifferencesSchema()
     return ObjectOf({{"differs", zelk::SchemaOfType("boolean")},
                      {"items", ArrayOf(ItemSchema())},
                      {"steps", ArrayOf(StepSchema(false))},
-                     {"notes", ArrayOf(zelk::SchemaOfType("string"))}});
+                     {"notes", ArrayOf(zelk::SchemaOfType("string"))},
+                     {"pending", ListOf<zelk::PendingEntry>()}});
 }
 
 Json AppliedSchema()
@@ -209,6 +227,8 @@ Json AppliedSchema()
          {"differences", ArrayOf(ItemSchema())},
          {"undo", zelk::OrNull(UndoSchema())},
          {"notes", ArrayOf(zelk::SchemaOfType("string"))},
+         {"pendingChange", zelk::OrNull(zelk::SchemaOfType("string"))},
+         {"pending", ListOf<zelk::PendingEntry>()},
          {"adapters", ListOf("adapter")}});
 }
 

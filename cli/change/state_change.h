@@ -34,6 +34,7 @@ struct StateChangeOptions
     std::chrono::seconds timeout = std::chrono::seconds(60);
     std::optional<std::uint32_t> confirmWithin = {}; ///< seconds; else the previous state is restored
     std::optional<zelk::IpAddress> waitFor = {};     ///< a host whose answer confirms
+    std::string sLabel = {};                         ///< of the change while it is pending
 };
 
 /// What the user wants of the machine as it was just read.

@@ -181,18 +181,24 @@ GivenFlag Command::AddHiddenFlag(const std::string& sName)
 
 void Command::AddJsonFlag()
 {
-    AddFlagOption(*m_pParser, "--json", "Print JSON instead of text").each([pRequest = m_pRequest](const std::string&) {
-        pRequest->form.bJson = true;
-    });
+    AddJsonFlags("Print JSON instead of text", false);
 }
 
 void Command::AddJsonLinesFlag()
 {
-    AddFlagOption(*m_pParser, "--json", "Print JSON, one object per line, instead of text")
-        .each([pRequest = m_pRequest](const std::string&) {
-            pRequest->form.bJson = true;
-            pRequest->form.bJsonLines = true;
-        });
+    AddJsonFlags("Print JSON, one object per line, instead of text", true);
+}
+
+void Command::AddJsonFlags(const char* pszDescription, bool bLines)
+{
+    CLI::Option& json = AddFlagOption(*m_pParser, "--json", pszDescription);
+    json.each([pRequest = m_pRequest, bLines](const std::string&) {
+        pRequest->form.bJson = true;
+        pRequest->form.bJsonLines = bLines;
+    });
+    AddFlagOption(*m_pParser, "--ascii", "Escape what is not ASCII in JSON, where an encoding could be wrong")
+        .each([pRequest = m_pRequest](const std::string&) { pRequest->form.bAscii = true; })
+        ->needs(&json);
 }
 
 void Command::AddGetOption(const std::vector<Field>& fields)

@@ -73,7 +73,7 @@ public:
     /// One that the help does not show.
     GivenFlag AddHiddenFlag(const std::string& sName);
 
-    /// Lets the user choose JSON.
+    /// Lets the user choose JSON, and whether it holds ASCII only.
     void AddJsonFlag();
     /// Likewise of a verb that answers with any number of objects, one per line.
     void AddJsonLinesFlag();
@@ -92,6 +92,8 @@ public:
     [[nodiscard]] const std::vector<CommandSchema>& AllSchemas() const noexcept { return m_pRequest->schemas; }
 
 private:
+    void AddJsonFlags(const char* pszDescription, bool bLines);
+
     CLI::App* m_pParser;
     Request* m_pRequest;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <state/answers/pending_list.h>
 #include <state/desired/json_reading.h>
 #include <state/desired/object_reader.h>
 #include <state/fields/schema.h>
@@ -54,6 +55,7 @@ MachineParser::MachineParser()
       m_definitions(m_parts[READING].schema["$defs"])
 {
     m_definitions.update(zelk::Definitions<TraceRecord>());
+    m_definitions.update(zelk::Definitions<zelk::PendingEntry>());
 }
 
 Json MachineParser::Machines(std::string_view text, const std::string& sName, Faults& faults) const

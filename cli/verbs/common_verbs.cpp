@@ -191,10 +191,12 @@ std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
     const auto within = AddSecondsOption(verb, "--confirm-within",
                                          "Restore the previous state unless \"zelkctl confirm\" is run in that time");
+    const auto label = verb.AddOption({"--label", "What \"zelkctl pending\" shows with the change", "TEXT"});
     const auto host = verb.AddOption({"--wait-for", "Confirm as soon as this host answers", "ADDRESS"});
     verb.AddJsonFlag();
     return [=] {
-        StateChangeOptions options{.bCheck = check(), .bKeep = keep(), .timeout = timeout(), .confirmWithin = within()};
+        StateChangeOptions options{
+            .bCheck = check(), .bKeep = keep(), .timeout = timeout(), .confirmWithin = within(), .sLabel = label()};
         if (const std::string sHost = host(); !sHost.empty())
             options.waitFor = ParseAddress("--wait-for", sHost);
         if (options.waitFor && !options.confirmWithin)

@@ -9,6 +9,7 @@
 #include <state/pending/change_folder.h>
 #include <state/pending/guarded_apply.h>
 
+#include "answer/cell_text.h"
 #include "answer/failure.h"
 #include "answer/value_text.h"
 #include "change/apply_environment.h"
@@ -52,9 +53,12 @@ std::string HintOf(const std::vector<zelk::PendingRecord>& records)
     return "The previous state was restored " + zelk::TextOf(*records.front().change->restoration) + '.';
 }
 
-[[noreturn]] void FailPending(const zelk::PendingResult& result)
+/// `sId` is of the change that was asked for; empty for all.
+[[noreturn]] void FailPending(const zelk::PendingResult& result, const std::string& sId)
 {
-    const zelk::ErrorReport report = zelk::ReportOf(result);
+    zelk::ErrorReport report = zelk::ReportOf(result);
+    if (result.outcome == zelk::PendingOutcome::NOTHING && !sId.empty())
+        report.reason = "the change " + sId + " is not pending";
     switch (result.outcome)
     {
     case zelk::PendingOutcome::BUSY: throw BusyFailure(result.holder);
@@ -65,31 +69,46 @@ std::string HintOf(const std::vector<zelk::PendingRecord>& records)
     }
 }
 
+/// The change that was meant; empty for all.
+GivenText AddChangeArgument(Command verb)
+{
+    const auto id =
+        verb.AddOptionalArgument({"CHANGE", "Only the change that \"zelkctl pending\" lists under this id", "ID"});
+    return [id] {
+        const std::string sId = id();
+        if (!sId.empty() && !zelk::IsChangeId(sId))
+            throw UsageError("CHANGE", Quoted(sId) + " is not the id of a change");
+        return sId;
+    };
+}
+
 void AddConfirm(Command tool)
 {
     Command verb = tool.AddVerb({"confirm", "Keep a change that waits to be confirmed", "confirm"});
+    const auto id = AddChangeArgument(verb);
     const auto timeout = AddTimeoutOption(verb, "How long to wait for another change to end; 60 by default");
     verb.AddJsonFlag();
     verb.Answers(
         [] {
             return ObjectOf({{"confirmed", {{"type", "array"}, {"items", zelk::SchemaOfType("string")}}}});
         },
-        [timeout] {
+        [timeout, id] {
+            const std::string sId = id();
             RequireElevation("");
-            const auto result = zelk::ConfirmPending(timeout());
+            const auto result = zelk::ConfirmPending(timeout(), sId);
             if (result.outcome != zelk::PendingOutcome::DONE)
-                FailPending(result);
+                FailPending(result, sId);
             return Answer{.value = zelk::ConfirmationToJson(result), .text = "The change is confirmed.\n"};
         });
 }
 
-Answer Restore(std::chrono::seconds timeout)
+Answer Restore(std::chrono::seconds timeout, const std::string& sId)
 {
     const ApplyEnvironment environment;
-    const auto result = zelk::RestorePending(environment.Options(timeout));
+    const auto result = zelk::RestorePending(environment.Options(timeout), sId);
     const bool bDone = result.outcome == zelk::PendingOutcome::DONE;
     if (!bDone && result.outcome != zelk::PendingOutcome::NOT_RESTORED)
-        FailPending(result);
+        FailPending(result, sId);
     std::string text;
     for (const zelk::Undo& undo : result.undone)
         text += TextOf(undo);
@@ -100,17 +119,18 @@ Answer Restore(std::chrono::seconds timeout)
             .code = zelk::CodeOf(result.outcome)};
 }
 
-Answer Discard(std::chrono::seconds timeout)
+Answer Discard(std::chrono::seconds timeout, const std::string& sId)
 {
-    const auto result = zelk::DiscardPending(timeout);
+    const auto result = zelk::DiscardPending(timeout, sId);
     if (result.outcome != zelk::PendingOutcome::DONE)
-        FailPending(result);
+        FailPending(result, sId);
     return {.value = zelk::RestorationToJson(result), .text = "What was pending is forgotten.\n"};
 }
 
 void AddRestore(Command tool)
 {
     Command verb = tool.AddVerb({"restore", "Undo the changes that are pending", "restore"});
+    const auto id = AddChangeArgument(verb);
     const auto discard = verb.AddFlag("--discard", "Forget what is pending without restoring anything");
     const auto yes = AddYesFlag(verb);
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
@@ -122,10 +142,11 @@ void AddRestore(Command tool)
                              {"undo", {{"type", "array"}, {"items", UndoSchema()}}}});
         },
         [=] {
+            const std::string sId = id();
             RequireElevation("");
             if (std::ranges::any_of(zelk::ReadPending(), zelk::IsPending))
                 RequireConfirmation("", yes());
-            return discard() ? Discard(timeout()) : Restore(timeout());
+            return discard() ? Discard(timeout(), sId) : Restore(timeout(), sId);
         });
 }
 

@@ -11,6 +11,7 @@ constexpr Field<PendingEntry> PENDING[] = {
     Item<PendingEntry, &PendingEntry::status>("status", "Status", "How it stands, in a sentence."),
     Item<PendingEntry, &PendingEntry::phase>("phase", "Phase",
                                              "\"applying\", \"waiting\", \"restoring\" or \"restored\"."),
+    Item<PendingEntry, &PendingEntry::label>("label", "Label", "What whoever made it noted."),
     Item<PendingEntry, &PendingEntry::user>("user", "By", "Who has made it."),
     Item<PendingEntry, &PendingEntry::process>("process", "Process", "The process that has made it."),
     Item<PendingEntry, &PendingEntry::since>("since", "Since", "When it began, in UTC."),

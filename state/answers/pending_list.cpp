@@ -44,6 +44,8 @@ PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bo
     entry.watched = change.phase != PendingPhase::RESTORED && LifeSign::IsGiven(WatchFile(folder, record.id));
     entry.status = StatusOf(change, entry.watched, atWork);
     entry.phase = WordOf(change.phase);
+    if (!change.label.empty())
+        entry.label = change.label;
     entry.user = change.by.user;
     entry.process = change.by.process;
     entry.since = change.by.since;

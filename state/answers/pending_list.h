@@ -16,6 +16,7 @@ struct PendingEntry
     std::string id;
     std::string status; ///< a sentence
     std::optional<std::string> phase;
+    std::optional<std::string> label;
     std::optional<std::string> user;
     std::optional<std::uint32_t> process;
     std::optional<std::string> since;

@@ -162,7 +162,11 @@ void PlanAndApply(const std::optional<std::wstring>& folder, const DesiredOf& de
     }
     std::optional<ChangeRecord> record;
     if (folder && !result.plan.steps.empty())
-        record.emplace(*folder, MakePendingChange(before, result.plan), options.confirmation);
+    {
+        PendingChange change = MakePendingChange(before, result.plan);
+        change.label = options.label;
+        record.emplace(*folder, std::move(change), options.confirmation);
+    }
     result.result = Apply(before, result.plan, options.apply);
     if (record)
         result.pending = record->Finish(result.result);
@@ -178,10 +182,17 @@ std::optional<ChangeLock> TakeLock(const std::wstring& folder, milliseconds time
     return lock;
 }
 
-/// The last one first.
-std::vector<PendingRecord> RecordsInOrder(const std::wstring& folder)
+/// All, or the one with the id.
+std::vector<PendingRecord> RecordsOf(const std::wstring& folder, const std::string& id)
 {
     auto records = LoadPendingChanges(folder);
+    std::erase_if(records, [&](const PendingRecord& record) { return !id.empty() && record.id != id; });
+    return records;
+}
+
+/// The last one first.
+std::vector<PendingRecord> InOrder(std::vector<PendingRecord> records)
+{
     std::ranges::stable_sort(records, std::ranges::greater(), [](const PendingRecord& record) {
         return record.change ? record.change->by.since : std::string();
     });
@@ -196,10 +207,10 @@ Undo Restore(const PendingChange& change, const ApplyOptions& options)
     return undo;
 }
 
-bool ConfirmAll(const std::wstring& folder, PendingResult& result)
+bool ConfirmAll(const std::wstring& folder, std::vector<PendingRecord> records, PendingResult& result)
 {
     bool interrupted = false;
-    for (PendingRecord& record : LoadPendingChanges(folder))
+    for (PendingRecord& record : records)
     {
         const bool waits = record.change && record.change->phase == PendingPhase::WAITING;
         interrupted = interrupted || (record.change && !waits && !IsOver(record));
@@ -227,10 +238,11 @@ bool RestoreOne(const std::wstring& folder, PendingChange& change, const ApplyOp
     return undo.open.empty();
 }
 
-void RestoreAll(const std::wstring& folder, const ApplyOptions& options, PendingResult& result)
+void RestoreAll(const std::wstring& folder, std::vector<PendingRecord> records, const ApplyOptions& options,
+                PendingResult& result)
 {
     result.outcome = PendingOutcome::NOTHING;
-    for (PendingRecord& record : RecordsInOrder(folder))
+    for (PendingRecord& record : records)
     {
         if (IsOver(record))
             continue;
@@ -286,28 +298,31 @@ GuardedResult ApplyGuarded(const DesiredOf& desired, const GuardedOptions& optio
     return result;
 }
 
-PendingResult ConfirmPending(milliseconds timeout)
+PendingResult ConfirmPending(milliseconds timeout, const std::string& id)
 {
-    return OnPending(timeout, {}, [](const std::wstring& folder, PendingResult& result) {
-        const bool interrupted = ConfirmAll(folder, result);
+    return OnPending(timeout, {}, [&](const std::wstring& folder, PendingResult& result) {
+        const bool interrupted = ConfirmAll(folder, RecordsOf(folder, id), result);
         if (!result.records.empty())
             return;
         result.outcome = interrupted ? PendingOutcome::INTERRUPTED : PendingOutcome::NOTHING;
         if (!interrupted)
-            std::ranges::copy_if(LoadPendingChanges(folder), std::back_inserter(result.records), IsOver);
+            std::ranges::copy_if(RecordsOf(folder, id), std::back_inserter(result.records), IsOver);
     });
 }
 
-PendingResult RestorePending(const ApplyOptions& options)
+PendingResult RestorePending(const ApplyOptions& options, const std::string& id)
 {
-    return OnPending(options.timeout, options.isCancelled,
-                     [&](const std::wstring& folder, PendingResult& result) { RestoreAll(folder, options, result); });
+    return OnPending(options.timeout, options.isCancelled, [&](const std::wstring& folder, PendingResult& result) {
+        RestoreAll(folder, InOrder(RecordsOf(folder, id)), options, result);
+    });
 }
 
-PendingResult DiscardPending(milliseconds timeout)
+PendingResult DiscardPending(milliseconds timeout, const std::string& id)
 {
-    return OnPending(timeout, {}, [](const std::wstring& folder, PendingResult& result) {
-        result.records = LoadPendingChanges(folder);
+    return OnPending(timeout, {}, [&](const std::wstring& folder, PendingResult& result) {
+        result.records = RecordsOf(folder, id);
+        if (result.records.empty())
+            result.outcome = PendingOutcome::NOTHING;
         for (const PendingRecord& record : result.records)
             RemovePendingChange(folder, record.id);
     });

@@ -25,6 +25,7 @@ struct GuardedOptions
 {
     ApplyOptions apply; ///< its timeout also limits the waiting for another change
     std::optional<Confirmation> confirmation;
+    std::string label = {}; ///< of the pending change, for whoever looks at it
 };
 
 enum class GuardedOutcome : std::uint8_t
@@ -78,12 +79,14 @@ struct PendingResult
     std::vector<Undo> undone; ///< of each change that was restored
 };
 
-/// Confirms all changes that wait for it.
-PendingResult ConfirmPending(std::chrono::milliseconds timeout);
-/// Undoes all pending changes, the last one first.
-PendingResult RestorePending(const ApplyOptions& options);
-/// Removes the records of all pending changes, whether they can be used or not, and restores nothing.
-PendingResult DiscardPending(std::chrono::milliseconds timeout);
+// Each of these looks at the change with the id alone, or at all of them where the id is empty.
+
+/// Confirms the changes that wait for it.
+PendingResult ConfirmPending(std::chrono::milliseconds timeout, const std::string& id = {});
+/// Undoes pending changes, the last one first.
+PendingResult RestorePending(const ApplyOptions& options, const std::string& id = {});
+/// Removes the records of pending changes, whether they can be used or not, and restores nothing.
+PendingResult DiscardPending(std::chrono::milliseconds timeout, const std::string& id = {});
 /// What the process that watches over a change does; see RunWatchProcess. Throws nothing.
 void WatchOver(const std::string& id, const ApplyOptions& options);
 

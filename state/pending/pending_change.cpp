@@ -260,6 +260,8 @@ std::string WritePendingChange(const PendingChange& change)
                  {"unknown", change.unknown}};
     for (const StoredValue& stored : change.stored)
         json["stored"].push_back(JsonOf(stored));
+    if (!change.label.empty())
+        json["label"] = change.label;
     if (change.confirmWithin)
         json["confirmWithin"] = *change.confirmWithin;
     if (change.waitFor)
@@ -283,6 +285,7 @@ PendingChange ParsePendingChange(std::string_view text, Faults& faults)
         return change;
     }
     std::uint32_t version = 0;
+    std::optional<std::string> label;
     ObjectReader reader(json, "", faults);
     reader.Require("recordVersion", version, ReadNumber<std::uint32_t>);
     if (version != RECORD_VERSION)
@@ -298,11 +301,13 @@ PendingChange ParsePendingChange(std::string_view text, Faults& faults)
     reader.Require("before", change.before, ReadBefore);
     reader.Require("stored", change.stored, ReadStored);
     reader.Require("unknown", change.unknown, ReadTexts);
+    reader.Take("label", label, ReadText);
     reader.Take("confirmWithin", change.confirmWithin, ReadNumber<std::uint32_t>);
     reader.Take("waitFor", change.waitFor, ReadAddress);
     reader.Take("waitingSince", change.waitingSince, ReadNumber<std::uint64_t>);
     reader.Take("restoration", change.restoration, ReadRestoration);
     reader.Finish();
+    change.label = label.value_or("");
     if (change.phase == PendingPhase::WAITING && !change.confirmWithin)
         Refuse(faults, "", "lacks \"confirmWithin\", which a change that waits has");
     if (change.phase == PendingPhase::RESTORED && !change.restoration)

@@ -47,6 +47,7 @@ struct PendingChange
     std::string machine; ///< see MachineId
     PendingPhase phase = PendingPhase::APPLYING;
     Changer by;
+    std::string label;              ///< what whoever made it noted; empty for nothing
     std::vector<std::string> steps; ///< what it does, a sentence each
     /// What was configured before of all that the steps can touch. Adapters are named by "guid:".
     DesiredState before;

@@ -50,6 +50,30 @@ TEST_F(Pending, ChangesStayWhenTheyAreConfirmed)
     EXPECT_EQ(sChanged, Standing());
 }
 
+/// As a program does that must not touch what others have made.
+TEST_F(Pending, ChangesAreToldApartByIdAndLabel)
+{
+    const Json result = Do(std::wstring(CHANGE) + L"--confirm-within 600 --label \u0441\u0435\u0442\u044c", 0);
+    const std::string sId = result["pendingChange"];
+    EXPECT_EQ(sId, result["pending"].at(0)["id"]);
+    const std::string sListed = Run(L"pending --json --ascii").sOut;
+    EXPECT_TRUE(std::ranges::all_of(sListed, [](char c) { return c > 0; })) << sListed;
+    EXPECT_EQ("\xD1\x81\xD0\xB5\xD1\x82\xD1\x8C", Json::parse(sListed)["result"].at(0)["label"]);
+
+    for (const wchar_t* pszVerb : {L"confirm", L"restore --yes", L"restore --discard --yes"})
+    {
+        const Result other = Run(pszVerb + std::wstring(L" 0123456789abcdef"));
+        EXPECT_EQ(1U, other.dwExitCode);
+        EXPECT_THAT(other.sErr, HasSubstr("the change 0123456789abcdef is not pending"));
+        EXPECT_EQ(2U, Run(pszVerb + std::wstring(L" lan0")).dwExitCode);
+    }
+    const std::string sChanged = Standing();
+    EXPECT_EQ(Json::array({sId}), Do(L"confirm " + zelk::FromUtf8(sId), 0)["confirmed"]);
+    EXPECT_EQ(sChanged, Standing());
+    EXPECT_TRUE(
+        Json::parse(Run(L"dns set lan0 198.51.100.53 198.51.100.54 --json").sOut)["result"]["pendingChange"].is_null());
+}
+
 TEST_F(Pending, ChangesAreConfirmedByAHostThatAnswersOrRestoredAtOnce)
 {
     Do(std::wstring(CHANGE) + L"--confirm-within 600 --wait-for 198.51.100.20", 0);
