@@ -1,5 +1,6 @@
 # What `cmake --install` and CPack make of the project. The components: runtime, which is all that a boot image needs;
-# state, the DLL with the C interface; development; documentation; symbols, the debug information of the binaries.
+# state, the DLL with the C interface; development; documentation; collection, the archive for Ansible; symbols, the debug
+# information of the binaries.
 include(CMakePackageConfigHelpers)
 
 set(package_files ${PROJECT_BINARY_DIR}/package)
@@ -73,8 +74,8 @@ set(CPACK_PACKAGE_VENDOR Velmor)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
-set(CPACK_COMPONENTS_ALL runtime state development documentation symbols)
-foreach(component runtime state development documentation)
+set(CPACK_COMPONENTS_ALL runtime state development documentation collection symbols)
+foreach(component runtime state development documentation collection)
   string(TOUPPER CPACK_COMPONENT_${component}_GROUP variable)
   set(${variable} package)
 endforeach()

@@ -43,6 +43,7 @@ if [ "${1:-}" = check ]; then
         cppcheck:/usr/bin/cppcheck
         git:/usr/bin/git
         python3-minimal:/usr/bin/python3
+        python3-pyflakes:/usr/lib/python3/dist-packages/pyflakes/__init__.py
     )
 fi
 

@@ -85,6 +85,7 @@ archives() {
     tree=$work/unpacked/$name
     same "the programs" $'Logfiles\nZELK_NM.DLL\nZELK_STATE.DLL\nzelkctl.exe' "$(files_in "$tree/bin")"
     same "the headers" "$(cd "$SOURCE_DIR/include" && files_in . | grep -v ^zelk_common)" "$(files_in "$tree/include")"
+    tar -xzOf "$tree/share/ansible/velmor-zelk-$version.tar.gz" bin/zelkctl.exe | cmp - "$tree/bin/zelkctl.exe"
     for file in lib/lib{ZELK_NM,ZELK_STATE}.dll.a lib/zelk_state.def lib/cmake/zelk_nm/zelk_nm-config.cmake \
         lib/pkgconfig/{zelk_nm,zelk_state}.pc \
         share/doc/zelk_nm/{README.md,LICENSE,zelk_nm.spdx.json,examples/list_adapters.cpp,docs/zelkctl.md,docs/api/index.html}; do
