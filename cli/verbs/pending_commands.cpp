@@ -75,7 +75,7 @@ GivenText AddChangeArgument(Command verb)
     const auto id =
         verb.AddOptionalArgument({"CHANGE", "Only the change that \"zelkctl pending\" lists under this id", "ID"});
     return [id] {
-        const std::string sId = id();
+        std::string sId = id();
         if (!sId.empty() && !zelk::IsChangeId(sId))
             throw UsageError("CHANGE", Quoted(sId) + " is not the id of a change");
         return sId;
