@@ -84,7 +84,6 @@ class BeforeAnyConnection(Base):
     def test_wrong_options_are_refused(self):
         for args, text in [({}, "one of the following is required: adapters, identity"),
                            ({**STATE, "confirm_within": 0}, "confirm_within: must be"),
-                           ({**STATE, "reconnect_to": MOVED}, "reconnect_to: needs confirm_within"),
                            ({**STATE, "confirm_within": 9, "wait_for": "gateway"}, "wait_for: \"gateway\""),
                            ({**STATE, "path": "ZELK"}, "path: \"ZELK\" is not the full path"),
                            ({**STATE, "path": r"C:\ZELK\..\x"}, "is not the full path"),
@@ -136,6 +135,16 @@ class Changes(Base):
             again = self.run_action(state, STATE, check=check)
             self.assertEqual((False, {"before": "", "after": ""}), (again["changed"], again["diff"]))
         self.assertEqual({}, self.machine.files)
+
+    def test_find_a_machine_that_has_its_new_address_already(self):
+        self.machine.files = {rf"C:\Program Files\ZELK\{name}": b"older" for name in carried.FILES}
+        self.machine.reachable = {MOVED}
+        for plugin, args in ((install, {}), (state, STATE), (info, {})):
+            for check in (True, False):
+                result = self.run_action(plugin, {**args, "reconnect_to": MOVED}, check)
+                self.assertEqual(plugin is not info, result.get("changed"), result)
+        result = self.run_action(info, {"reconnect_to": "192.0.2.99"})
+        self.assertTrue(result["unreachable"], result)
 
     def test_failures_say_what_the_tool_said(self):
         step = {"adapter": "lan0", "step": "Sets it", "outcome": "failed", "reason": "Access is denied", "output": None}

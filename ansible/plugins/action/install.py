@@ -4,7 +4,7 @@ import os
 from typing import Any
 
 from ansible_collections.velmor.zelk.plugins.plugin_utils import carried, scripts
-from ansible_collections.velmor.zelk.plugins.plugin_utils.machine_action import PATH_ARGUMENT, MachineAction
+from ansible_collections.velmor.zelk.plugins.plugin_utils.machine_action import ARGUMENTS, MachineAction
 from ansible_collections.velmor.zelk.plugins.plugin_utils.target import Refused, Target, Unreachable
 
 # What is being copied, until it has the right checksum.
@@ -15,10 +15,10 @@ class ActionModule(MachineAction):
     """Puts the carried files where they differ."""
 
     def work(self, task_vars: dict[str, Any]) -> dict[str, Any]:
-        given = self.validate_argument_spec(PATH_ARGUMENT)[1]
+        given = self.validate_argument_spec(ARGUMENTS)[1]
         sums = carried.read_sums()
         target = self.target(given["path"])
-        there = self._sums_on(target, list(sums))
+        there = target.reach(given["reconnect_to"], lambda: self._sums_on(target, list(sums)))
         wrong = [name for name in sums if there[name] != sums[name]]
         result: dict[str, Any] = {"changed": bool(wrong), "path": given["path"], "files": sums}
         if self._task.diff:

@@ -6,7 +6,7 @@ import yaml
 
 from ansible_collections.velmor.zelk.plugins.plugin_utils import desired_state
 from ansible_collections.velmor.zelk.plugins.plugin_utils.change import Change, Options, diff_of
-from ansible_collections.velmor.zelk.plugins.plugin_utils.machine_action import PATH_ARGUMENT, Failed, MachineAction
+from ansible_collections.velmor.zelk.plugins.plugin_utils.machine_action import ARGUMENTS as COMMON, Failed, MachineAction
 from ansible_collections.velmor.zelk.plugins.plugin_utils.scripts import Answer
 from ansible_collections.velmor.zelk.plugins.plugin_utils.target import Refused
 
@@ -15,11 +15,10 @@ ARGUMENTS = {
     "adapters": {"type": "list", "elements": "dict"},
     "identity": {"type": "dict"},
     "confirm_within": {"type": "int"},
-    "reconnect_to": {"type": "str"},
     "wait_for": {"type": "str"},
     "timeout": {"type": "int", "default": 60},
     "keep": {"type": "bool", "default": False},
-    **PATH_ARGUMENT,
+    **COMMON,
 }
 
 
@@ -29,9 +28,8 @@ def faults_of(given: dict[str, Any]) -> list[str]:
     for name in ("confirm_within", "timeout"):
         if given.get(name) is not None and not 1 <= given[name] <= LONGEST:
             faults.append(f"{name}: must be a number of seconds from 1 to {LONGEST}")
-    for name in ("reconnect_to", "wait_for"):
-        if given.get(name) and not given.get("confirm_within"):
-            faults.append(f"{name}: needs confirm_within, which says for how long")
+    if given.get("wait_for") and not given.get("confirm_within"):
+        faults.append("wait_for: needs confirm_within, which says for how long")
     if given.get("wait_for") and not desired_state.is_address(given["wait_for"]):
         faults.append(f"wait_for: \"{given['wait_for']}\" is not an address")
     return faults

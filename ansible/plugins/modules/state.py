@@ -126,18 +126,12 @@ options:
     description:
       - Restores the previous state unless the controller confirms the change over a new connection within this number of
         seconds, which begin when the change is done.
+      - The controller connects at the address of I(reconnect_to) if it is given, otherwise at the present one.
       - The machine does this by itself. If the change cuts it off, it restores its previous state, and the task fails
         and says so.
       - It takes up to 10 seconds over SSH, and up to 20 over WinRM and PSRP, until a broken connection is noticed. Give at
         least 60 seconds.
     type: int
-  reconnect_to:
-    description:
-      - Address at which the machine can be reached after the change; by default, the present one.
-      - It is also tried when the machine does not answer at the address of the inventory, so that the same task
-        finds a machine that has the new address already.
-      - Over SSH, the machine must have the same host key at both addresses.
-    type: str
   wait_for:
     description: Address of a host that also confirms the change as soon as it answers an echo request of the machine.
     type: str

@@ -8,6 +8,7 @@ import time
 from dataclasses import dataclass
 from typing import Any, Optional
 
+from ansible_collections.velmor.zelk.plugins.plugin_utils import scripts
 from ansible_collections.velmor.zelk.plugins.plugin_utils.machine_action import Failed
 from ansible_collections.velmor.zelk.plugins.plugin_utils.scripts import Answer
 from ansible_collections.velmor.zelk.plugins.plugin_utils.target import Missing, Refused, Target, Unreachable
@@ -52,12 +53,14 @@ class Change:
         self._goal = options.reconnect_to or self._home
         self._placed = ""           # the file with the document
         self._files: list[str] = []  # that and others that may be left
+        self._reached = False
         self._attempted = False      # to change something
         self.notes: list[str] = []
 
     def plan(self) -> Answer:
         """What would be changed."""
-        return self._call(self._apply, "--check")
+        self._reach()
+        return self._apply("--check")
 
     def make(self) -> tuple[Answer, bool]:
         """The answer, and whether the machine was changed. It is what was planned where the answer of the change was lost.
@@ -78,7 +81,8 @@ class Change:
         planned = self.plan() if self._options.confirm_within else None
         if planned and (planned.error or not planned.result["differs"]):
             return planned
-        self._call(self._place)
+        self._reach()
+        self._place()
         self._attempted = True
         try:
             return self._apply(*self._arguments())
@@ -126,19 +130,11 @@ class Change:
             raise Failed(answer.message)
         return answer.result or []
 
-    def _call(self, work: Any, *arguments: str) -> Answer:
-        """Reaches the machine for the first time: where the task says that it will be, if it is there already."""
-        try:
-            return work(*arguments)
-        except Unreachable:
-            if not self._options.reconnect_to or self._options.reconnect_to == self._target.address:
-                raise
-            self._target.connect_to(self._options.reconnect_to)
-            try:
-                return work(*arguments)
-            except Unreachable:
-                self._target.connect_to(self._home)
-                raise
+    def _reach(self) -> None:
+        """Finds out at which address the machine is before a file is copied, which would fail slowly and with warnings."""
+        if self._goal != self._home and not self._reached:
+            self._target.reach(self._goal, lambda: self._target.script(scripts.NOTHING))
+        self._reached = True
 
     # What others, or earlier runs, have left
 

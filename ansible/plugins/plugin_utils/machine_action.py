@@ -10,7 +10,7 @@ from ansible.plugins.action import ActionBase
 from ansible_collections.velmor.zelk.plugins.plugin_utils.target import (DIRECTORY, Missing, Refused, Target, Unreachable,
                                                                          directory_fault)
 
-PATH_ARGUMENT = {"path": {"type": "str", "default": DIRECTORY}}
+ARGUMENTS = {"path": {"type": "str", "default": DIRECTORY}, "reconnect_to": {"type": "str"}}
 
 
 class Failed(Exception):

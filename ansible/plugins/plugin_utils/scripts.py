@@ -13,6 +13,7 @@ from typing import Any, Optional, Sequence
 PROGRAM = "zelkctl.exe"
 LIBRARY = "ZELK_NM.DLL"
 DONE = "zelk: done"
+NOTHING = f"'{DONE}'"
 # What cmd.exe takes at most is 8191 characters; a script becomes 8/3 times as long before it gets there.
 LONGEST_SCRIPT = 2800
 

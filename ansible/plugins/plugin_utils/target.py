@@ -5,13 +5,14 @@ import os
 import re
 import tempfile
 from contextlib import suppress
-from typing import Any, Iterable, Optional
+from typing import Any, Callable, Iterable, Optional, TypeVar
 
 from ansible import constants
 from ansible.errors import AnsibleConnectionFailure
 
 from ansible_collections.velmor.zelk.plugins.plugin_utils import scripts
 
+_Result = TypeVar("_Result")
 DIRECTORY = r"C:\Program Files\ZELK"
 _ABSOLUTE = re.compile(r"^[A-Za-z]:[\\/][^*?\"<>|]*$|^\\\\[^*?\"<>|]+$")
 # A connection that has died shows within seconds, and none is shared with tasks that came before.
@@ -44,11 +45,12 @@ class Target:
         self._action = action
         self._connection = action._connection
         self._directory = directory
-        self._ssh_args: Optional[str] = None
+        self._watched = False
         if not getattr(self._connection._shell, "_IS_WINDOWS", False):
             raise Refused("this needs a machine with Windows: ansible_connection is winrm or psrp, or it is ssh and "
                           "ansible_shell_type is powershell or cmd")
         self._home = self.address
+        self._ssh_args = self._option("ssh_args")
 
     def path_of(self, name: str) -> str:
         return scripts.join(self._directory, name)
@@ -59,7 +61,7 @@ class Target:
 
     def watch_closely(self) -> None:
         """From now on a broken connection shows soon, and is not mended behind our back."""
-        self._ssh_args = self._option("ssh_args")
+        self._watched = True
         self._set_ssh("")
         for name, value in (("reconnection_retries", 0), ("connection_timeout", 10), ("operation_timeout", 8),
                             ("read_timeout", 10)):
@@ -79,6 +81,20 @@ class Target:
             if hasattr(self._connection, name):
                 setattr(self._connection, name, None)
         self._connection._connected = False
+
+    def reach(self, other: Optional[str], work: Callable[[], _Result]) -> _Result:
+        """Does the first work, where the machine is: at its address, or at the other one if it has that already."""
+        try:
+            return work()
+        except Unreachable:
+            if not other or other == self.address:
+                raise
+            self.connect_to(other)
+            try:
+                return work()
+            except Unreachable:
+                self.connect_to(self._home)
+                raise
 
     def leave(self) -> None:
         """Later tasks go on as if nothing had been, but over new connections: those of before may lead nowhere."""
@@ -147,7 +163,8 @@ class Target:
 
     def _set_ssh(self, more: str) -> None:
         if self._ssh_args is not None:
-            self._set("ssh_args", " ".join(filter(None, (_SSH_OPTIONS, more, self._ssh_args))))
+            options = (_SSH_OPTIONS if self._watched else "", more, self._ssh_args)
+            self._set("ssh_args", " ".join(filter(None, options)))
 
     def _option(self, name: str) -> Any:
         try:
