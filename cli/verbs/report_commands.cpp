@@ -15,6 +15,7 @@
 #include "records/answer_schema.h"
 #include "report/machine_parser.h"
 #include "report/page.h"
+#include "system/file_search.h"
 #include "system/utf8.h"
 #include "system/whole_file.h"
 #include "trace/trace_follower.h"
@@ -56,11 +57,25 @@ std::string NameOfFile(const std::string& sFile)
     return ToUtf8(std::filesystem::path(FromUtf8(sFile)).stem().wstring());
 }
 
+std::vector<std::string> FilesOf(const std::vector<std::string>& readings)
+{
+    std::vector<std::string> files;
+    for (const std::string& sReading : readings)
+    {
+        const auto found = FindFiles(FromUtf8(sReading));
+        if (found.empty())
+            throw UsageError("READING", "there is no file " + Quoted(sReading));
+        for (const std::wstring& sFile : found)
+            files.push_back(ToUtf8(sFile));
+    }
+    return files;
+}
+
 Json GivenMachines(const std::vector<std::string>& readings)
 {
     const MachineParser parser;
     Json machines = Json::array();
-    for (const std::string& sFile : readings)
+    for (const std::string& sFile : FilesOf(readings))
     {
         std::vector<zelk::Fault> faults;
         for (Json& machine : parser.Machines(ReadDocument("READING", sFile), NameOfFile(sFile), faults))
@@ -145,7 +160,7 @@ void AddReportCommand(Command tool)
         "machine, with its trace. A file that exists is replaced if it is such a page.");
     const auto file = verb.AddArgument({"FILE", "Where the page is written", "FILE.html"});
     const auto readings = verb.AddOptionalArguments(
-        {"READING", "Readings of other machines; - reads the standard input", "READING.json|-"});
+        {"READING", "Readings of other machines, also as *.json; - reads the standard input", "READING.json|-"});
     const auto desired = verb.AddOption({"--desired", "Show what differs on this machine from this state", "FILE"});
     const auto result =
         verb.AddOption({"--result", "Show this last change, which \"zelkctl apply --json\" printed", "FILE"});

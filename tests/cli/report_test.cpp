@@ -16,7 +16,7 @@ class Report : public ZelkctlTest
 {
 protected:
     Result Make(const std::wstring& sArguments) { return Run(L"report \"" + Page().wstring() + L"\" " + sArguments); }
-    [[nodiscard]] std::wstring Written(const std::wstring& sName, std::string_view content) const
+    std::wstring Written(const std::wstring& sName, std::string_view content) const
     {
         WriteFileBytes(folder / sName, content);
         return L"\"" + (folder / sName).wstring() + L"\"";
@@ -83,10 +83,14 @@ TEST_F(Report, TakesUtf16AndFailuresAndTheTraceOfAProgram)
     for (const char c : std::string_view(READING))
         sUtf16 += {c, '\0'};
     const std::string sFailure = R"({"command": "show", "error": {"reason": "<it> failed"}})";
-    const auto many = Make(Written(L"a.json", sUtf16) + L' ' + Written(L"b.json", sFailure));
+    Written(L"b.json", sFailure);
+    Written(L"a.json", sUtf16);
+    std::filesystem::create_directory(folder / L"c.json");
+    const auto many = Make(L"\"" + (folder / L"?.json").wstring() + L"\"");
     EXPECT_EQ("\"" + Page().string() + "\" was written: 2 machines.\n", many.sErr);
-    EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"({"machine":"HOST","reading":{)"));
+    EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"("machines":[{"machine":"HOST","reading":{)"));
     EXPECT_THAT(ReadFileBytes(Page()), HasSubstr(R"({"machine":"b","error":"\u003cit\u003e failed"})"));
+    EXPECT_THAT(Make(L"none*.json").sErr, HasSubstr("READING: there is no file \"none*.json\""));
 
     std::filesystem::create_directory(folder / L"Logfiles");
     WriteFileBytes(folder / L"Logfiles" / L"TOLVA_trace.log",
