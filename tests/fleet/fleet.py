@@ -7,6 +7,7 @@ import signal
 import subprocess
 import time
 from collections.abc import Callable
+from contextlib import suppress
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
@@ -46,7 +47,14 @@ class Host:
         return output(HERE / "hosts.sh", "in", self.name, self.fleet.folder, *line)
 
     def wine(self, *line: str) -> str:
-        return self.run(TOP / "scripts" / "wine-run.sh", *line)
+        """Tries again where the program has written nothing: under load, Wine now and then starts none."""
+        for attempt in range(3):
+            try:
+                return self.run(TOP / "scripts" / "wine-run.sh", *line)
+            except subprocess.CalledProcessError as failure:
+                if failure.stdout or failure.stderr or attempt == 2:
+                    raise
+        raise AssertionError
 
     def addresses(self, link: str) -> list[str]:
         links = json.loads(self.run("ip", "-json", "-4", "addr", "show", "dev", link))
@@ -132,8 +140,10 @@ class Play:
 
     def kill(self) -> None:
         """With all its children, as when the controller loses its power: nothing else runs in its namespace."""
-        for pid in output("ip", "netns", "pids", self.fleet.controller).split():
-            os.kill(int(pid), signal.SIGKILL)
+        while pids := output("ip", "netns", "pids", self.fleet.controller).split():
+            for pid in pids:
+                with suppress(ProcessLookupError):
+                    os.kill(int(pid), signal.SIGKILL)
         self.process.wait()
 
 
