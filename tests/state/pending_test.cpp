@@ -212,6 +212,17 @@ protected:
         });
     }
 
+    /// Waits for what the watch is to do; it must find its file free now and then.
+    template <class Condition>
+    static bool Await(const std::future<WatchEnd>& end, Condition condition)
+    {
+        const auto latest = std::chrono::steady_clock::now() + 30s;
+        while (!condition())
+            if (end.wait_for(20ms) == std::future_status::ready || std::chrono::steady_clock::now() > latest)
+                return false;
+        return true;
+    }
+
     std::atomic<int> m_restored = 0;
     std::vector<std::string> m_open; ///< what restoring leaves
 };
@@ -248,23 +259,22 @@ TEST_F(Watches, CountByThePerformanceCounter)
     change.waitingSince = 0;
     StorePendingChange(m_folder, change);
     auto end = Watch();
-    while (LoadPendingChange(m_folder, ID)->change->waitingSince == 0u) // a watch that comes late begins the time anew
-        std::this_thread::yield();
+    EXPECT_TRUE(Await(end, [this] { // a watch that comes late begins the time anew
+        const auto record = LoadPendingChange(m_folder, ID);
+        return record && record->change && record->change->waitingSince != 0u;
+    }));
     EXPECT_EQ(0, m_restored);
     late = true;
-    for (const auto begin = ::GetTickCount64(); m_restored == 0 && ::GetTickCount64() - begin < 30000;)
-        std::this_thread::yield();
+    EXPECT_EQ(std::future_status::ready, end.wait_for(30s));
     EXPECT_EQ(1, m_restored);
     RemovePendingChange(m_folder, ID); // ends it in any case
-    end.get();
 }
 
 TEST_F(Watches, EndWhenTheChangeIsConfirmedOrItsHostAnswers)
 {
     Store(PendingPhase::WAITING, 3600);
     auto end = Watch();
-    while (!LifeSign::IsGiven(WatchFile(m_folder, ID)))
-        std::this_thread::yield();
+    EXPECT_TRUE(Await(end, [this] { return LifeSign::IsGiven(WatchFile(m_folder, ID)); }));
     EXPECT_THROW(WatchPendingChange(m_folder, ID, {}), StateError); // one watch is enough
     RemovePendingChange(m_folder, ID);
     EXPECT_EQ(WatchEnd::GONE, end.get());
