@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include <state/answers/change_result.h>
 #include <state/answers/pending_list.h>
 #include <state/answers/reports.h>
 #include <state/answers/watch_program.h>
@@ -25,25 +26,13 @@ namespace zelkctl
 namespace
 {
 
-/// All that is pending, as far as this process may know it.
-Json PendingRecords()
-try
-{
-    return RecordsOf(zelk::ReadPending());
-}
-catch (const zelk::StateError&)
-{
-    return Json::array();
-}
-
 Answer DifferencesOf(const zelk::Plan& plan)
 {
     auto notes = plan.notes;
     if (plan.differences.empty())
         notes.emplace_back("Nothing would be changed.");
-    Json value = zelk::ToJson(plan);
-    value["pending"] = PendingRecords();
-    return {.value = std::move(value), .text = TextOf(plan), .notes = std::move(notes), .code = zelk::CodeOf(plan)};
+    return {
+        .value = zelk::PlanToJson(plan), .text = TextOf(plan), .notes = std::move(notes), .code = zelk::CodeOf(plan)};
 }
 
 /// What has become of a change that was not completed.
@@ -170,13 +159,10 @@ Answer AnswerOf(const StateChange& change, const zelk::Plan& plan, const zelk::A
                 const std::optional<zelk::PendingChange>& pending = {})
 {
     auto notes = plan.notes;
-    Json value = zelk::ToJson(result, plan);
-    value["pendingChange"] = pending ? Json(pending->id) : Json();
-    value["pending"] = PendingRecords();
     notes.push_back(SentenceOf(change, result));
     if (pending)
         notes.push_back(SentenceOf(*pending));
-    return {.value = std::move(value),
+    return {.value = zelk::ChangeToJson(result, plan, pending),
             .text = TextOf(result),
             .notes = std::move(notes),
             .code = zelk::CodeOf(result.outcome)};

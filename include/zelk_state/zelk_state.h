@@ -67,12 +67,10 @@ extern "C"
     ///
     /// @param context  what the caller of the operation has passed
     /// @param event  null, or an object, valid until the function returns, with `event`: "stepBegun" and "stepEnded"
-    /// have
-    ///               `undoing` (whether the previous state is being restored), `number` (from 1), `count` and `step`,
-    ///               which after its end has its `outcome`; "verifying" stands alone
-    /// @return 0 to go on; anything else to cancel, once and for all. A step that is being performed is ended where it
-    /// is
-    ///         a command. What was done is undone, unless it is to be kept. Undoing is not cancelled.
+    ///               come with `undoing` (whether the previous state is being restored), `number` (from 1), `count` and
+    ///               `step`, which after its end has its `outcome`; "verifying" stands alone
+    /// @return 0 to go on; anything else to cancel, once and for all. If the step that is being performed is a command,
+    ///         it is ended. What was done is undone, unless it is to be kept. Undoing is not cancelled.
     typedef int(ZELK_STATE_CALL* zelk_state_progress)(void* context, const char* event); // NOLINT(*-use-using)
 
     /// Frees a text that this DLL has returned. Null is allowed. Never fails and never blocks.
@@ -98,8 +96,8 @@ extern "C"
     /// @return ZELK_STATE_NO_SUCH_ADAPTER when a text names no adapter or several.
     int ZELK_STATE_CALL zelk_state_export(const char* options, char** result, char** error);
 
-    /// Shows what zelk_state_apply() would do, as `zelkctl apply --check` does: `differs`, `items`, `steps` and
-    /// `notes`. It needs no elevation and changes nothing.
+    /// Shows what zelk_state_apply() would do, as `zelkctl apply --check` does: `differs`, `items`, `steps`,
+    /// `notes` and `pending`. It needs no elevation and changes nothing.
     /// @param desired  the desired state, as docs/desired-state.md describes it
     /// @param options  no keys yet
     /// @param[out] result,error  the answer, or why there is none
@@ -119,7 +117,8 @@ extern "C"
     /// @param desired  the desired state
     /// @param options  `timeout`: for each command, for the verification, and for another change to end, 60 by default;
     ///                 `keep`: true leaves what was done by a change that failed; `confirmWithin`; `waitFor`: an
-    ///                 address whose answer to an echo request confirms the change
+    ///                 address whose answer to an echo request confirms the change; `label`: a text that
+    ///                 zelk_state_pending() shows with the change
     /// @param progress  null, or called while the operation works
     /// @param context  passed to `progress`
     /// @param[out] result,error  the answer, or why there is none
@@ -133,8 +132,9 @@ extern "C"
     /// @return ZELK_STATE_NEEDS_ELEVATION without elevation.
     int ZELK_STATE_CALL zelk_state_pending(const char* options, char** result, char** error);
 
-    /// Keeps the change that waits to be confirmed, as `zelkctl confirm` does.
-    /// @param options  `timeout`: for another change to end, 60 by default
+    /// Keeps the changes that wait to be confirmed, as `zelkctl confirm` does.
+    /// @param options  `timeout`: for another change to end, 60 by default; `change`: only the one with this id, which
+    ///                 is `pendingChange` in the result of zelk_state_apply()
     /// @param[out] result,error  the answer, or why there is none
     /// @return ZELK_STATE_FAILED when nothing waits.
     int ZELK_STATE_CALL zelk_state_confirm(const char* options, char** result, char** error);
@@ -142,7 +142,8 @@ extern "C"
     /// Undoes the changes that are pending, as `zelkctl restore` does. It blocks until that is done
     /// and is not cancelled; `progress` can only cancel waiting for another change.
     /// @param options  `timeout`: for each command, for the verification, and for another change to end, 60 by default;
-    ///                 `discard`: true forgets what is pending and restores nothing
+    ///                 `discard`: true forgets what is pending and restores nothing; `change`: only the one with this
+    ///                 id
     /// @param progress  null, or called while the operation works
     /// @param context  passed to `progress`
     /// @param[out] result,error  the answer, or why there is none

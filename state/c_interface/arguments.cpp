@@ -6,6 +6,7 @@
 #include <state/desired/json_form.h>
 #include <state/desired/json_reading.h>
 #include <state/desired/object_reader.h>
+#include <state/pending/pending_change.h>
 #include <state/values/printable.h>
 
 namespace zelk
@@ -57,6 +58,13 @@ std::optional<IpAddress> ReadAddress(const Json& json, const std::string& place,
     return address;
 }
 
+std::optional<std::string> ReadChangeId(const Json& json, const std::string& place, Faults& faults)
+{
+    if (!json.is_string() || !IsChangeId(json.get_ref<const std::string&>()))
+        return Refuse(faults, place, "must be the id of a change, 16 hexadecimal digits");
+    return json.get<std::string>();
+}
+
 std::optional<std::vector<std::string>> ReadTexts(const Json& json, const std::string& place, Faults& faults)
 {
     if (!json.is_array())
@@ -83,6 +91,14 @@ void TakeFlag(ObjectReader& reader, const char* key, bool& flag)
     std::optional<bool> given;
     reader.Take(key, given, ReadBool);
     flag = given.value_or(flag);
+}
+
+template <class Read>
+void TakeText(ObjectReader& reader, const char* key, std::string& text, const Read& read)
+{
+    std::optional<std::string> given;
+    reader.Take(key, given, read);
+    text = given.value_or(text);
 }
 
 } // namespace
@@ -120,11 +136,14 @@ void RefuseOptions(const char* options)
     ReadOptionsText(options, [](ObjectReader&) {});
 }
 
-std::chrono::seconds ConfirmOptionsOf(const char* options)
+ConfirmOptions ConfirmOptionsOf(const char* options)
 {
-    std::chrono::seconds timeout(60);
-    ReadOptionsText(options, [&](ObjectReader& reader) { TakeTimeout(reader, timeout); });
-    return timeout;
+    ConfirmOptions confirm;
+    ReadOptionsText(options, [&](ObjectReader& reader) {
+        TakeTimeout(reader, confirm.timeout);
+        TakeText(reader, "change", confirm.change, ReadChangeId);
+    });
+    return confirm;
 }
 
 ChangeOptions ChangeOptionsOf(const char* options)
@@ -135,6 +154,7 @@ ChangeOptions ChangeOptionsOf(const char* options)
         TakeFlag(reader, "keep", change.keep);
         reader.Take("confirmWithin", change.confirmWithin, ReadSeconds);
         reader.Take("waitFor", change.waitFor, ReadAddress);
+        TakeText(reader, "label", change.label, ReadText);
     });
     if (change.waitFor && !change.confirmWithin)
         Refuse("the options cannot be used: waitFor needs confirmWithin, which says for how long");
@@ -147,6 +167,7 @@ RestoreOptions RestoreOptionsOf(const char* options)
     ReadOptionsText(options, [&](ObjectReader& reader) {
         TakeTimeout(reader, restore.timeout);
         TakeFlag(reader, "discard", restore.discard);
+        TakeText(reader, "change", restore.change, ReadChangeId);
     });
     return restore;
 }

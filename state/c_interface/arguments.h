@@ -25,7 +25,13 @@ std::optional<std::vector<std::string>> ExportOptionsOf(const char* options);
 /// Of an operation that has none.
 void RefuseOptions(const char* options);
 
-std::chrono::seconds ConfirmOptionsOf(const char* options);
+struct ConfirmOptions
+{
+    std::chrono::seconds timeout = std::chrono::seconds(60);
+    std::string change; ///< its id; empty for all
+};
+
+ConfirmOptions ConfirmOptionsOf(const char* options);
 
 struct ChangeOptions
 {
@@ -33,6 +39,7 @@ struct ChangeOptions
     bool keep = false;
     std::optional<std::uint32_t> confirmWithin; ///< seconds
     std::optional<IpAddress> waitFor;
+    std::string label;
 };
 
 ChangeOptions ChangeOptionsOf(const char* options);
@@ -41,6 +48,7 @@ struct RestoreOptions
 {
     std::chrono::seconds timeout = std::chrono::seconds(60);
     bool discard = false;
+    std::string change; ///< its id; empty for all
 };
 
 RestoreOptions RestoreOptionsOf(const char* options);

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <state/answers/change_result.h>
 #include <state/answers/pending_list.h>
 #include <state/answers/pending_result.h>
 #include <state/answers/reports.h>
@@ -48,7 +49,8 @@ WatchProgram FindWatchProgram()
 
 GuardedOptions GuardedOptionsOf(const ChangeOptions& options, ProgressCallback& progress)
 {
-    GuardedOptions guarded{.apply = progress.Options(options.timeout), .confirmation = std::nullopt};
+    GuardedOptions guarded{
+        .apply = progress.Options(options.timeout), .confirmation = std::nullopt, .label = options.label};
     guarded.apply.keep = options.keep;
     if (options.confirmWithin)
         guarded.confirmation = {*options.confirmWithin, options.waitFor, FindWatchProgram()};
@@ -70,9 +72,9 @@ void RequireApplied(const GuardedResult& result)
     RequireNoFaults(result.faults);
 }
 
-Answer AnswerOf(const ApplyResult& result, const Plan& plan)
+Answer AnswerOf(const ApplyResult& result, const Plan& plan, const std::optional<PendingChange>& pending = {})
 {
-    return {CodeOf(result.outcome), ToJson(result, plan)};
+    return {CodeOf(result.outcome), ChangeToJson(result, plan, pending)};
 }
 
 } // namespace
@@ -89,7 +91,7 @@ Answer ApplyDesiredState(const DesiredState& state, const ChangeOptions& options
     const GuardedResult guarded =
         ApplyGuarded([&](const Machine&) { return state; }, GuardedOptionsOf(options, progress));
     RequireApplied(guarded);
-    return AnswerOf(guarded.result, guarded.plan);
+    return AnswerOf(guarded.result, guarded.plan, guarded.pending);
 }
 
 Answer ListPending()
@@ -98,10 +100,10 @@ Answer ListPending()
     return {EXIT_DONE, JsonValue<std::vector<PendingEntry>>::Write(ReadPending())};
 }
 
-Answer Confirm(std::chrono::seconds timeout)
+Answer Confirm(const ConfirmOptions& options)
 {
     RequireElevation();
-    const PendingResult result = ConfirmPending(timeout);
+    const PendingResult result = ConfirmPending(options.timeout, options.change);
     if (result.outcome != PendingOutcome::DONE)
         throw ReportedError(ReportOf(result));
     return {EXIT_DONE, ConfirmationToJson(result)};
@@ -110,8 +112,8 @@ Answer Confirm(std::chrono::seconds timeout)
 Answer Restore(const RestoreOptions& options, ProgressCallback& progress)
 {
     RequireElevation();
-    const PendingResult result =
-        options.discard ? DiscardPending(options.timeout) : RestorePending(progress.Options(options.timeout));
+    const PendingResult result = options.discard ? DiscardPending(options.timeout, options.change)
+                                                 : RestorePending(progress.Options(options.timeout), options.change);
     if (result.outcome != PendingOutcome::DONE && result.outcome != PendingOutcome::NOT_RESTORED)
         throw ReportedError(ReportOf(result));
     return {CodeOf(result.outcome), RestorationToJson(result)};

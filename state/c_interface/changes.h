@@ -11,7 +11,7 @@ namespace zelk
 
 Answer ApplyDesiredState(const DesiredState& state, const ChangeOptions& options, ProgressCallback& progress);
 Answer ListPending();
-Answer Confirm(std::chrono::seconds timeout);
+Answer Confirm(const ConfirmOptions& options);
 Answer Restore(const RestoreOptions& options, ProgressCallback& progress);
 
 } // namespace zelk

@@ -1,5 +1,6 @@
 #include <zelk_state/zelk_state.h>
 
+#include <state/answers/change_result.h>
 #include <state/answers/library_version.h>
 #include <state/answers/reports.h>
 #include <state/c_interface/arguments.h>
@@ -46,7 +47,7 @@ Answer PlanFor(const DesiredState& state)
     const Plan plan = MakePlan(ReadMachine(), state, faults);
     if (!faults.empty())
         throw ReportedError(ReportOf(faults));
-    return {CodeOf(plan), ToJson(plan)};
+    return {CodeOf(plan), PlanToJson(plan)};
 }
 
 } // namespace

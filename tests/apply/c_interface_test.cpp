@@ -152,16 +152,23 @@ TEST_F(CInterface, IsCancelledByTheCallbackOrByAnotherThread)
 
 TEST_F(CInterface, ChangesWaitToBeConfirmed)
 {
-    constexpr const char* WITHIN = R"({"timeout": 15, "confirmWithin": 600})";
+    constexpr const char* WITHIN = R"({"timeout": 15, "confirmWithin": 600, "label": "of the tests"})";
     EXPECT_EQ(ZELK_STATE_DONE, Apply(CHANGE, WITHIN).iCode);
     const auto Pending = [](auto... texts) { return zelk_state_pending(nullptr, texts...); };
     EXPECT_EQ("waiting", Give(Pending).json.at(0).at("phase"));
+    EXPECT_EQ("of the tests", Give(Pending).json.at(0).at("label"));
     EXPECT_EQ(ZELK_STATE_BUSY, Apply(START).iCode);
     EXPECT_EQ(ZELK_STATE_DONE, Restore(OPTIONS).iCode);
     EXPECT_EQ(m_sBefore, Kernel());
 
-    EXPECT_EQ(ZELK_STATE_DONE, Apply(CHANGE, WITHIN).iCode);
-    EXPECT_EQ(ZELK_STATE_DONE, Give([](auto... texts) { return zelk_state_confirm(nullptr, texts...); }).iCode);
+    const Outcome made = Apply(CHANGE, WITHIN);
+    EXPECT_EQ(ZELK_STATE_DONE, made.iCode);
+    const auto ConfirmOnly = [](const std::string& sChange) {
+        const std::string sOptions = R"({"change": ")" + sChange + "\"}";
+        return Give([&](auto... texts) { return zelk_state_confirm(sOptions.c_str(), texts...); }).iCode;
+    };
+    EXPECT_EQ(ZELK_STATE_FAILED, ConfirmOnly("0123456789abcdef"));
+    EXPECT_EQ(ZELK_STATE_DONE, ConfirmOnly(made.json.at("pendingChange")));
     EXPECT_EQ(Json::array(), Give(Pending).json);
     EXPECT_THAT(Kernel(), HasSubstr("198.51.100.20/24"));
 }

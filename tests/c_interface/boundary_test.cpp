@@ -81,6 +81,7 @@ TEST(Boundary, RefusesOptions)
         {Export, R"({"adapters": ["a", 1]})", "/adapters/1: must be a text"},
         {Pending, R"({"all": true})", "/all: is not a known key"},
         {Confirm, R"({"timeout": 0})", "/timeout: must be a whole number of seconds from 1 to 86400"},
+        {Confirm, R"({"change": "all"})", "/change: must be the id of a change"},
         {Confirm, R"({"timeout": 1.5})", "/timeout: must be"},
         {Restore, R"({"timeout": 86401})", "/timeout: must be"},
         {Restore, R"({"discard": "yes"})", "/discard: must be true or false"},
