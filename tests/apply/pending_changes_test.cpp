@@ -55,7 +55,7 @@ TEST_F(Pending, ChangesAreToldApartByIdAndLabel)
 {
     const Json result = Do(std::wstring(CHANGE) + L"--confirm-within 600 --label \u0441\u0435\u0442\u044c", 0);
     const std::string sId = result["pendingChange"];
-    EXPECT_EQ(sId, result["pending"].at(0)["id"]);
+    EXPECT_EQ(Json(sId), result["pending"].at(0)["id"]);
     const std::string sListed = Run(L"pending --json --ascii").sOut;
     EXPECT_TRUE(std::ranges::all_of(sListed, [](char c) { return c > 0; })) << sListed;
     EXPECT_EQ("\xD1\x81\xD0\xB5\xD1\x82\xD1\x8C", Json::parse(sListed)["result"].at(0)["label"]);
