@@ -32,7 +32,9 @@ trap 'exit 143' TERM HUP
 
 scripts/setup.sh test 7>&-
 scripts/build.sh "$preset" 7>&-
-wine_server_start 60 7>&-
+# While others run in prefixes of their own, this one's server has nothing to do for minutes. If it ended meanwhile, two
+# tests at once could meet it going down: one then hung, and another lost its output.
+wine_server_start 900 7>&-
 # Whole outputs are kept: the cases are counted from them. It runs beside the script so that a signal is heeded at once.
 ctest --test-dir "$tree" -j 2 --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
     --test-output-size-passed 100000000 --test-output-size-failed 100000000 "$@" 7>&- &
