@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run-tests.sh PRESET [ctest arguments]: prepares the machine, builds the preset, and runs every test that it has, two at
-# once. The last line counts the cases.
+# run-tests.sh PRESET [ctest arguments]: prepares the machine, builds the preset, and runs every test that it has. The
+# last line counts the cases.
 set -euo pipefail
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 preset=$1
@@ -32,11 +32,10 @@ trap 'exit 143' TERM HUP
 
 scripts/setup.sh test 7>&-
 scripts/build.sh "$preset" 7>&-
-# While others run in prefixes of their own, this one's server has nothing to do for minutes. If it ended meanwhile, two
-# tests at once could meet it going down: one then hung, and another lost its output.
+# While others run in prefixes of their own, this one's server has nothing to do for minutes.
 wine_server_start 900 7>&-
 # Whole outputs are kept: the cases are counted from them. It runs beside the script so that a signal is heeded at once.
-ctest --test-dir "$tree" -j 2 --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
+ctest --test-dir "$tree" --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
     --test-output-size-passed 100000000 --test-output-size-failed 100000000 "$@" 7>&- &
 ctest=$!
 wait "$ctest" && rc=0 || rc=$?
