@@ -2,11 +2,6 @@
 # run-tests.sh PRESET [ctest arguments]: prepares the machine, builds the preset, and runs every test that it has. The
 # last line counts the cases.
 set -euo pipefail
-# The kernel places the heap of a program at random. That of Wine's loader, which lies at a fixed address, covers once in
-# some 8,000 starts the page that Wine shares with every process, and the program then ends with 1 and says nothing.
-if [ -z "${ZELK_FIXED_LAYOUT:-}" ] && setarch -R true 2>/dev/null; then
-    ZELK_FIXED_LAYOUT=1 exec setarch -R "$BASH" "$0" "$@"
-fi
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 preset=$1
 shift

@@ -17,6 +17,14 @@ export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=;winemenubuilder.exe=
 export LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY
 
+# Before a command that starts Wine. The kernel places the heap of a program at random. That of Wine's loader, which lies at
+# a fixed address, covers once in some 8,000 starts the page that Wine shares with every process, and the program then
+# ends with 1 and says nothing. What a program starts has the same layout.
+zelk_layout=()
+if setarch -R true 2>/dev/null; then
+    zelk_layout=(setarch -R)
+fi
+
 wine_prefix_complete() { [ -e "${1:-$WINEPREFIX}/.zelk-complete" ]; }
 
 # wine_server_start [SECONDS it stays without a client; "": until it is ended]. All streams are redirected because the
@@ -27,7 +35,7 @@ wine_server_start() {
     "$WINESERVER" "-p${1-${ZELK_WINE_LINGER:-3}}" </dev/null >/dev/null 2>&1 || rc=$?
     case $rc in
         0)
-            timeout -k 5 60 "$WINELOADER" hostname </dev/null >/dev/null 2>&1 || {
+            "${zelk_layout[@]}" timeout -k 5 60 "$WINELOADER" hostname </dev/null >/dev/null 2>&1 || {
                 echo "Wine starts no program in $WINEPREFIX" >&2
                 return 1
             }

@@ -10,4 +10,4 @@ if [ "$WINEPREFIX" = "$zelk_base_prefix" ] || [ ! -e "$WINEPREFIX/system.reg" ];
     wine_prefix_make
 fi
 wine_server_start
-exec timeout --foreground -v -k 5 "${ZELK_WINE_TIMEOUT:-600}" "$WINELOADER" "$@"
+exec "${zelk_layout[@]}" timeout --foreground -v -k 5 "${ZELK_WINE_TIMEOUT:-600}" "$WINELOADER" "$@"

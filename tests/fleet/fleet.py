@@ -47,14 +47,7 @@ class Host:
         return output(HERE / "hosts.sh", "in", self.name, self.fleet.folder, *line)
 
     def wine(self, *line: str) -> str:
-        """Tries again where the program has written nothing: under load, Wine now and then starts none."""
-        for attempt in range(3):
-            try:
-                return self.run(TOP / "scripts" / "wine-run.sh", *line)
-            except subprocess.CalledProcessError as failure:
-                if failure.stdout or failure.stderr or attempt == 2:
-                    raise
-        raise AssertionError
+        return self.run(TOP / "scripts" / "wine-run.sh", *line)
 
     def addresses(self, link: str) -> list[str]:
         links = json.loads(self.run("ip", "-json", "-4", "addr", "show", "dev", link))

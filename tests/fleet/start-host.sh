@@ -4,4 +4,4 @@ set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/wine-env.sh"
 hostname "$1"
 wine_server_start "" # it stays: sessions come and go
-exec "${@:2}" </dev/null >/dev/null 2>&1
+exec "${zelk_layout[@]}" "${@:2}" </dev/null >/dev/null 2>&1
