@@ -97,7 +97,7 @@ std::string OpenLines(const std::vector<zelk::Difference>& differences)
         const std::string sItem = AdapterPrefix(difference.adapter) + LabelOf(difference.path);
         if (difference.before.is_null() && difference.after.is_null())
         {
-            text += "Not known how it was configured: " + sItem + '\n';
+            text += "The previous configuration is not known: " + sItem + '\n';
             continue;
         }
         text += "Not as wanted: " + sItem + ':';

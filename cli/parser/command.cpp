@@ -196,7 +196,7 @@ void Command::AddJsonFlags(const char* pszDescription, bool bLines)
         pRequest->form.bJson = true;
         pRequest->form.bJsonLines = bLines;
     });
-    AddFlagOption(*m_pParser, "--ascii", "Escape what is not ASCII in JSON, where an encoding could be wrong")
+    AddFlagOption(*m_pParser, "--ascii", "Escape everything in JSON that is not ASCII")
         .each([pRequest = m_pRequest](const std::string&) { pRequest->form.bAscii = true; })
         ->needs(&json);
 }

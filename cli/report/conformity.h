@@ -8,10 +8,10 @@
 namespace zelkctl
 {
 
-/// The first place of a value that is not of the kind that a JSON Schema of this tool says; nothing when all of it is.
+/// The first place in a value that has another type than a JSON Schema of this tool says; nothing if there is none.
 ///
-/// Only kinds are compared. A member may be missing and a word unknown, because versions of the tool that write the
-/// same schema version differ in these.
+/// Only types are compared. A member may be missing and a word unknown, because versions of the tool that write the
+/// same schema version differ in these. A full validator would refuse both.
 /// @param definitions  what the schema's references lead to
 /// @param sPlace       of the value, as a JSON pointer
 std::optional<zelk::Fault> FindMisfit(const zelk::Json& value, const zelk::Json& schema, const zelk::Json& definitions,

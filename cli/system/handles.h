@@ -21,10 +21,6 @@ struct ReleaseChangeNotification
 {
     void operator()(HANDLE hChanges) const noexcept { ::FindCloseChangeNotification(hChanges); }
 };
-struct ReleaseSearch
-{
-    void operator()(HANDLE hSearch) const noexcept { ::FindClose(hSearch); }
-};
 
 /// Owns a resource of the system; null without one.
 template <class Resource, class Release = ReleaseResource>
@@ -34,7 +30,6 @@ using UniqueHandle = Owner<HANDLE>; ///< a file, an event, a mutex, one end of a
 using UniqueKey = Owner<HKEY>;
 using UniqueModule = Owner<HMODULE>;
 using UniqueChangeNotification = Owner<HANDLE, ReleaseChangeNotification>;
-using UniqueSearch = Owner<HANDLE, ReleaseSearch>; ///< for files
 
 /// Functions that open files answer INVALID_HANDLE_VALUE where others answer null.
 inline UniqueHandle OwnFile(HANDLE hFile)

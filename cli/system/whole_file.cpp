@@ -40,11 +40,13 @@ public:
                                 &dwWritten, nullptr));
             content.remove_prefix(dwWritten);
         }
+        Require(::FlushFileBuffers(file.get()));
     }
 
     void Move()
     {
-        m_bMoved = ::MoveFileExW(m_sBeside.c_str(), m_sPath.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
+        m_bMoved = ::MoveFileExW(m_sBeside.c_str(), m_sPath.c_str(),
+                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
         Require(m_bMoved);
     }
 

@@ -191,7 +191,7 @@ std::function<StateChangeOptions()> AddStateChangeOptions(Command verb)
     const auto timeout = AddTimeoutOption(verb, "How long each command, and the verification, may take; 60 by default");
     const auto within = AddSecondsOption(verb, "--confirm-within",
                                          "Restore the previous state unless \"zelkctl confirm\" is run in that time");
-    const auto label = verb.AddOption({"--label", "What \"zelkctl pending\" shows with the change", "TEXT"});
+    const auto label = verb.AddOption({"--label", "Text that \"zelkctl pending\" shows with the change", "TEXT"});
     const auto host = verb.AddOption({"--wait-for", "Confirm as soon as this host answers", "ADDRESS"});
     verb.AddJsonFlag();
     return [=] {

@@ -56,9 +56,7 @@ std::string HintOf(const std::vector<zelk::PendingRecord>& records)
 /// `sId` is of the change that was asked for; empty for all.
 [[noreturn]] void FailPending(const zelk::PendingResult& result, const std::string& sId)
 {
-    zelk::ErrorReport report = zelk::ReportOf(result);
-    if (result.outcome == zelk::PendingOutcome::NOTHING && !sId.empty())
-        report.reason = "the change " + sId + " is not pending";
+    const zelk::ErrorReport report = zelk::ReportOf(result, sId);
     switch (result.outcome)
     {
     case zelk::PendingOutcome::BUSY: throw BusyFailure(result.holder);

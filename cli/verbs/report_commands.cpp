@@ -1,11 +1,13 @@
 #include "verbs/report_commands.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include <state/desired/json_form.h>
 #include <state/plan/plan.h>
+#include <state/platform/file_search.h>
 #include <state/reading/read_machine.h>
 
 #include "answer/cell_text.h"
@@ -15,7 +17,6 @@
 #include "records/answer_schema.h"
 #include "report/machine_parser.h"
 #include "report/page.h"
-#include "system/file_search.h"
 #include "system/utf8.h"
 #include "system/whole_file.h"
 #include "trace/trace_follower.h"
@@ -57,17 +58,20 @@ std::string NameOfFile(const std::string& sFile)
     return ToUtf8(std::filesystem::path(FromUtf8(sFile)).stem().wstring());
 }
 
-std::vector<std::string> FilesOf(const std::vector<std::string>& readings)
+/// The files that a path with "*" or "?" in its last part stands for, in the order of their names: no shell of this
+/// system expands it for a program. A path without them is given back as it is, whether there is such a file or not.
+std::vector<std::string> FilesOf(const std::string& sReading)
 {
+    const std::string sFolder = sReading.substr(0, sReading.find_last_of("\\/:") + 1);
+    if (sReading.find_first_of("*?", sFolder.size()) == std::string::npos)
+        return {sReading};
     std::vector<std::string> files;
-    for (const std::string& sReading : readings)
-    {
-        const auto found = FindFiles(FromUtf8(sReading));
-        if (found.empty())
-            throw UsageError("READING", "there is no file " + Quoted(sReading));
-        for (const std::wstring& sFile : found)
-            files.push_back(ToUtf8(sFile));
-    }
+    for (const zelk::FoundFile& found : zelk::FindFiles(FromUtf8(sReading)))
+        if (!found.isFolder)
+            files.push_back(sFolder + ToUtf8(found.name));
+    if (files.empty())
+        throw UsageError("READING", "there is no file " + Quoted(sReading));
+    std::ranges::sort(files);
     return files;
 }
 
@@ -75,13 +79,14 @@ Json GivenMachines(const std::vector<std::string>& readings)
 {
     const MachineParser parser;
     Json machines = Json::array();
-    for (const std::string& sFile : FilesOf(readings))
-    {
-        std::vector<zelk::Fault> faults;
-        for (Json& machine : parser.Machines(ReadDocument("READING", sFile), NameOfFile(sFile), faults))
-            machines.push_back(std::move(machine));
-        RefuseFile("READING", sFile, faults);
-    }
+    for (const std::string& sReading : readings)
+        for (const std::string& sFile : FilesOf(sReading))
+        {
+            std::vector<zelk::Fault> faults;
+            for (Json& machine : parser.Machines(ReadDocument("READING", sFile), NameOfFile(sFile), faults))
+                machines.push_back(std::move(machine));
+            RefuseFile("READING", sFile, faults);
+        }
     return machines;
 }
 

@@ -28,7 +28,7 @@ std::string StatusOf(const PendingChange& change, bool watched, bool atWork)
     if (!open.empty())
         open += '.';
     return "The previous state was not restored completely." + open +
-           " \"zelkctl restore\" tries again; \"zelkctl restore --discard\" removes this message.";
+           " \"zelkctl restore\" tries again; \"zelkctl restore --discard\" forgets the change.";
 }
 
 PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bool atWork)
@@ -42,7 +42,10 @@ PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bo
     }
     const PendingChange& change = *record.change;
     entry.watched = change.phase != PendingPhase::RESTORED && LifeSign::IsGiven(WatchFile(folder, record.id));
-    entry.status = StatusOf(change, entry.watched, atWork);
+    entry.atWork = atWork && (change.phase == PendingPhase::APPLYING || change.phase == PendingPhase::RESTORING);
+    entry.status = StatusOf(change, entry.watched, entry.atWork);
+    if (change.restoration)
+        entry.cause = WordOf(change.restoration->cause);
     entry.phase = WordOf(change.phase);
     if (!change.label.empty())
         entry.label = change.label;

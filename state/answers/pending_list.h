@@ -23,6 +23,8 @@ struct PendingEntry
     std::optional<std::uint32_t> confirmWithin;
     std::optional<std::uint32_t> secondsLeft;
     bool watched = false;
+    bool atWork = false;              ///< it is being made or taken back at this moment
+    std::optional<std::string> cause; ///< why it was or is being taken back
     std::vector<std::string> steps;
 };
 

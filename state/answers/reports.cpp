@@ -127,7 +127,7 @@ ErrorReport ReportOfAwaited(const PendingChange& other)
                       "; nothing was changed"};
 }
 
-ErrorReport ReportOf(const PendingResult& result)
+ErrorReport ReportOf(const PendingResult& result, const std::string& id)
 {
     switch (result.outcome)
     {
@@ -136,7 +136,7 @@ ErrorReport ReportOf(const PendingResult& result)
         return {.reason = "the pending change was interrupted or is being taken back, so it cannot be confirmed"};
     case PendingOutcome::REFUSED:
         return {.reason = "the record of the pending change cannot be used: " + result.records.front().fault};
-    default: return {.reason = "nothing is pending"};
+    default: return {.reason = id.empty() ? "nothing is pending" : "the change " + id + " is not pending"};
     }
 }
 

@@ -40,6 +40,7 @@ ErrorReport ReportOfBusy(const std::optional<Changer>& holder);
 ErrorReport ReportOfAwaited(const PendingChange& other);
 
 /// Of a result that is neither done nor half done.
-ErrorReport ReportOf(const PendingResult& result);
+/// @param id  of the change that was asked for; empty for all
+ErrorReport ReportOf(const PendingResult& result, const std::string& id);
 
 } // namespace zelk

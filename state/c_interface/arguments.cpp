@@ -50,34 +50,6 @@ std::optional<std::uint32_t> ReadSeconds(const Json& json, const std::string& pl
     return static_cast<std::uint32_t>(json.get<std::uint64_t>());
 }
 
-std::optional<IpAddress> ReadAddress(const Json& json, const std::string& place, Faults& faults)
-{
-    auto address = json.is_string() ? IpAddress::Parse(json.get_ref<const std::string&>()) : std::nullopt;
-    if (!address)
-        return Refuse(faults, place, "must be an IPv4 or IPv6 address");
-    return address;
-}
-
-std::optional<std::string> ReadChangeId(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_string() || !IsChangeId(json.get_ref<const std::string&>()))
-        return Refuse(faults, place, "must be the id of a change, 16 hexadecimal digits");
-    return json.get<std::string>();
-}
-
-std::optional<std::vector<std::string>> ReadTexts(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_array())
-        return Refuse(faults, place, "must be a list of texts");
-    std::vector<std::string> texts;
-    for (const Json& element : json)
-        if (auto text = ReadText(element, PlaceOf(place, texts.size()), faults))
-            texts.push_back(std::move(*text));
-        else
-            return std::nullopt;
-    return texts;
-}
-
 void TakeTimeout(ObjectReader& reader, std::chrono::seconds& timeout)
 {
     std::optional<std::uint32_t> seconds;

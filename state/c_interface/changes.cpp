@@ -105,7 +105,7 @@ Answer Confirm(const ConfirmOptions& options)
     RequireElevation();
     const PendingResult result = ConfirmPending(options.timeout, options.change);
     if (result.outcome != PendingOutcome::DONE)
-        throw ReportedError(ReportOf(result));
+        throw ReportedError(ReportOf(result, options.change));
     return {EXIT_DONE, ConfirmationToJson(result)};
 }
 
@@ -115,7 +115,7 @@ Answer Restore(const RestoreOptions& options, ProgressCallback& progress)
     const PendingResult result = options.discard ? DiscardPending(options.timeout, options.change)
                                                  : RestorePending(progress.Options(options.timeout), options.change);
     if (result.outcome != PendingOutcome::DONE && result.outcome != PendingOutcome::NOT_RESTORED)
-        throw ReportedError(ReportOf(result));
+        throw ReportedError(ReportOf(result, options.change));
     return {CodeOf(result.outcome), RestorationToJson(result)};
 }
 

@@ -132,7 +132,7 @@ private:
     {
         DesiredIp& ip = m_desired.Of(family);
         const IpSettings& settings = m_adapter.Of(family);
-        const std::string path = family == Family::IPV4 ? "ipv4." : "ipv6.";
+        const std::string path = PathPrefixOf(family);
         Keep(ip.dhcp, path + "dhcp", [&](bool value) { return DhcpStands(m_adapter, value); });
         Keep(ip.addresses, path + "addresses",
              [&](const auto& value) { return AddressesStand(m_adapter, family, value); });
@@ -152,7 +152,7 @@ private:
         {
             DesiredIp& ip = m_desired.Of(family);
             const std::string start = family == Family::IPV4 ? "/ipv4/" : "/ipv6/";
-            const std::string path = family == Family::IPV4 ? "ipv4." : "ipv6.";
+            const std::string path = PathPrefixOf(family);
             if (place.starts_with(start + "addresses"))
                 LeaveOut(ip.addresses, path + "addresses");
             if (place.starts_with(start + "gateways"))

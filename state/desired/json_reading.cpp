@@ -4,6 +4,8 @@
 #include <set>
 #include <utility>
 
+#include <state/desired/object_reader.h>
+
 namespace zelk
 {
 namespace
@@ -87,6 +89,27 @@ std::optional<std::uint32_t> ReadNumber(const Json& json, const std::string& pla
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > GREATEST)
         return Refuse(faults, place, "must be a whole number from 0 to 4294967295");
     return static_cast<std::uint32_t>(json.get<std::uint64_t>());
+}
+
+std::optional<IpAddress> ReadAddress(const Json& json, const std::string& place, Faults& faults)
+{
+    auto address = json.is_string() ? IpAddress::Parse(json.get_ref<const std::string&>()) : std::nullopt;
+    if (!address)
+        return Refuse(faults, place, "must be an IPv4 or IPv6 address");
+    return address;
+}
+
+std::optional<std::vector<std::string>> ReadTexts(const Json& json, const std::string& place, Faults& faults)
+{
+    if (!json.is_array())
+        return Refuse(faults, place, "must be a list of texts");
+    std::vector<std::string> texts;
+    for (const Json& element : json)
+        if (auto text = ReadText(element, PlaceOf(place, texts.size()), faults))
+            texts.push_back(std::move(*text));
+        else
+            return std::nullopt;
+    return texts;
 }
 
 } // namespace zelk

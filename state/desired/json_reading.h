@@ -8,6 +8,7 @@
 
 #include <state/desired/fault.h>
 #include <state/fields/json.h>
+#include <state/values/ip_address.h>
 
 namespace zelk
 {
@@ -24,5 +25,8 @@ std::optional<Json> ParseJson(std::string_view text, std::vector<Fault>& faults)
 std::optional<bool> ReadBool(const Json& json, const std::string& place, std::vector<Fault>& faults);
 std::optional<std::string> ReadText(const Json& json, const std::string& place, std::vector<Fault>& faults);
 std::optional<std::uint32_t> ReadNumber(const Json& json, const std::string& place, std::vector<Fault>& faults);
+std::optional<IpAddress> ReadAddress(const Json& json, const std::string& place, std::vector<Fault>& faults);
+std::optional<std::vector<std::string>> ReadTexts(const Json& json, const std::string& place,
+                                                  std::vector<Fault>& faults);
 
 } // namespace zelk

@@ -143,8 +143,8 @@ void RefuseUnknown(const Machine& before, const Plan& plan, std::vector<Fault>& 
 {
     for (const Difference& unknown : UnknownBefore(before, plan.steps))
         faults.push_back({FaultKind::SYSTEM, "",
-                          unknown.adapter + ": the change could not be undone, because what is configured for " +
-                              unknown.path + " cannot be read"});
+                          unknown.adapter + ": the change could not be undone, because the configured " + unknown.path +
+                              " cannot be read"});
 }
 
 /// Under the lock, where there is one.

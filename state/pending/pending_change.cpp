@@ -4,7 +4,6 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <limits>
 #include <random>
 
 #include <winsock2.h>
@@ -12,6 +11,7 @@
 #include <windows.h>
 
 #include <state/desired/json_form.h>
+#include <state/desired/json_reading.h>
 #include <state/desired/object_reader.h>
 #include <state/desired/standing.h>
 #include <state/pending/utc_time.h>
@@ -34,32 +34,11 @@ constexpr std::array PHASES = {PendingPhase::APPLYING, PendingPhase::WAITING, Pe
 /// In the order of RestoreCause.
 constexpr std::array CAUSES = {"notConfirmed", "interrupted", "requested"};
 
-std::nullopt_t Refuse(Faults& faults, const std::string& place, std::string text)
+std::optional<std::uint64_t> ReadMoment(const Json& json, const std::string& place, Faults& faults)
 {
-    faults.push_back({FaultKind::MEANING, place, std::move(text)});
-    return std::nullopt;
-}
-
-std::optional<std::string> ReadText(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_string())
-        return Refuse(faults, place, "must be a text");
-    return json.get<std::string>();
-}
-
-template <class T>
-std::optional<T> ReadNumber(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_number_unsigned() || json.get<std::uint64_t>() > std::numeric_limits<T>::max())
+    if (!json.is_number_unsigned())
         return Refuse(faults, place, "must be a whole number");
-    return static_cast<T>(json.get<std::uint64_t>());
-}
-
-std::optional<std::string> ReadId(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_string() || !IsChangeId(json.get_ref<const std::string&>()))
-        return Refuse(faults, place, "must be 16 hexadecimal digits");
-    return json.get<std::string>();
+    return json.get<std::uint64_t>();
 }
 
 std::optional<PendingPhase> ReadPhase(const Json& json, const std::string& place, Faults& faults)
@@ -75,17 +54,10 @@ std::optional<Changer> ReadChanger(const Json& json, const std::string& place, F
     Changer changer;
     ObjectReader reader(json, place, faults);
     reader.Require("user", changer.user, ReadText);
-    reader.Require("process", changer.process, ReadNumber<std::uint32_t>);
+    reader.Require("process", changer.process, ReadNumber);
     reader.Require("since", changer.since, ReadText);
     reader.Finish();
     return changer;
-}
-
-std::optional<std::vector<std::string>> ReadTexts(const Json& json, const std::string& place, Faults& faults)
-{
-    if (!json.is_array() || !std::ranges::all_of(json, [](const Json& step) { return step.is_string(); }))
-        return Refuse(faults, place, "must be a list of texts");
-    return json.get<std::vector<std::string>>();
 }
 
 std::optional<Guid> GuidOf(const DesiredAdapter& adapter)
@@ -150,7 +122,7 @@ StoredValue ReadStoredValue(const Json& json, const std::string& place, Faults& 
     ObjectReader reader(json, place, faults);
     reader.Require("key", key, ReadText);
     reader.Require("name", name, ReadText);
-    reader.Take("type", type, ReadNumber<std::uint32_t>);
+    reader.Take("type", type, ReadNumber);
     reader.Take("data", data, ReadHex);
     reader.Finish();
     StoredValue stored{FromUtf8(key), FromUtf8(name), std::nullopt};
@@ -176,14 +148,6 @@ void CheckStored(const PendingChange& change, Faults& faults)
     for (std::size_t i = 0; i < change.stored.size(); ++i)
         if (!StoredForm::IsKnown(change.stored[i], targets))
             Refuse(faults, PlaceOf("/stored", i), "is no setting of the adapters before");
-}
-
-std::optional<IpAddress> ReadAddress(const Json& json, const std::string& place, Faults& faults)
-{
-    auto address = json.is_string() ? IpAddress::Parse(json.get_ref<const std::string&>()) : std::nullopt;
-    if (!address)
-        return Refuse(faults, place, "must be an address");
-    return address;
 }
 
 std::optional<RestoreCause> ReadCause(const Json& json, const std::string& place, Faults& faults)
@@ -269,7 +233,7 @@ std::string WritePendingChange(const PendingChange& change)
     if (change.waitingSince)
         json["waitingSince"] = *change.waitingSince;
     if (change.restoration)
-        json["restoration"] = {{"cause", CAUSES[static_cast<std::size_t>(change.restoration->cause)]},
+        json["restoration"] = {{"cause", WordOf(change.restoration->cause)},
                                {"at", change.restoration->at},
                                {"open", change.restoration->open}};
     return json.dump(2) + '\n';
@@ -278,22 +242,19 @@ std::string WritePendingChange(const PendingChange& change)
 PendingChange ParsePendingChange(std::string_view text, Faults& faults)
 {
     PendingChange change;
-    const Json json = Json::parse(text, nullptr, false);
-    if (json.is_discarded())
-    {
-        Refuse(faults, "", "this is not JSON");
+    const auto json = ParseJson(text, faults);
+    if (!json)
         return change;
-    }
     std::uint32_t version = 0;
     std::optional<std::string> label;
-    ObjectReader reader(json, "", faults);
-    reader.Require("recordVersion", version, ReadNumber<std::uint32_t>);
+    ObjectReader reader(*json, "", faults);
+    reader.Require("recordVersion", version, ReadNumber);
     if (version != RECORD_VERSION)
     {
         Refuse(faults, "/recordVersion", "is not that of this version, " + std::to_string(RECORD_VERSION));
         return change;
     }
-    reader.Require("id", change.id, ReadId);
+    reader.Require("id", change.id, ReadChangeId);
     reader.Require("machine", change.machine, ReadText);
     reader.Require("phase", change.phase, ReadPhase);
     reader.Require("by", change.by, ReadChanger);
@@ -302,9 +263,9 @@ PendingChange ParsePendingChange(std::string_view text, Faults& faults)
     reader.Require("stored", change.stored, ReadStored);
     reader.Require("unknown", change.unknown, ReadTexts);
     reader.Take("label", label, ReadText);
-    reader.Take("confirmWithin", change.confirmWithin, ReadNumber<std::uint32_t>);
+    reader.Take("confirmWithin", change.confirmWithin, ReadNumber);
     reader.Take("waitFor", change.waitFor, ReadAddress);
-    reader.Take("waitingSince", change.waitingSince, ReadNumber<std::uint64_t>);
+    reader.Take("waitingSince", change.waitingSince, ReadMoment);
     reader.Take("restoration", change.restoration, ReadRestoration);
     reader.Finish();
     change.label = label.value_or("");
@@ -314,6 +275,13 @@ PendingChange ParsePendingChange(std::string_view text, Faults& faults)
         Refuse(faults, "", "lacks \"restoration\", which a change that was restored has");
     CheckStored(change, faults);
     return change;
+}
+
+std::optional<std::string> ReadChangeId(const Json& json, const std::string& place, Faults& faults)
+{
+    if (!json.is_string() || !IsChangeId(json.get_ref<const std::string&>()))
+        return Refuse(faults, place, "must be the id of a change, 16 hexadecimal digits");
+    return json.get<std::string>();
 }
 
 std::string NewChangeId()
@@ -355,6 +323,11 @@ std::string TextOf(const Restoration& restoration)
     constexpr std::array REASONS = {"because nobody confirmed the change in time",
                                     "because the process that made the change ended", "because somebody asked for it"};
     return "at " + restoration.at + ", " + REASONS[static_cast<std::size_t>(restoration.cause)];
+}
+
+const char* WordOf(RestoreCause cause) noexcept
+{
+    return CAUSES[static_cast<std::size_t>(cause)];
 }
 
 const char* WordOf(PendingPhase phase) noexcept

@@ -47,7 +47,7 @@ struct PendingChange
     std::string machine; ///< see MachineId
     PendingPhase phase = PendingPhase::APPLYING;
     Changer by;
-    std::string label;              ///< what whoever made it noted; empty for nothing
+    std::string label;              ///< a note by whoever made it; may be empty
     std::vector<std::string> steps; ///< what it does, a sentence each
     /// What was configured before of all that the steps can touch. Adapters are named by "guid:".
     DesiredState before;
@@ -78,6 +78,8 @@ PendingChange ParsePendingChange(std::string_view text, std::vector<Fault>& faul
 /// Sixteen lower-case hexadecimal digits that no other change has.
 std::string NewChangeId();
 bool IsChangeId(std::string_view text) noexcept;
+/// For ObjectReader.
+std::optional<std::string> ReadChangeId(const Json& json, const std::string& place, std::vector<Fault>& faults);
 
 /// What tells this installation of Windows from others; empty where it does not tell.
 std::string MachineId();
@@ -86,6 +88,8 @@ std::string MachineId();
 std::uint64_t ClockNow();
 
 const char* WordOf(PendingPhase phase) noexcept;
+/// "notConfirmed", "interrupted" or "requested".
+const char* WordOf(RestoreCause cause) noexcept;
 
 /// When and why the previous state was restored, as in "at 2026-01-31T23:59:59Z, because nobody confirmed the change".
 std::string TextOf(const Restoration& restoration);

@@ -1,9 +1,8 @@
 #include <state/pending/pending_store.h>
 
-#include <memory>
-
 #include <state/machine/problem.h>
 #include <state/pending/change_folder.h>
+#include <state/platform/file_search.h>
 #include <state/platform/system_message.h>
 #include <state/platform/utf8.h>
 
@@ -15,8 +14,6 @@ namespace
 constexpr std::wstring_view ENDING = L".json";
 constexpr std::wstring_view ENDING_BESIDE = L".new";
 constexpr LONGLONG GREATEST_SIZE = 4 << 20;
-
-using UniqueSearch = std::unique_ptr<void, Release<::FindClose>>;
 
 std::wstring FileOf(const std::wstring& folder, const std::string& id, std::wstring_view ending = ENDING)
 {
@@ -138,20 +135,15 @@ std::optional<PendingRecord> LoadPendingChange(const std::wstring& folder, const
 std::vector<PendingRecord> LoadPendingChanges(const std::wstring& folder)
 {
     std::vector<PendingRecord> records;
-    WIN32_FIND_DATAW found = {};
-    const HANDLE opened = ::FindFirstFileW((folder + L"\\*" + std::wstring(ENDING)).c_str(), &found);
-    if (opened == INVALID_HANDLE_VALUE)
-        return records;
-    const UniqueSearch search(opened);
-    do
+    for (const FoundFile& file : FindFiles(folder + L"\\*" + std::wstring(ENDING)))
     {
-        const std::string name = ToUtf8(found.cFileName);
+        const std::string name = ToUtf8(file.name);
         const std::string id = name.substr(0, name.size() - std::min(name.size(), ENDING.size()));
         if (!IsChangeId(id) || name != id + ToUtf8(ENDING))
             records.push_back({id, std::nullopt, "no pending change has such a name"});
         else if (auto record = LoadPendingChange(folder, id))
             records.push_back(std::move(*record));
-    } while (::FindNextFileW(search.get(), &found));
+    }
     return records;
 }
 
@@ -164,14 +156,8 @@ void RemovePendingChange(const std::wstring& folder, const std::string& id)
 
 void RemoveHalfWritten(const std::wstring& folder)
 {
-    WIN32_FIND_DATAW found = {};
-    const HANDLE opened = ::FindFirstFileW((folder + L"\\*" + std::wstring(ENDING_BESIDE)).c_str(), &found);
-    if (opened == INVALID_HANDLE_VALUE)
-        return;
-    const UniqueSearch search(opened);
-    do
-        ::DeleteFileW((folder + L'\\' + found.cFileName).c_str());
-    while (::FindNextFileW(search.get(), &found));
+    for (const FoundFile& file : FindFiles(folder + L"\\*" + std::wstring(ENDING_BESIDE)))
+        ::DeleteFileW((folder + L'\\' + file.name).c_str());
 }
 
 } // namespace zelk

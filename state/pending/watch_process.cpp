@@ -8,6 +8,7 @@
 #include <state/pending/change_lock.h>
 #include <state/pending/pending_store.h>
 #include <state/pending/watch.h>
+#include <state/platform/file_search.h>
 #include <state/platform/handles.h>
 #include <state/platform/system_message.h>
 #include <state/platform/utf8.h>
@@ -19,7 +20,6 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 using UniqueService = std::unique_ptr<std::remove_pointer_t<SC_HANDLE>, Release<::CloseServiceHandle>>;
-using UniqueSearch = std::unique_ptr<void, Release<::FindClose>>;
 
 [[noreturn]] void Fail(const char* step, DWORD code)
 {
@@ -51,15 +51,8 @@ std::wstring CopyProgram(const std::wstring& place, const WatchProgram& program)
 
 void RemoveFolder(const std::wstring& place)
 {
-    WIN32_FIND_DATAW found = {};
-    const HANDLE opened = ::FindFirstFileW((place + L"\\*").c_str(), &found);
-    if (opened != INVALID_HANDLE_VALUE)
-    {
-        const UniqueSearch search(opened);
-        do
-            ::DeleteFileW((place + L'\\' + found.cFileName).c_str());
-        while (::FindNextFileW(search.get(), &found));
-    }
+    for (const FoundFile& file : FindFiles(place + L"\\*"))
+        ::DeleteFileW((place + L'\\' + file.name).c_str());
     ::RemoveDirectoryW(place.c_str());
 }
 
@@ -196,20 +189,15 @@ void RunWatchProcess(const std::string& id, const std::function<void()>& work)
 
 void RemoveEndedWatches(const std::wstring& folder)
 {
-    WIN32_FIND_DATAW found = {};
-    const HANDLE opened = ::FindFirstFileW((folder + L"\\*").c_str(), &found);
-    if (opened == INVALID_HANDLE_VALUE)
-        return;
-    const UniqueSearch search(opened);
-    do
+    for (const FoundFile& found : FindFiles(folder + L"\\*"))
     {
-        const std::string id = ToUtf8(found.cFileName);
+        const std::string id = ToUtf8(found.name);
         if (!IsChangeId(id) || LoadPendingChange(folder, id) || LifeSign::IsGiven(WatchFile(folder, id)))
             continue;
         RemoveService(id);
         ::DeleteFileW(WatchFile(folder, id).c_str());
-        RemoveFolder(folder + L'\\' + found.cFileName);
-    } while (::FindNextFileW(search.get(), &found));
+        RemoveFolder(folder + L'\\' + found.name);
+    }
 }
 
 } // namespace zelk

@@ -107,7 +107,7 @@ private:
     {
         const DesiredIp& ip = m_target.desired.Of(family);
         const IpSettings& settings = m_adapter.Of(family);
-        const std::string path = family == Family::IPV4 ? "ipv4." : "ipv6.";
+        const std::string path = PathPrefixOf(family);
         if (ip.dhcp && !DhcpStands(m_adapter, *ip.dhcp))
             Add(path + "dhcp", InUse(JsonOf(settings.dhcp), JsonOf(settings.configured.dhcp)), *ip.dhcp);
         const bool asStored = !m_target.exact || family == Family::IPV6 || IsConfiguredExactly(m_adapter, ip);

@@ -27,7 +27,7 @@ DesiredAdapter Select(const DesiredAdapter& whole, const std::set<std::string>& 
     take("routes", part.routes, whole.routes);
     for (const Family family : FAMILIES)
     {
-        const std::string start = family == Family::IPV4 ? "ipv4." : "ipv6.";
+        const std::string start = PathPrefixOf(family);
         DesiredIp& to = part.Of(family);
         const DesiredIp& from = whole.Of(family);
         take(start + "dhcp", to.dhcp, from.dhcp);
@@ -64,7 +64,7 @@ std::set<std::string> UnknownPaths(const DesiredAdapter& whole)
     require("routes", whole.routes.has_value());
     for (const Family family : FAMILIES)
     {
-        const std::string start = family == Family::IPV4 ? "ipv4." : "ipv6.";
+        const std::string start = PathPrefixOf(family);
         const DesiredIp& ip = whole.Of(family);
         const bool isOriginKnown = family == Family::IPV6 || ip.dhcp;
         require(start + "addresses", isOriginKnown && (ip.addresses || ip.dhcp == true));

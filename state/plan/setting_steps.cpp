@@ -14,7 +14,7 @@ using Texts = std::vector<std::string>;
 
 std::string PathOf(Family family, const char* member)
 {
-    return (family == Family::IPV4 ? "ipv4." : "ipv6.") + std::string(member);
+    return PathPrefixOf(family) + member;
 }
 
 /// Plans the routes of one adapter.

@@ -20,6 +20,12 @@ enum class Family : std::uint8_t
 
 inline constexpr Family FAMILIES[] = {Family::IPV4, Family::IPV6};
 
+/// With what the paths of a family's settings begin, as in "ipv4.addresses".
+inline std::string PathPrefixOf(Family family)
+{
+    return family == Family::IPV4 ? "ipv4." : "ipv6.";
+}
+
 /// "IPv4" or "IPv6".
 constexpr const char* FamilyName(Family family) noexcept
 {

@@ -64,8 +64,7 @@ class Machine:
         """Does what is due by now."""
         for entry in self.changes:
             if entry["phase"] == "waiting" and self.clock.now >= self._restore_at.get(entry["id"], float("inf")):
-                entry.update(phase="restored", watched=False, status="The previous state was restored at T, because nobody "
-                             "confirmed the change in time; \"zelkctl restore --discard\" removes this message.")
+                entry.update(phase="restored", watched=False, cause="notConfirmed", status="The previous state was restored.")
                 self.state, self.reachable = None, {HOME}
         if address not in self.reachable:
             raise AnsibleConnectionFailure(f"{address} does not answer")

@@ -165,10 +165,12 @@ TEST_F(CInterface, ChangesWaitToBeConfirmed)
     EXPECT_EQ(ZELK_STATE_DONE, made.iCode);
     const auto ConfirmOnly = [](const std::string& sChange) {
         const std::string sOptions = R"({"change": ")" + sChange + "\"}";
-        return Give([&](auto... texts) { return zelk_state_confirm(sOptions.c_str(), texts...); }).iCode;
+        return Give([&](auto... texts) { return zelk_state_confirm(sOptions.c_str(), texts...); });
     };
-    EXPECT_EQ(ZELK_STATE_FAILED, ConfirmOnly("0123456789abcdef"));
-    EXPECT_EQ(ZELK_STATE_DONE, ConfirmOnly(made.json.at("pendingChange")));
+    const Outcome other = ConfirmOnly("0123456789abcdef");
+    EXPECT_EQ(ZELK_STATE_FAILED, other.iCode);
+    EXPECT_EQ("the change 0123456789abcdef is not pending", other.json.at("reason"));
+    EXPECT_EQ(ZELK_STATE_DONE, ConfirmOnly(made.json.at("pendingChange")).iCode);
     EXPECT_EQ(Json::array(), Give(Pending).json);
     EXPECT_THAT(Kernel(), HasSubstr("198.51.100.20/24"));
 }

@@ -114,8 +114,11 @@ TEST_F(PendingChanges, OfDoubtAreRefusedWithTheirReason)
     } wrongs[] = {
         {L"0123456789abcdef.json", good.substr(0, good.size() / 2), "this is not JSON"},
         {L"0123456789abcdef.json", "", "this is not JSON"},
+        {L"0123456789abcdef.json", std::string(100000, '['), "more than 100 deep"},
+        {L"0123456789abcdef.json", with("\"phase\": \"applying\"", R"("phase": "applying", "phase": "waiting")"),
+         "\"phase\""},
         {L"0123456789abcdef.json", with("\"recordVersion\": 1", "\"recordVersion\": 2"), "not that of this version"},
-        {L"0123456789abcdef.json", with(ID, "../../../0123456"), "/id must be 16"},
+        {L"0123456789abcdef.json", with(ID, "../../../0123456"), "/id must be the id of a change"},
         {L"0123456789abcdef.json", with("applying", "waiting"), "lacks \"confirmWithin\""},
         {L"0123456789abcdef.json", with("\"steps\"", "\"step\""), "lacks \"steps\""},
         {L"0123456789abcdef.json", with("guid:{00000001", "name:{00000001"), "/before/adapters/0 must name"},

@@ -2,7 +2,6 @@
 from __future__ import annotations
 
 import hashlib
-import re
 import secrets
 import time
 from dataclasses import dataclass
@@ -29,15 +28,22 @@ class Options:
     keep: bool = False
 
 
-def because(entry: dict[str, Any]) -> str:
-    """Why the previous state was restored, as the machine tells it."""
-    found = re.search(r"because [^;]*", entry.get("status") or "")
-    return found.group(0).rstrip(" .") if found else "because the change was not confirmed"
+# Why the previous state was restored, by the cause that the machine gives.
+CAUSES = {
+    "notConfirmed": "because nobody confirmed the change in time",
+    "interrupted": "because the process that made the change ended",
+    "requested": "because somebody asked for it",
+}
 
 
 def who(entry: dict[str, Any]) -> str:
     label = f", \"{entry['label']}\"" if entry.get("label") else ""
     return f"{entry.get('user') or 'somebody unknown'} since {entry.get('since') or 'an unknown time'}{label}"
+
+
+def because(entry: dict[str, Any]) -> str:
+    """The zelkctl of another version may know more causes."""
+    return CAUSES.get(entry.get("cause") or "", "for a reason that this collection does not know")
 
 
 class Change:
@@ -267,7 +273,7 @@ class Change:
             raise Failed(f"{self._options.host} has restored its previous state {because(entry)}")
         if entry.get("phase") == "waiting" and confirm:
             return self._confirm_now(entry["id"])
-        if not entry.get("watched") and "interrupted" in entry["status"]:
+        if entry.get("phase") == "applying" and not entry.get("watched") and not entry.get("atWork"):
             raise Failed(f"the connection broke while the change was made. {entry['status']}", changed=True)
         return None
 

@@ -60,7 +60,7 @@ class Target:
         return self._option("host") or self._option("remote_addr") or self._action._play_context.remote_addr
 
     def watch_closely(self) -> None:
-        """From now on a broken connection shows soon, and is not mended behind our back."""
+        """From now on a broken connection shows soon, and is not silently opened again."""
         self._watched = True
         self._set_ssh("")
         for name, value in (("reconnection_retries", 0), ("connection_timeout", 10), ("operation_timeout", 8),
