@@ -2,12 +2,12 @@
 
 option(ZELK_NM_SANITIZE "Undefined behaviour traps in Debug builds" ON)
 option(ZELK_NM_COVERAGE "Count executed lines" OFF)
-option(ZELK_NM_PRECOMPILE "Precompile the headers that are not the project's own" OFF)
+option(ZELK_NM_PRECOMPILE "Precompile other projects' headers for the product too, not only for its tests" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1 -DNDEBUG") # for the stack of a crash; a debugger gets the debug preset
 set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   set(CMAKE_CXX_FLAGS_DEBUG "-O0 -gline-tables-only") # a trap needs a line; the first compiler's are for debugging
@@ -56,12 +56,17 @@ if(ZELK_NM_COVERAGE)
   target_link_options(zelk_nm_options INTERFACE --coverage)
 endif()
 
-# zelk_nm_precompile(TARGET HEADER...): where it is asked for, for a compiler that spends most of its time on other
-# projects' headers. A source still has to include what it uses: the release build does without.
+# zelk_nm_precompile(TARGET HEADER...): the headers of other projects, which take most of the time to compile, are
+# compiled once. The product is compiled so only where it is asked for: a source of it has to include what it uses, and the
+# release build shows where one does not.
 function(zelk_nm_precompile target)
   if(ZELK_NM_PRECOMPILE)
-    list(APPEND ARGN <winsock2.h> <ws2tcpip.h> <iphlpapi.h> <windows.h> <setupapi.h>
-      <algorithm> <functional> <memory> <optional> <string> <string_view> <vector>)
-    target_precompile_headers(${target} PRIVATE ${ARGN})
+    zelk_nm_precompile_always(${target} ${ARGN})
   endif()
+endfunction()
+
+function(zelk_nm_precompile_always target)
+  target_precompile_headers(${target} PRIVATE ${ARGN}
+    <winsock2.h> <ws2tcpip.h> <iphlpapi.h> <windows.h> <setupapi.h>
+    <algorithm> <functional> <memory> <optional> <string> <string_view> <vector>)
 endfunction()

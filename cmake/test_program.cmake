@@ -26,7 +26,7 @@ function(zelk_nm_add_test_program name)
   # them; the debug preset has it.
   target_compile_options(${name} PRIVATE -O0 $<$<CONFIG:Release>:-g0>)
   target_link_options(${name} PRIVATE $<$<CONFIG:Release>:-s>)
-  zelk_nm_precompile(${name} <gmock/gmock.h>)
+  zelk_nm_precompile_always(${name} <gmock/gmock.h>)
   if(TARGET zelk_nm_test_support)
     target_link_libraries(${name} PRIVATE zelk_nm_test_support)
   endif()

@@ -34,8 +34,9 @@ scripts/setup.sh test 7>&-
 scripts/build.sh "$preset" 7>&-
 # While others run in prefixes of their own, this one's server has nothing to do for minutes.
 wine_server_start 900 7>&-
-# Whole outputs are kept: the cases are counted from them. It runs beside the script so that a signal is heeded at once.
-ctest --test-dir "$tree" --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
+# Two at a time: the longest tests have a registry and a network of their own, and mostly wait. Whole outputs are kept:
+# the cases are counted from them. It runs beside the script so that a signal is heeded at once.
+ctest --test-dir "$tree" --parallel 2 --output-on-failure --no-tests=error --output-junit "$PWD/$results" \
     --test-output-size-passed 100000000 --test-output-size-failed 100000000 "$@" 7>&- &
 ctest=$!
 wait "$ctest" && rc=0 || rc=$?
