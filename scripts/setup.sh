@@ -37,6 +37,7 @@ fi
 if [ "${1:-}" = check ]; then
     needed+=(
         clang-16:/usr/bin/clang++-16
+        libclang-rt-16-dev:/usr/lib/llvm-16/lib/clang/16/lib/linux/libclang_rt.fuzzer-x86_64.a
         lld-16:/usr/bin/ld.lld-16
         clang-tidy-16:/usr/bin/clang-tidy-16
         clang-format-14:/usr/bin/clang-format-14
