@@ -1,18 +1,11 @@
 #include <algorithm>
 #include <cstring>
-#include <cwctype>
+#include <string_view>
 
 #include <support/trace/call_frame.h>
+#include <support/values/hardware_address_text.h>
 #include <support/values/hex_text.h>
 #include <zelk_nm/tolva.h>
-
-namespace
-{
-
-constexpr unsigned int FEWEST_SECTIONS = 6;
-constexpr unsigned int DIGITS_PER_SECTION = 2;
-
-} // namespace
 
 TOLVA::HARDWARE_ADDRESS::HARDWARE_ADDRESS() noexcept : m_bByteArray(), m_uiByteCount(0) {}
 
@@ -51,24 +44,8 @@ TOLVA::HARDWARE_ADDRESS::HARDWARE_ADDRESS(const velmor::string& sHwAddr) noexcep
 
 const char* TOLVA::HARDWARE_ADDRESS::Parse(const velmor::string& sHwAddr) noexcept
 {
-    unsigned int section = 0;
-    unsigned int digits = 0;
-    for (std::size_t i = 0; i < sHwAddr.size(); ++i)
-    {
-        const int value = velmor::HexDigitValue(static_cast<wchar_t>(std::towupper(sHwAddr.c_str()[i])));
-        if (value < 0)
-        {
-            digits = 0;
-            if (++section == MAX_BYTES)
-                return "Too many address sections in string";
-            continue;
-        }
-        if (++digits > DIGITS_PER_SECTION)
-            return "Too many hex digits in section";
-        m_bByteArray[section] = static_cast<unsigned char>(m_bByteArray[section] * 16 + value);
-    }
-    m_uiByteCount = section + 1;
-    return m_uiByteCount < FEWEST_SECTIONS ? "Too few address sections in string" : nullptr;
+    return velmor::ParseHardwareAddress(std::wstring_view(sHwAddr.c_str(), sHwAddr.size()), m_bByteArray,
+                                        m_uiByteCount);
 }
 
 void TOLVA::HARDWARE_ADDRESS::copy(unsigned char* pByteArray, unsigned int count) const noexcept

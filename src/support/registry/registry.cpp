@@ -1,9 +1,9 @@
 #include <support/registry/registry.h>
 
-#include <algorithm>
 #include <iterator>
 
 #include <support/platform/handles.h>
+#include <support/values/text_list.h>
 
 namespace velmor
 {
@@ -139,17 +139,7 @@ bool Registry::GetMultiString(const string& sSubKey, const string& sName, std::v
     std::wstring sText;
     if (!ReadText(sSubKey, sName, REG_MULTI_SZ, sText))
         return false;
-
-    // Writers differ in how many terminators they put at the end; npos + 1 is 0.
-    sText.erase(sText.find_last_not_of(L'\0') + 1);
-    std::vector<string> found;
-    for (std::size_t begin = 0; begin < sText.size();)
-    {
-        const std::size_t length = std::min(sText.find(L'\0', begin), sText.size()) - begin;
-        found.emplace_back(sText.data() + begin, length);
-        begin += length + 1;
-    }
-    values.swap(found);
+    values = SplitTexts(sText);
     return true;
 }
 
