@@ -30,6 +30,8 @@ def windows_program(name: str) -> tuple[str, ...]:
 
 
 STEPS: dict[str, Step] = {
+    "fuzz": Step((str(HERE / "fuzz/fuzz.py"),), 2,
+                 "texts that libFuzzer makes up for the parsers, with sanitizers, on the machine that builds"),
 }
 
 

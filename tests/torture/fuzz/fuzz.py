@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""fuzz.py SEED SECONDS: gives the parsers texts that libFuzzer makes up, and prints how far it came with each.
+
+The seconds are shared among the targets, of which two run at a time. With 0 seconds each target makes ZELK_FUZZ_RUNS
+runs, 100,000,000 by default, which takes hours. Inputs that reach something new are kept in build/fuzz/corpus.
+
+fuzz.py --keep: makes the corpus of the repository of those and its own inputs: the fewest that reach every edge.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+from tempfile import TemporaryDirectory
+
+HERE = Path(__file__).resolve().parent
+BUILD = HERE.parent.parent.parent / "build/fuzz"
+KEPT = HERE / "corpus"
+AT_A_TIME = 2
+RUNS = int(os.environ.get("ZELK_FUZZ_RUNS", "100000000"))
+
+# The longest input of each target, in bytes: long enough for every path, short enough for many runs a second.
+TARGETS = {
+    "hardware_address": 40,
+    "ip_text": 80,
+    "ipv6_groups": 60,
+    "text_lists": 64,
+    "trace_lines": 256,
+}
+
+
+def build() -> None:
+    if not (BUILD / "build.ninja").exists():
+        subprocess.run(["cmake", "-S", HERE, "-B", BUILD, "-G", "Ninja"], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["ninja", "-C", BUILD, "--quiet", *TARGETS], check=True, stdout=sys.stderr)
+
+
+def fuzzer(target: str, *options: str) -> subprocess.CompletedProcess:
+    """The last options are folders of inputs; new ones go into the first."""
+    dictionary = HERE / "dictionaries" / f"{target}.dict"
+    if dictionary.exists():
+        options = (f"-dict={dictionary}", *options)
+    return subprocess.run([BUILD / target, f"-max_len={TARGETS[target]}", *options],
+                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                          errors="replace", env={**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=8:external_symbolizer_path=/usr/bin/addr2line"})
+
+
+def folders_of(target: str) -> tuple[Path, Path]:
+    """Of the inputs that were found, and of those that are kept."""
+    folders = (BUILD / "corpus" / target, KEPT / target)
+    for folder in folders:
+        folder.mkdir(parents=True, exist_ok=True)
+    return folders
+
+
+def run(target: str, seed: int, seconds: int) -> bool:
+    """Prints the target's figures, or what it found. False after a finding."""
+    effort = f"-max_total_time={seconds}" if seconds else f"-runs={RUNS}"
+    done = fuzzer(target, f"-seed={seed % 2**32}", effort, "-timeout=10", "-print_final_stats=1",
+                  f"-artifact_prefix={BUILD}/{target}-", *folders_of(target))
+    if done.returncode != 0:
+        print(f"fuzz: {target} fails:\n{done.stderr[-4000:]}\nfuzz: repeat it with: {BUILD / target} FILE",
+              file=sys.stderr)
+        return False
+    runs = re.search(r"number_of_executed_units: *(\d+)", done.stderr)[1]
+    speed = re.search(r"average_exec_per_sec: *(\d+)", done.stderr)[1]
+    edges, inputs = re.findall(r"cov: (\d+) .*corp: (\d+)/", done.stderr)[-1]
+    print(f"{target}\t{int(runs):,} runs, {int(speed):,}/s, {edges} edges, {inputs} inputs", flush=True)
+    return True
+
+
+def keep(target: str) -> None:
+    found, kept = folders_of(target)
+    with TemporaryDirectory() as fewest:
+        fuzzer(target, "-merge=1", "-use_counters=0", "-use_cmp=0", fewest, found, kept).check_returncode()
+        shutil.rmtree(kept)
+        shutil.copytree(fewest, kept)
+
+
+def main() -> int:
+    build()
+    if sys.argv[1:] == ["--keep"]:
+        for target in TARGETS:
+            keep(target)
+        return 0
+    seed, seconds = map(int, sys.argv[1:])
+    each = max(1, seconds * AT_A_TIME // len(TARGETS)) if seconds else 0
+    with ThreadPoolExecutor(AT_A_TIME) as pool:
+        return 0 if all(list(pool.map(lambda target: run(target, seed, each), TARGETS))) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

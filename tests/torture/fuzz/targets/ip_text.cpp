@@ -1,0 +1,87 @@
+// Addresses, prefixes and stored routes as text. The C library has another parser of the same language.
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include <arpa/inet.h>
+
+#include <state/machine/persistent_route.h>
+#include <state/values/ip_prefix.h>
+
+#include "fuzz.h"
+
+namespace
+{
+
+using zelk::IpAddress;
+using zelk::IpPrefix;
+
+template <class Bytes>
+std::optional<IpAddress> ParseElsewhere(int family, std::string_view text)
+{
+    Bytes bytes;
+    const bool whole = text.find('\0') == std::string_view::npos;
+    if (!whole || ::inet_pton(family, std::string(text).c_str(), bytes.data()) != 1)
+        return std::nullopt;
+    return IpAddress(bytes);
+}
+
+std::string TextElsewhere(const IpAddress& address)
+{
+    std::array<char, INET6_ADDRSTRLEN> text = {};
+    ::inet_ntop(address.IsIpv4() ? AF_INET : AF_INET6, address.Bytes().data(), text.data(), text.size());
+    return text.data();
+}
+
+void TryAddress(std::string_view text)
+{
+    const auto address = IpAddress::Parse(text);
+    const auto ipv4 = ParseElsewhere<IpAddress::Ipv4Bytes>(AF_INET, text);
+    fuzz::Require(address == (ipv4 ? ipv4 : ParseElsewhere<IpAddress::Ipv6Bytes>(AF_INET6, text)));
+    if (!address)
+        return;
+    const std::string printed = address->ToText();
+    fuzz::Require(IpAddress::Parse(printed) == address);
+    // The C library writes the deprecated addresses that hold one of IPv4, such as ::192.0.2.1, with a dotted tail.
+    const std::string elsewhere = TextElsewhere(*address);
+    fuzz::Require(printed == elsewhere || (elsewhere.starts_with("::") && elsewhere.find('.') != std::string::npos &&
+                                           printed.find('.') == std::string::npos));
+    if (const auto length = zelk::PrefixLengthOfMask(*address))
+        fuzz::Require(IpPrefix{*IpAddress::Parse("255.255.255.255"), *length}.Network().address == address);
+}
+
+void TryPrefix(std::string_view text)
+{
+    const auto prefix = IpPrefix::Parse(text);
+    if (!prefix)
+        return;
+    fuzz::Require(prefix->length <= zelk::BitsOf(prefix->address.GetFamily()));
+    fuzz::Require(IpAddress::Parse(fuzz::TakeUntil(text, '/')) == prefix->address);
+    fuzz::Require(text == std::to_string(prefix->length));
+    fuzz::Require(IpPrefix::Parse(prefix->ToText()) == prefix);
+    fuzz::Require(prefix->Network().Network() == prefix->Network());
+    fuzz::Require(prefix->Contains(prefix->address) && prefix->Contains(prefix->Network().address));
+}
+
+void TryRoute(std::string_view text)
+{
+    const auto route = zelk::ParsePersistentRoute(text);
+    if (!route)
+        return;
+    const IpPrefix mask = {*IpAddress::Parse("255.255.255.255"), route->destination.length};
+    const std::string printed = route->destination.address.ToText() + ',' + mask.Network().address.ToText() + ',' +
+                                route->nextHop.ToText() + ',' + std::to_string(*route->metric);
+    const auto again = zelk::ParsePersistentRoute(printed);
+    fuzz::Require(again && again->destination == route->destination && again->nextHop == route->nextHop &&
+                  again->metric == route->metric);
+}
+
+} // namespace
+
+void fuzz::Try(std::string_view text)
+{
+    TryAddress(text);
+    TryPrefix(text);
+    TryRoute(text);
+}
