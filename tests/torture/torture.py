@@ -25,13 +25,17 @@ class Step:
     about: str
 
 
-def windows_program(name: str) -> tuple[str, ...]:
-    return (str(HERE / "in-prefix.sh"), str(TOP / "build/release/tests/torture" / f"{name}.exe"))
+def windows_program(name: str, *arguments: str) -> tuple[str, ...]:
+    return (str(HERE / "in-prefix.sh"), str(TOP / "build/release/tests/torture" / f"zelk_torture_{name}.exe"), *arguments)
 
 
 STEPS: dict[str, Step] = {
     "fuzz": Step((str(HERE / "fuzz/fuzz.py"),), 2,
                  "texts that libFuzzer makes up for the parsers, with sanitizers, on the machine that builds"),
+    "hammer": Step(windows_program("hammer"), 2, "the trace under 8 processes of 4 threads"),
+    "soak": Step(windows_program("endurance", "soak"), 3, "what thousands of calls leave behind"),
+    "threads": Step(windows_program("endurance", "threads"), 2, "8 threads that use everything at once"),
+    "loads": Step(windows_program("loads"), 1, "what a thousand loads leave behind"),
 }
 
 
@@ -60,7 +64,8 @@ def main() -> int:
     args = arguments()
     names = args.steps or list(STEPS)
     print(f"seed {args.seed}", flush=True)
-    subprocess.run([TOP / "scripts/build.sh", "release", "zelk_torture"], check=True)
+    if subprocess.run([TOP / "scripts/build.sh", "release", "zelk_torture"], check=False).returncode != 0:
+        return 1
     parts = sum(STEPS[name].share for name in names)
     for name in names:
         print(f"{name}: {STEPS[name].about}", flush=True)
