@@ -5,10 +5,8 @@
 #include <utility>
 
 #include <state/answers/change_result.h>
-#include <state/answers/pending_list.h>
 #include <state/answers/reports.h>
 #include <state/answers/watch_program.h>
-#include <state/fields/schema.h>
 #include <state/pending/guarded_apply.h>
 #include <state/reading/read_machine.h>
 
@@ -18,7 +16,6 @@
 #include "change/change_text.h"
 #include "change/other_changes.h"
 #include "change/permission.h"
-#include "records/answer_schema.h"
 #include "system/module_file.h"
 
 namespace zelkctl
@@ -109,43 +106,6 @@ void RefuseFaults(const std::vector<zelk::Fault>& faults, std::string (*pNameOf)
         throw Failure(zelk::ReportOf(faults, pNameOf));
 }
 
-Json ItemSchema()
-{
-    const Json any = Json::object();
-    return ObjectOf({{"adapter", zelk::OrNull(zelk::SchemaOfType("string"))},
-                     {"path", zelk::SchemaOfType("string")},
-                     {"before", any},
-                     {"after", any}});
-}
-
-Json StepSchema(bool bDone)
-{
-    const Json text = zelk::SchemaOfType("string");
-    Json schema = ObjectOf({{"adapter", zelk::OrNull(text)},
-                            {"step", text},
-                            {"means", text},
-                            {"command", zelk::OrNull(text)},
-                            {"undoRestores", {{"type", "array"}, {"items", text}}}});
-    if (!bDone)
-        return schema;
-    const Json integer = zelk::SchemaOfType("integer");
-    const Json more = ObjectOf({{"outcome", {{"enum", {"done", "failed", "timedOut", "cancelled", "notRun"}}}},
-                                {"durationMs", integer},
-                                {"exitCode", zelk::OrNull(integer)},
-                                {"error", zelk::OrNull(integer)},
-                                {"reason", zelk::OrNull(text)},
-                                {"output", zelk::OrNull(text)}});
-    schema["properties"].update(more["properties"]);
-    for (const Json& name : more["required"])
-        schema["required"].push_back(name);
-    return schema;
-}
-
-Json ArrayOf(Json schema)
-{
-    return {{"type", "array"}, {"items", std::move(schema)}};
-}
-
 void RequireOutcome(const zelk::GuardedResult& result, bool bIsDocument)
 {
     if (result.outcome == zelk::GuardedOutcome::BUSY)
@@ -192,42 +152,6 @@ Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options)
     const zelk::GuardedResult guarded = Apply(changeOf, options);
     RequireOutcome(guarded, change.bIsDocument);
     return AnswerOf(change, guarded.plan, guarded.result, guarded.pending);
-}
-
-Json DifferencesSchema()
-{
-    return ObjectOf({{"differs", zelk::SchemaOfType("boolean")},
-                     {"items", ArrayOf(ItemSchema())},
-                     {"steps", ArrayOf(StepSchema(false))},
-                     {"notes", ArrayOf(zelk::SchemaOfType("string"))},
-                     {"pending", ListOf<zelk::PendingEntry>()}});
-}
-
-Json AppliedSchema()
-{
-    return ObjectOf(
-        {{"changed", zelk::SchemaOfType("boolean")},
-         {"outcome", {{"enum", {"unchanged", "changed", "notVerified", "failed", "timedOut", "cancelled"}}}},
-         {"items", ArrayOf(ItemSchema())},
-         {"steps", ArrayOf(StepSchema(true))},
-         {"differences", ArrayOf(ItemSchema())},
-         {"undo", zelk::OrNull(UndoSchema())},
-         {"notes", ArrayOf(zelk::SchemaOfType("string"))},
-         {"pendingChange", zelk::OrNull(zelk::SchemaOfType("string"))},
-         {"pending", ListOf<zelk::PendingEntry>()},
-         {"adapters", ListOf("adapter")}});
-}
-
-Json StateChangeSchema()
-{
-    return AnyOf({DifferencesSchema(), AppliedSchema()});
-}
-
-Json UndoSchema()
-{
-    return ObjectOf({{"complete", zelk::SchemaOfType("boolean")},
-                     {"steps", ArrayOf(StepSchema(true))},
-                     {"differences", ArrayOf(ItemSchema())}});
 }
 
 } // namespace zelkctl

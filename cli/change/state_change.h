@@ -48,11 +48,4 @@ void RefuseDocument(const std::vector<zelk::Fault>& faults);
 /// changed; what fails later is part of the answer.
 Answer Perform(const StateChangeOf& changeOf, const StateChangeOptions& options);
 
-// JSON Schemas of the two answers that it gives, and of either.
-Json DifferencesSchema();
-Json AppliedSchema();
-Json StateChangeSchema();
-/// Of what was taken back.
-Json UndoSchema();
-
 } // namespace zelkctl

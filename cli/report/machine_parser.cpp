@@ -8,7 +8,7 @@
 #include <state/desired/object_reader.h>
 #include <state/fields/schema.h>
 
-#include "change/state_change.h"
+#include "change/change_schema.h"
 #include "records/answer_schema.h"
 #include "report/conformity.h"
 #include "trace/trace_record.h"

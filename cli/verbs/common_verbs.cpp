@@ -10,6 +10,7 @@
 #include "answer/cell_text.h"
 #include "answer/failure.h"
 #include "answer/value_text.h"
+#include "change/change_schema.h"
 #include "parser/ip_argument.h"
 #include "records/answer_schema.h"
 #include "system/number.h"

@@ -13,6 +13,7 @@
 #include "answer/failure.h"
 #include "answer/value_text.h"
 #include "change/apply_environment.h"
+#include "change/change_schema.h"
 #include "change/change_text.h"
 #include "change/other_changes.h"
 #include "change/permission.h"

@@ -5,6 +5,7 @@
 #include <state/reading/read_machine.h>
 
 #include "answer/value_text.h"
+#include "change/change_schema.h"
 #include "parser/document.h"
 #include "verbs/common_verbs.h"
 

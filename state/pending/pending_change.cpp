@@ -6,17 +6,13 @@
 #include <cstdio>
 #include <random>
 
-#include <winsock2.h>
-
-#include <windows.h>
-
 #include <state/desired/json_form.h>
 #include <state/desired/json_reading.h>
 #include <state/desired/object_reader.h>
 #include <state/desired/standing.h>
+#include <state/pending/machine_id.h>
 #include <state/pending/utc_time.h>
 #include <state/plan/restore.h>
-#include <state/platform/handles.h>
 #include <state/platform/utf8.h>
 
 namespace zelk
@@ -295,21 +291,6 @@ std::string NewChangeId()
 bool IsChangeId(std::string_view text) noexcept
 {
     return text.size() == ID_LENGTH && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
-}
-
-std::string MachineId()
-{
-    HKEY opened = nullptr;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Cryptography", 0, KEY_QUERY_VALUE, &opened) !=
-        ERROR_SUCCESS)
-        return {};
-    const UniqueKey key(opened);
-    std::array<wchar_t, 64> text = {};
-    DWORD size = sizeof(text) - sizeof(wchar_t); // the text may lack its terminator
-    DWORD type = REG_NONE;
-    const LSTATUS code =
-        ::RegQueryValueExW(key.get(), L"MachineGuid", nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
-    return code == ERROR_SUCCESS && type == REG_SZ ? ToUtf8(text.data()) : std::string();
 }
 
 std::uint64_t ClockNow()

@@ -81,9 +81,6 @@ bool IsChangeId(std::string_view text) noexcept;
 /// For ObjectReader.
 std::optional<std::string> ReadChangeId(const Json& json, const std::string& place, std::vector<Fault>& faults);
 
-/// What tells this installation of Windows from others; empty where it does not tell.
-std::string MachineId();
-
 /// Milliseconds since the start of the machine.
 std::uint64_t ClockNow();
 

@@ -2,6 +2,7 @@
 
 #include <state/machine/problem.h>
 #include <state/pending/change_folder.h>
+#include <state/pending/machine_id.h>
 #include <state/platform/file_search.h>
 #include <state/platform/system_message.h>
 #include <state/platform/utf8.h>

@@ -9,6 +9,7 @@
 
 #include <state/machine/problem.h>
 #include <state/pending/change_folder.h>
+#include <state/pending/machine_id.h>
 #include <state/pending/watch.h>
 #include <state/pending/watch_process.h>
 #include <support/import_patch.h>
