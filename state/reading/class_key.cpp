@@ -1,13 +1,10 @@
 #include <state/reading/class_key.h>
 
-#include <charconv>
-#include <cstdio>
-#include <iterator>
-
 #include <state/platform/registry_keys.h>
 #include <state/platform/utf8.h>
 #include <state/reading/speed_setting.h>
 #include <state/reading/stored_key.h>
+#include <state/values/registry_data.h>
 
 namespace zelk
 {
@@ -19,27 +16,6 @@ constexpr std::uint32_t IS_VIRTUAL = 0x01;
 constexpr std::uint32_t IS_SOFTWARE = 0x02;
 constexpr std::uint32_t IS_PHYSICAL = 0x04;
 constexpr std::uint32_t IS_HIDDEN = 0x08;
-
-/// The parts of "M-D-YYYY"; nothing for another text.
-std::optional<std::string> IsoDate(std::string_view text)
-{
-    unsigned int parts[3] = {};
-    for (std::size_t i = 0; i < std::size(parts); ++i)
-    {
-        const char* const end = text.data() + text.size();
-        const auto [next, error] = std::from_chars(text.data(), end, parts[i]);
-        const bool last = i + 1 == std::size(parts);
-        if (error != std::errc() || (last ? next != end : next == end || (*next != '-' && *next != '/')))
-            return std::nullopt;
-        text.remove_prefix(static_cast<std::size_t>(next - text.data()) + (last ? 0 : 1));
-    }
-    const auto [month, day, year] = parts;
-    if (month < 1 || month > 12 || day < 1 || day > 31 || year < 1980 || year > 9999)
-        return std::nullopt;
-    char date[16];
-    std::snprintf(date, sizeof(date), "%04u-%02u-%02u", year, month, day);
-    return date;
-}
 
 std::optional<std::string> DriverDate(StoredKey& key)
 {

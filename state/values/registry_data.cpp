@@ -1,6 +1,10 @@
 #include <state/values/registry_data.h>
 
 #include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <iterator>
 
 namespace zelk
 {
@@ -61,6 +65,30 @@ std::vector<std::string_view> SplitList(std::string_view text)
         parts.push_back(text.substr(0, end));
         text.remove_prefix(end);
     }
+}
+
+std::optional<std::string> IsoDate(std::string_view text)
+{
+    unsigned int parts[3] = {};
+    for (std::size_t i = 0; i < std::size(parts); ++i)
+    {
+        const char* const end = text.data() + text.size();
+        const auto [next, error] = std::from_chars(text.data(), end, parts[i]);
+        const bool last = i + 1 == std::size(parts);
+        if (error != std::errc() || (last ? next != end : next == end || (*next != '-' && *next != '/')))
+            return std::nullopt;
+        text.remove_prefix(static_cast<std::size_t>(next - text.data()) + (last ? 0 : 1));
+    }
+    const auto [month, day, year] = parts;
+    if (month > 12 || day > 31 || year < 1980 || year > 9999)
+        return std::nullopt;
+    const std::chrono::year_month_day calendar(std::chrono::year(static_cast<int>(year)), std::chrono::month(month),
+                                               std::chrono::day(day));
+    if (!calendar.ok())
+        return std::nullopt;
+    char date[16];
+    std::snprintf(date, sizeof(date), "%04u-%02u-%02u", year, month, day);
+    return date;
 }
 
 } // namespace zelk

@@ -26,4 +26,8 @@ std::optional<std::uint32_t> DecodeNumber(std::span<const std::byte> data) noexc
 /// The parts of a text between commas, blanks and semicolons, without empty ones.
 std::vector<std::string_view> SplitList(std::string_view text);
 
+/// A date that is written as "M-D-YYYY" or "M/D/YYYY", as YYYY-MM-DD; nothing for any other text, or a day
+/// that no calendar has.
+std::optional<std::string> IsoDate(std::string_view text);
+
 } // namespace zelk
