@@ -1,4 +1,4 @@
-// The tool's command line: a small tool with one of each kind of argument either answers or says what is wrong.
+// The tool's command line: a small tool with one argument of each kind either answers or says what is wrong.
 
 #include <CLI/CLI.hpp>
 #include <state/fields/json_value.h>
@@ -18,43 +18,42 @@ namespace
 
 using namespace zelkctl;
 
-Answer TextAnswer(std::vector<std::string> words)
+void AddAdd(Command noun)
 {
-    Answer answer;
-    for (const std::string& sWord : words)
-        answer.text = answer.text.value_or("") + sWord + '\n';
-    return answer;
+    Command verb = noun.AddVerb({"add", "Add", "address add lan0 192.0.2.1/24"});
+    const auto adapter = verb.AddArgument({"ADAPTER", "Which", "NAME"});
+    const auto addresses = verb.AddArguments({"ADDRESS", "What", "ADDRESS/LENGTH"});
+    const auto alternatives = verb.AddAlternatives({"--active", "Now", ""}, {"--stored", "Later", ""});
+    verb.AddJsonFlag();
+    verb.Answers({}, [=] {
+        fuzz::Require(!adapter().empty() || !addresses().empty());
+        fuzz::Require(!alternatives.first() || !alternatives.second());
+        return Answer();
+    });
 }
 
-void AddVerbs(Command tool)
+void CheckCondition(const std::string& sText)
 {
-    Command noun = tool.AddNoun({"address", "Addresses", "address add lan0 192.0.2.1/24"});
-    Command add = noun.AddVerb({"add", "Add addresses", "address add lan0 192.0.2.1/24"});
-    const auto adapter = add.AddArgument({"ADAPTER", "Which", "NAME"});
-    const auto networks = add.AddArguments({"ADDRESS", "What", "ADDRESS/LENGTH"});
-    const auto [one, other] = add.AddAlternatives({"--active", "Now", ""}, {"--stored", "Later", ""});
-    add.AddJsonFlag();
-    add.Answers({}, [=, one = one, other = other] {
-        fuzz::Require(!adapter().empty() || !networks().empty());
-        fuzz::Require(!(one() && other()));
-        return TextAnswer(networks());
-    });
-    Command list = noun.AddVerb({"list", "List them", "address list"});
-    const auto level = list.AddOptionalArgument({"LEVEL", "Which", "0-4"}, {"0", "1", "2"});
-    const auto until = list.AddRepeatedOption({"--until", "Until then", "FIELD=VALUE"});
-    const auto options = list.AddOptions({"--dns", "Servers", "ADDRESS"});
-    list.AddFormOptions({{.sKey = "name", .sLabel = "Name"}, {.sKey = "ipv4.addresses", .sLabel = "Addresses"}});
-    list.AddColumnOptions({{.sKey = "name", .sLabel = "Name"}});
-    list.Answers({}, [=] {
-        static const Json lan0 = zelk::JsonValue<zelk::Adapter>::Write(fuzz::SmallMachine().adapters.front());
-        fuzz::Require(level().size() <= 5);
-        for (const std::string& sText : until())
-        {
-            const Condition condition(sText);
-            fuzz::Require(Condition(condition.Text()).Text() == condition.Text());
-            static_cast<void>(condition.Holds(lan0));
-        }
-        return TextAnswer(options());
+    static const Json lan0 = zelk::JsonValue<zelk::Adapter>::Write(fuzz::SmallMachine().adapters.front());
+    const Condition condition(sText);
+    const Condition same(condition.Text());
+    fuzz::Require(same.Text() == condition.Text() && same.Holds(lan0) == condition.Holds(lan0));
+}
+
+void AddList(Command noun)
+{
+    Command verb = noun.AddVerb({"list", "List", "address list"});
+    const auto level = verb.AddOptionalArgument({"LEVEL", "Which", "0-2"}, {"0", "1", "2"});
+    const auto conditions = verb.AddRepeatedOption({"--until", "Until then", "FIELD=VALUE"});
+    const auto servers = verb.AddOptions({"--dns", "Servers", "ADDRESS"});
+    verb.AddFormOptions({{.sKey = "name", .sLabel = "Name"}, {.sKey = "ipv4.addresses", .sLabel = "Addresses"}});
+    verb.AddColumnOptions({{.sKey = "name", .sLabel = "Name"}});
+    verb.Answers({}, [=] {
+        fuzz::Require(level().find_first_not_of("012,") == std::string::npos);
+        servers();
+        for (const std::string& sText : conditions())
+            CheckCondition(sText);
+        return Answer();
     });
 }
 
@@ -70,16 +69,17 @@ void fuzz::Try(std::string_view text)
     parser.allow_windows_style_options(false);
     parser.require_subcommand(1);
     parser.formatter(std::make_shared<HelpFormatter>());
-    AddVerbs(Command(parser, request));
+    const Command noun = Command(parser, request).AddNoun({"address", "Addresses", "address list"});
+    AddAdd(noun);
+    AddList(noun);
     try
     {
         ReadCommandLine(parser, arguments, request);
-        Require(static_cast<bool>(request.answer));
         request.answer();
     }
     catch (const Failure& failure)
     {
-        Require(failure.What().code == EXIT_USAGE && !failure.What().sReason.empty());
-        Require(Printable(failure.What().sReason) == failure.What().sReason);
+        const std::string& sReason = failure.What().sReason;
+        Require(failure.What().code == EXIT_USAGE && !sReason.empty() && Printable(sReason) == sReason);
     }
 }

@@ -1,6 +1,7 @@
-// Data of the registry: a text, a list of texts, a number, and lists in one text.
+// Data of the registry: a text, a list of texts, a number, a list in one text, and a date.
 
 #include <algorithm>
+#include <ctime>
 #include <span>
 #include <string>
 #include <vector>
@@ -13,16 +14,14 @@
 namespace
 {
 
-std::span<const std::byte> DataOf(std::u16string_view units)
+/// The library keeps empty texts among others; up to the first of them it gives the same.
+void TryLibrary(std::u16string_view units, const std::vector<std::u16string>& texts)
 {
-    return std::as_bytes(std::span(units)); // this machine has the registry's byte order
-}
-
-std::u16string UnitsOf(std::span<const std::byte> data)
-{
-    std::u16string units(data.size() / 2, u'\0');
-    std::copy_n(data.begin(), units.size() * 2, std::as_writable_bytes(std::span(units)).begin());
-    return units;
+    const auto all = velmor::SplitTexts(std::wstring(units.begin(), units.end()));
+    fuzz::Require(all.size() == texts.size() || (all.size() > texts.size() && all[texts.size()].empty()));
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        fuzz::Require(std::ranges::equal(std::wstring_view(all[i].c_str(), all[i].size()), texts[i]));
+    fuzz::Require(all.empty() || !all.back().empty());
 }
 
 void TryTexts(std::span<const std::byte> data)
@@ -31,18 +30,12 @@ void TryTexts(std::span<const std::byte> data)
     std::u16string written;
     for (const std::u16string& text : texts)
         written.append(text).append(1, u'\0');
-    fuzz::Require(zelk::DecodeTexts(DataOf(written)) == texts);
-    written += u'\0';
-    fuzz::Require(zelk::DecodeTexts(DataOf(written)) == texts);
+    fuzz::Require(zelk::DecodeTexts(std::as_bytes(std::span(written))) == texts);
     fuzz::Require(zelk::DecodeText(data) == (texts.empty() ? std::u16string() : texts.front()));
 
-    // The library keeps empty texts among others; up to the first of them both give the same.
-    const std::u16string units = UnitsOf(data);
-    const auto all = velmor::SplitTexts(std::wstring(units.begin(), units.end()));
-    fuzz::Require(all.size() >= texts.size() && (all.size() == texts.size() || all[texts.size()].empty()));
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        fuzz::Require(all[i] == velmor::string(std::wstring(texts[i].begin(), texts[i].end())));
-    fuzz::Require(all.empty() || !all.back().empty());
+    std::u16string units(data.size() / 2, u'\0'); // this machine has the registry's byte order
+    std::ranges::copy(data.first(units.size() * 2), std::as_writable_bytes(std::span(units)).begin());
+    TryLibrary(units, texts);
 }
 
 void TryParts(std::string_view text)
@@ -57,6 +50,18 @@ void TryParts(std::string_view text)
     fuzz::Require(zelk::SplitList(joined) == parts);
 }
 
+void TryDate(std::string_view text)
+{
+    const auto date = zelk::IsoDate(text);
+    if (!date)
+        return;
+    std::tm day = {};
+    fuzz::Require(date->size() == 10 && ::strptime(date->c_str(), "%Y-%m-%d", &day) == date->c_str() + 10);
+    const std::tm given = day;
+    fuzz::Require(::timegm(&day) != -1 && day.tm_mday == given.tm_mday && day.tm_mon == given.tm_mon);
+    fuzz::Require(zelk::IsoDate(date->substr(5) + '-' + date->substr(0, 4)) == date);
+}
+
 } // namespace
 
 void fuzz::Try(std::string_view text)
@@ -64,5 +69,6 @@ void fuzz::Try(std::string_view text)
     const auto data = std::as_bytes(std::span(text));
     TryTexts(data);
     TryParts(text);
+    TryDate(text);
     Require(zelk::DecodeNumber(data).has_value() == (data.size() == 4));
 }
