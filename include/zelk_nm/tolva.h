@@ -32,7 +32,8 @@ class AbstractNetworkAPI;
 /// Operations return `true` on success and `false` on failure, unless their description says otherwise. The reason for
 /// a failure is found only in \ref md_docs_trace "the trace", the text file TOLVA_trace.log. No exception leaves an
 /// operation: anything unforeseen, such as lack of memory, is traced and reported as failure. A failed operation leaves
-/// its `[out]` arguments unchanged unless its description says otherwise. Lists are appended to, never cleared.
+/// its `[out]` arguments unchanged unless its description says otherwise. Lists are appended to, never cleared. If
+/// memory runs out, what has been appended remains.
 ///
 /// \par Partial changes
 /// An operation that changes several things stops, or goes on, as its description says when one of them fails. It never
@@ -418,7 +419,8 @@ public:
     ///
     /// \param[in]     NicInfo        the adapter; requires `sNicGuid`
     /// \param[in,out] DnsServerList  the list to which the servers are appended
-    /// \return `false` if the adapter is not found. If memory runs out, servers that have been appended remain.
+    ///                               A server whose address Winsock cannot convert is left out.
+    /// \return `false` if the adapter is not found.
     /// \see SetDnsServerList()
     static bool GetDnsServerList(const NIC_INFO& NicInfo, std::vector<velmor::ip_address>& DnsServerList);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <utility>
 
 #include <support/operation/family.h>
 #include <support/values/hex_text.h>
@@ -200,10 +201,13 @@ bool TOLVA::Wrap_IP_ADAPTER_ADDRESSES::GetDhcpServer(unsigned long ulIndex, unsi
         frame.Verbose("pCurrAddresses->Flags", CallFrame::Hex{Field(entry, &IP_ADAPTER_ADDRESSES::Flags)});
         TraceSocketAddress(frame, "pCurrAddresses->Dhcpv6Server.lpSockaddr",
                            Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6Server));
+        // The text first: without memory for it neither is changed.
+        const std::size_t length = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6ClientDuidLength);
+        velmor::string sText =
+            velmor::HexPairs(entry.Dhcpv6ClientDuid, std::min(length, std::size(entry.Dhcpv6ClientDuid)));
         ulIAID = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6Iaid);
         frame.Verbose("dwIAID", ulIAID);
-        const std::size_t length = Field(entry, &IP_ADAPTER_ADDRESSES::Dhcpv6ClientDuidLength);
-        sDUID = velmor::HexPairs(entry.Dhcpv6ClientDuid, std::min(length, std::size(entry.Dhcpv6ClientDuid)));
+        sDUID = std::move(sText);
         frame.Verbose("sDUID", sDUID);
         return true;
     });

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+
+#include "operations.h"
+
+/// The library under test, with thunks in its import slots, and what calls its operations.
+class Library
+{
+public:
+    /// Loads it, with the calls of its entry point counted.
+    Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library(); ///< counts those of its unloading too
+
+    [[nodiscard]] bool IsLoaded() const noexcept { return m_bLoaded; }
+    /// Its operation's name. False when there is none with that number.
+    bool Name(unsigned int uiOperation, Answer& answer) { return m_pCall(uiOperation, L"", nullptr, answer); }
+    /// Calls an operation, counted or not. False when there is none with that number.
+    bool Call(unsigned int uiOperation, bool bNewThread, bool bCounted, Answer& answer);
+
+private:
+    class Image;
+    static DWORD WINAPI Run(void* pThis);
+
+    std::unique_ptr<Image> m_library, m_operations;
+    bool m_bLoaded = false;
+    decltype(&CallOperation) m_pCall = nullptr;
+    unsigned int m_uiOperation = 0;
+    bool m_bCounted = false;
+    Answer* m_pAnswer = nullptr;
+    bool m_bExists = false;
+};

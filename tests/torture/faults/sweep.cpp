@@ -1,0 +1,316 @@
+#include "sweep.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <set>
+#include <sstream>
+
+namespace
+{
+
+constexpr unsigned int ALL = ~0U;
+constexpr unsigned int MOST_COMPLAINTS = 20;
+constexpr unsigned int CONSTRUCTOR = 0; ///< TOLVA(), which reads the level of the trace and empties its file
+constexpr unsigned int AFTER_LOADING = 4;
+
+Sweep* pSweep;
+std::atomic<ULONGLONG> ullBegin = 0; ///< of the case, or 0
+
+/// The first part of an answer's text that is unlike the reference's, and that; empty where both are the same.
+std::string Difference(const Answer& answer, const Answer& reference)
+{
+    std::istringstream first(answer.text), second(reference.text);
+    for (std::string sFirst, sSecond; std::getline(first, sFirst, ';') && std::getline(second, sSecond, ';');)
+        if (sFirst != sSecond)
+            return sFirst + "; instead of " + sSecond;
+    return {};
+}
+
+bool IsAllowed(const Answer& answer, const std::string& sDifference)
+{
+    std::string sParts = answer.allowed;
+    for (const char* psz = std::strtok(sParts.data(), "!|"); psz != nullptr; psz = std::strtok(nullptr, "|"))
+        if (*psz == '*' || sDifference.starts_with(psz))
+            return true;
+    return sDifference.empty();
+}
+
+/// What is more than before, as text.
+std::string Growth(const Resources& before, const Resources& now)
+{
+    std::string sText;
+    const auto Add = [&](std::size_t first, std::size_t second, const char* pszName) {
+        if (second > first)
+            sText += " " + std::to_string(second - first) + " " + pszName;
+    };
+    Add(before.uiHandles, now.uiHandles, "handles");
+    Add(before.blocks, now.blocks, "blocks");
+    Add(before.files, now.files, "files");
+    return sText;
+}
+
+} // namespace
+
+Sweep::Sweep(const Kind& kind, std::FILE* pReport) : m_kind(kind), m_pReport(pReport)
+{
+    pSweep = this;
+    pAborted = [] { pSweep->GiveUp("aborts"); };
+    ::SetUnhandledExceptionFilter(&Crashed);
+    ::CloseHandle(::CreateThread(nullptr, 0, &Watch, nullptr, 0, nullptr));
+}
+
+DWORD WINAPI Sweep::Watch(void*)
+{
+    const ULONGLONG ullLimit = pSweep->m_kind.IsPlanted() ? 2000 : 30000;
+    for (;; ::Sleep(500))
+        if (const ULONGLONG ull = ullBegin; ull != 0 && ::GetTickCount64() - ull > ullLimit)
+            pSweep->GiveUp("does not return");
+}
+
+LONG WINAPI Sweep::Crashed(EXCEPTION_POINTERS* pException)
+{
+    const EXCEPTION_RECORD& record = *pException->ExceptionRecord;
+    char text[64];
+    std::snprintf(text, sizeof(text), "crashes with %lX at %p", record.ExceptionCode, record.ExceptionAddress);
+    pSweep->GiveUp(text);
+}
+
+void Sweep::GiveUp(const std::string& sWhy)
+{
+    static std::atomic<bool> bGivesUp = false;
+    if (!bGivesUp.exchange(true)) // what it says can fail too
+        Complain(sWhy);
+    ::TerminateProcess(::GetCurrentProcess(), 1);
+    std::abort();
+}
+
+void Sweep::Complain(const std::string& sWhat)
+{
+    const Plan& plan = m_tried.plan;
+    std::fprintf(m_pReport, "%s (trace level %u, %s library, %s thread), call %u%s (%s), way %u: %s\n",
+                 m_reference.name, m_kind.uiLevel, m_kind.bCold ? "new" : "used", m_tried.bNewThread ? "new" : "main",
+                 plan.uiFirst, plan.uiLast == ALL ? " and all later ones" : "",
+                 m_pFailed != nullptr ? m_pFailed->sName.c_str() : "nothing failed", plan.uiWay, sWhat.c_str());
+    std::fflush(m_pReport);
+    ++m_uiComplaints;
+}
+
+bool Sweep::Run()
+{
+    if (m_kind.dSeconds > 0)
+        AtRandom();
+    else
+        Everything();
+    m_library.reset();
+    const injector::Counts counts = injector::Count();
+    m_figures["calls seen"] = counts.ullAll;
+    m_figures["failures injected"] = counts.ullFailures;
+    m_figures["platform functions"] = counts.slots;
+    for (const auto& [sName, ullValue] : m_figures)
+        std::fprintf(m_pReport, "%s\t%llu\n", sName.c_str(), ullValue);
+    return m_uiComplaints == 0;
+}
+
+void Sweep::Everything()
+{
+    for (unsigned int i = 0; Loaded().Name(i, m_reference); ++i)
+    {
+        const bool bPlanted = std::string(m_reference.name).starts_with(PLANTED);
+        if (m_kind.IsPlanted() ? m_kind.sWhat != m_reference.name : bPlanted)
+            continue;
+        m_figures["operations"] = i + 1;
+        Take(i);
+        for (const Case& tried : Cases())
+            if (m_uiComplaints < (m_kind.IsPlanted() ? 1 : MOST_COMPLAINTS))
+                Try(tried);
+        if (m_kind.IsLoading())
+            break;
+    }
+}
+
+void Sweep::AtRandom()
+{
+    constexpr std::size_t CASES_A_TURN = 20;
+    unsigned int uiOperations = 0;
+    while (Loaded().Name(uiOperations, m_reference) && !std::string(m_reference.name).starts_with(PLANTED))
+        ++uiOperations;
+    Unload();
+    m_figures["operations"] = uiOperations;
+
+    std::mt19937 random(m_kind.uiSeed);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(m_kind.dSeconds);
+    while (std::chrono::steady_clock::now() < end && m_uiComplaints < MOST_COMPLAINTS)
+    {
+        Take(static_cast<unsigned int>(random()) % uiOperations);
+        std::vector<Case> cases = Cases();
+        std::shuffle(cases.begin(), cases.end(), random);
+        cases.resize(std::min(cases.size(), CASES_A_TURN));
+        for (const Case& tried : cases)
+            if (std::chrono::steady_clock::now() < end)
+                Try(tried);
+    }
+}
+
+Library& Sweep::Loaded()
+{
+    if (m_library == nullptr)
+    {
+        injector::Arm({});
+        m_library = std::make_unique<Library>();
+        if (m_kind.uiLevel == 4)
+            m_library->Call(CONSTRUCTOR, false, false, m_next);
+    }
+    return *m_library;
+}
+
+void Sweep::Unload()
+{
+    if (!m_kind.bCold)
+        return;
+    injector::Arm({});
+    m_library.reset();
+}
+
+/// From now on this operation is tried. Without failures it always gives the same answer.
+void Sweep::Take(unsigned int uiOperation)
+{
+    m_uiOperation = m_kind.IsLoading() ? AFTER_LOADING : uiOperation;
+    m_tried = {};
+    m_pFailed = nullptr;
+    for (unsigned int i = 0; i < 3; ++i)
+    {
+        Loaded().Call(m_uiOperation, i == 1, false, m_answer);
+        if (i == 0)
+            m_reference = m_answer;
+        Judge(m_answer, false);
+        Unload();
+    }
+    if (!m_reference.bResult)
+        m_figures["operations that fail here in any case"] = 1;
+    if (m_kind.IsLoading())
+        std::snprintf(m_reference.name, sizeof(m_reference.name), "loading");
+    m_before = CountResources();
+}
+
+/// Every call that can fail, in every way, once and with all later ones. Of those from one and the same place the first
+/// two and the last one are enough, and a place in which operations meet is tried so with one of them, and with the
+/// others in one way.
+std::vector<Sweep::Case> Sweep::Cases()
+{
+    injector::Record(true);
+    Perform({}, m_answer);
+    injector::Record(false);
+    const std::vector<Call> calls = injector::Recorded();
+    Unload();
+    std::map<std::pair<const Slot*, std::size_t>, std::vector<unsigned int>> places;
+    for (unsigned int i = 0; i < calls.size(); ++i)
+        places[{calls[i].pSlot, calls[i].place}].push_back(i + 1);
+    m_figures["places that call the platform"] += places.size();
+
+    std::vector<Case> cases;
+    for (const auto& [place, numbers] : places)
+    {
+        const unsigned int first = numbers.front();
+        const unsigned int second = numbers[std::min<std::size_t>(1, numbers.size() - 1)];
+        const auto ways = static_cast<unsigned int>(place.first->pFailures->size());
+        if (m_kind.dSeconds == 0 && !m_known.insert(place).second)
+            cases.push_back({{first, cases.size() % 2 == 0 ? first : ALL, first % ways}, first % 2 == 0});
+        else
+            for (const unsigned int n : std::set{first, second, numbers.back()})
+                for (unsigned int way = 0; way < ways; ++way)
+                    for (const unsigned int last : {n, ALL})
+                        cases.push_back({{n, last, way}, (n + way) % 2 == 0});
+    }
+    m_before = CountResources();
+    return cases;
+}
+
+void Sweep::Try(const Case& tried)
+{
+    m_tried = tried;
+    ullBegin = ::GetTickCount64();
+    Perform(tried, m_answer);
+    m_pFailed = injector::Count().pFirstFailed;
+    Judge(m_answer, m_pFailed != nullptr);
+    m_figures[m_answer.bResult ? "answers true" : "answers false"]++;
+    // The next call is as if nothing had been.
+    Loaded().Call(m_uiOperation, false, false, m_next);
+    Judge(m_next, false);
+    Unload();
+    CompareResources(tried);
+    ullBegin = 0;
+
+    constexpr unsigned long long CASES_A_TRACE_FILE = 500;
+    if (++m_figures["cases"] % CASES_A_TRACE_FILE == 0 && !m_kind.bCold)
+    {
+        Loaded().Call(CONSTRUCTOR, false, false, m_next);
+        m_before = CountResources();
+    }
+}
+
+void Sweep::Perform(const Case& tried, Answer& answer)
+{
+    if (m_kind.IsLoading())
+        return PerformLoading(tried);
+    Library& library = Loaded();
+    injector::Arm(tried.plan);
+    library.Call(m_uiOperation, tried.bNewThread, true, answer);
+}
+
+/// Loading may be refused. What is loaded answers something to everything, and goes again.
+void Sweep::PerformLoading(const Case& tried)
+{
+    constexpr unsigned int GROUPS = 6;
+    injector::Arm(tried.plan);
+    Library library;
+    m_answer = m_reference;
+    m_answer.bResult = library.IsLoaded();
+    m_answer.bUnchanged = true;
+    for (unsigned int i = tried.plan.uiFirst % GROUPS; library.IsLoaded(); i += GROUPS)
+    {
+        if (!library.Call(i, tried.bNewThread, false, m_next) || std::string(m_next.name).starts_with(PLANTED))
+            break;
+        if (m_next.bException)
+            Complain(std::string("an exception leaves ") + m_next.name);
+    }
+}
+
+void Sweep::Judge(const Answer& answer, bool bFailed)
+{
+    const std::string sDifference = Difference(answer, m_reference);
+    if (answer.bException)
+        Complain("an exception has left it");
+    else if (!bFailed && (answer.bResult != m_reference.bResult || !sDifference.empty()))
+        Complain(std::string("without failures it ") + (answer.bResult ? "succeeds" : "fails") +
+                 ", unlike before: " + sDifference);
+    else if (answer.bResult && !IsAllowed(answer, sDifference))
+        Complain("succeeds with " + sDifference);
+    else if (!answer.bResult && !answer.bUnchanged && *answer.allowed != '!')
+        Complain("fails, and has changed its arguments: " + sDifference);
+}
+
+/// What the platform keeps from its first use is not taken for a leak: that comes again each time.
+void Sweep::CompareResources(const Case& tried)
+{
+    constexpr int REPEATS = 3;
+    Resources now = CountResources();
+    if (!now.bTraceFree)
+        Complain("the mutex of the trace is not free");
+    for (int i = 0; !Growth(m_before, now).empty(); ++i)
+    {
+        if (i == REPEATS)
+        {
+            Complain("each time it leaves" + Growth(m_before, now));
+            break;
+        }
+        m_before = now;
+        Perform(tried, m_next);
+        Unload();
+        now = CountResources();
+    }
+    m_before = now;
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "injector.h"
+#include "library.h"
+#include "machine.h"
+
+/// What is tried in one process.
+struct Kind
+{
+    double dSeconds; ///< 0: all cases
+    unsigned int uiSeed;
+    unsigned int uiLevel; ///< of the trace
+    bool bCold;           ///< the library is loaded anew for every call
+    std::string sWhat;    ///< a step, or the name of a planted fault
+
+    [[nodiscard]] bool IsPlanted() const { return sWhat.starts_with(PLANTED); }
+    [[nodiscard]] bool IsLoading() const { return sWhat == "load"; }
+};
+
+/// Calls operations with every one of their platform calls failing, alone and with all later ones, and says in a file
+/// what they must not do.
+class Sweep
+{
+public:
+    Sweep(const Kind& kind, std::FILE* pReport);
+    Sweep(const Sweep&) = delete;
+    Sweep& operator=(const Sweep&) = delete;
+
+    /// False where there is something to complain of. Writes its figures too.
+    bool Run();
+
+private:
+    struct Case
+    {
+        Plan plan;
+        bool bNewThread = false;
+    };
+
+    static DWORD WINAPI Watch(void*);
+    static LONG WINAPI Crashed(EXCEPTION_POINTERS* pException);
+    [[noreturn]] void GiveUp(const std::string& sWhy);
+    void Complain(const std::string& sWhat);
+
+    void Everything();
+    void AtRandom();
+    void Take(unsigned int uiOperation);
+    std::vector<Case> Cases();
+    void Try(const Case& tried);
+    void Perform(const Case& tried, Answer& answer);
+    void PerformLoading(const Case& tried);
+    void Judge(const Answer& answer, bool bFailed);
+    void CompareResources(const Case& tried);
+    Library& Loaded();
+    void Unload();
+
+    const Kind m_kind;
+    std::FILE* const m_pReport;
+    std::unique_ptr<Library> m_library;
+    unsigned int m_uiOperation = 0;
+    unsigned int m_uiComplaints = 0;
+    Case m_tried;
+    const Slot* m_pFailed = nullptr; ///< the first that failed in it
+    Answer m_reference = {}, m_answer = {}, m_next = {};
+    Resources m_before = {};
+    std::set<std::pair<const Slot*, std::size_t>> m_known; ///< places that an operation has been tried with
+    std::map<std::string, unsigned long long> m_figures;
+};
