@@ -104,7 +104,7 @@ bool RunAll(const std::string& sStep, unsigned int uiSeed, double dSeconds)
                 const double dShare = dSeconds / (sStep == "load" ? 4 : 8);
                 const Report report = Start(pszProgram, {dShare, uiSeed, level, bCold, sStep});
                 for (const auto& [sName, ullValue] : report.figures)
-                    figures[sName] = sName == "operations" || sName == "platform functions"
+                    figures[sName] = sName.starts_with("operations") || sName == "platform functions"
                                          ? std::max(figures[sName], ullValue)
                                          : figures[sName] + ullValue;
                 for (const std::string& sComplaint : report.complaints)

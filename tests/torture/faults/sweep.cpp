@@ -109,6 +109,7 @@ bool Sweep::Run()
     const injector::Counts counts = injector::Count();
     m_figures["calls seen"] = counts.ullAll;
     m_figures["failures injected"] = counts.ullFailures;
+    m_figures["operations that fail here in any case"] = m_failing.size();
     m_figures["platform functions"] = counts.slots;
     for (const auto& [sName, ullValue] : m_figures)
         std::fprintf(m_pReport, "%s\t%llu\n", sName.c_str(), ullValue);
@@ -120,7 +121,7 @@ void Sweep::Everything()
     for (unsigned int i = 0; Loaded().Name(i, m_reference); ++i)
     {
         const bool bPlanted = std::string(m_reference.name).starts_with(PLANTED);
-        if (m_kind.IsPlanted() ? m_kind.sWhat != m_reference.name : bPlanted)
+        if (m_kind.IsStep() ? bPlanted : m_kind.sWhat != m_reference.name)
             continue;
         m_figures["operations"] = i + 1;
         Take(i);
@@ -190,7 +191,7 @@ void Sweep::Take(unsigned int uiOperation)
         Unload();
     }
     if (!m_reference.bResult)
-        m_figures["operations that fail here in any case"] = 1;
+        m_failing.insert(m_uiOperation);
     if (m_kind.IsLoading())
         std::snprintf(m_reference.name, sizeof(m_reference.name), "loading");
     m_before = CountResources();
@@ -296,7 +297,7 @@ void Sweep::Judge(const Answer& answer, bool bFailed)
 /// What the platform keeps from its first use is not taken for a leak: that comes again each time.
 void Sweep::CompareResources(const Case& tried)
 {
-    constexpr int REPEATS = 3;
+    constexpr int REPEATS = 10;
     Resources now = CountResources();
     if (!now.bTraceFree)
         Complain("the mutex of the trace is not free");

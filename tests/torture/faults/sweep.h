@@ -18,9 +18,10 @@ struct Kind
     unsigned int uiSeed;
     unsigned int uiLevel; ///< of the trace
     bool bCold;           ///< the library is loaded anew for every call
-    std::string sWhat;    ///< a step, or the name of a planted fault
+    std::string sWhat;    ///< a step, or the name of one operation
 
     [[nodiscard]] bool IsPlanted() const { return sWhat.starts_with(PLANTED); }
+    [[nodiscard]] bool IsStep() const { return sWhat == "faults" || IsLoading(); }
     [[nodiscard]] bool IsLoading() const { return sWhat == "load"; }
 };
 
@@ -70,5 +71,6 @@ private:
     Answer m_reference = {}, m_answer = {}, m_next = {};
     Resources m_before = {};
     std::set<std::pair<const Slot*, std::size_t>> m_known; ///< places that an operation has been tried with
+    std::set<unsigned int> m_failing; ///< operations that fail in any case
     std::map<std::string, unsigned long long> m_figures;
 };
