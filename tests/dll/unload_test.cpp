@@ -42,12 +42,4 @@ TEST(Unloading, LeavesNothingBehindAndTracesToTheEnd)
     }
 }
 
-TEST(Unloading, NeitherFailsNorLeavesAnythingBehindWithoutMemory)
-{
-    const Installed program(L"exhaustion_probe.exe", L"win7");
-    program.AddLibrary();
-    std::filesystem::copy_file(BesideProgram(L"probe\\library_user.dll"), program.Folder() / L"library_user.dll");
-    EXPECT_EQ("blocks: 0, handles: 0", program.Run());
-}
-
 } // namespace

@@ -71,6 +71,6 @@ private:
     Answer m_reference = {}, m_answer = {}, m_next = {};
     Resources m_before = {};
     std::set<std::pair<const Slot*, std::size_t>> m_known; ///< places that an operation has been tried with
-    std::set<unsigned int> m_failing; ///< operations that fail in any case
+    std::set<unsigned int> m_failing;                      ///< operations that fail in any case
     std::map<std::string, unsigned long long> m_figures;
 };
