@@ -3,6 +3,8 @@
 #include <source_location>
 #include <string_view>
 
+#include <state/machine/machine.h>
+
 namespace fuzz
 {
 
@@ -14,5 +16,8 @@ void Require(bool holds, std::source_location where = std::source_location::curr
 
 /// The text up to the separator, which is taken off with it; the rest where there is none.
 std::string_view TakeUntil(std::string_view& text, char separator);
+
+/// A machine with two adapters, lan0 and lan1, of which the first one is configured.
+const zelk::Machine& SmallMachine();
 
 } // namespace fuzz

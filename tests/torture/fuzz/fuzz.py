@@ -40,10 +40,17 @@ TARGETS = {
 }
 
 
+def call(*command: str | Path) -> None:
+    """Shows what the command says only when it fails."""
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    if done.returncode != 0:
+        sys.exit(f"fuzz: {command[0]} failed:\n{done.stdout}")
+
+
 def build() -> None:
     if not (BUILD / "build.ninja").exists():
-        subprocess.run(["cmake", "-S", HERE, "-B", BUILD, "-G", "Ninja"], check=True, stdout=subprocess.DEVNULL)
-    subprocess.run(["ninja", "-C", BUILD, "--quiet", *TARGETS], check=True, stdout=sys.stderr)
+        call("cmake", "-S", HERE, "-B", BUILD, "-G", "Ninja")
+    call("ninja", "-C", BUILD, *TARGETS)
 
 
 def fuzzer(target: str, *options: str) -> subprocess.CompletedProcess:

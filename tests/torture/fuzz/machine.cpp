@@ -1,4 +1,4 @@
-#include "machine.h"
+#include "fuzz.h"
 
 namespace fuzz
 {

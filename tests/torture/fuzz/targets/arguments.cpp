@@ -7,7 +7,6 @@
 #include "answer/failure.h"
 #include "events/condition.h"
 #include "fuzz.h"
-#include "machine.h"
 #include "parser/command.h"
 #include "parser/command_line.h"
 #include "parser/help_format.h"

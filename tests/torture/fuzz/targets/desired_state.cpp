@@ -7,7 +7,6 @@
 #include <state/plan/plan.h>
 
 #include "fuzz.h"
-#include "machine.h"
 #include "report/machine_parser.h"
 
 namespace

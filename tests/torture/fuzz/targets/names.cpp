@@ -9,7 +9,6 @@
 #include <state/values/printable.h>
 
 #include "fuzz.h"
-#include "machine.h"
 
 namespace
 {
