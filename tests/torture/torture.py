@@ -38,6 +38,7 @@ STEPS: dict[str, Step] = {
     "loads": Step(windows_program("loads"), 1, "what a thousand loads leave behind"),
     "faults": Step(windows_program("faults", "faults"), 3, "every operation, while the platform fails it"),
     "load": Step(windows_program("faults", "load"), 1, "loading and unloading, while the platform fails it"),
+    "state": Step(windows_program("faults", "state"), 2, "the functions of ZELK_STATE.DLL, while the platform fails them"),
 }
 
 

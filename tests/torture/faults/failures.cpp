@@ -45,11 +45,24 @@ const Rule RULES[] = {
      "LeaveCriticalSection GetCurrentProcess GetCurrentThreadId GetLastError SetLastError GetLocalTime GetTickCount "
      "GetTickCount64 IsDBCSLeadByteEx RaiseException RtlCaptureContext RtlLookupFunctionEntry RtlUnwindEx "
      "RtlVirtualUnwind Sleep LsaNtStatusToWinError DsRoleFreeMemory FreeMibTable InitializeUnicastIpAddressEntry "
-     "DeviceProperties_RunDLLW"},
+     "DeviceProperties_RunDLLW EqualSid IsWellKnownSid CompareFileTime GetCurrentProcessId GetCurrentThread "
+     "GetSystemTime GetSystemTimeAsFileTime GetThreadPriority IsDebuggerPresent OutputDebugStringA "
+     "QueryPerformanceCounter QueryPerformanceFrequency RemoveVectoredExceptionHandler TlsGetValue exit "
+     "TryEnterCriticalSection __C_specific_handler _endthreadex _lock _unlock _setjmp longjmp fwprintf _ultoa "
+     "_strdup fprintf fputs fputwc islower isspace isupper printf signal strtol _read _close CoUninitialize "
+     "SetSystemTime"},
+    // What the thread library of the state's DLL cannot do without.
+    {{},
+     "AddVectoredExceptionHandler CreateEventA CreateSemaphoreA DuplicateHandle GetHandleInformation GetThreadContext "
+     "GetThreadTimes GetProcessTimes GetProcessAffinityMask GetSystemTimeAdjustment ReleaseSemaphore ResetEvent "
+     "ResumeThread SetEvent SetProcessAffinityMask SetThreadContext SetThreadPriority SuspendThread TlsAlloc "
+     "TlsSetValue _beginthreadex"},
     // Those that release: done, and then said to have failed.
-    {{Released(FALSE)}, "CloseHandle FreeLibrary ReleaseMutex SetupDiDestroyDeviceInfoList"},
+    {{Released(FALSE)},
+     "CloseHandle CloseServiceHandle FindClose IcmpCloseHandle FreeLibrary ReleaseMutex SetupDiDestroyDeviceInfoList"},
     {{Released(FALSE, ERROR_ACCESS_DENIED)}, "DeleteFileW"},
-    {{Released(ERROR_INVALID_HANDLE)}, "RegCloseKey"},
+    {{Released(ERROR_INVALID_HANDLE)}, "RegCloseKey CancelIPChangeNotify CancelMibChangeNotify2"},
+    {{Released(1)}, "LocalFree"},
     {{Released(0xC0000008)}, "LsaClose"},
     {{Released(MINUS_ONE, WSANOTINITIALISED)}, "WSACleanup"},
     // Those that answer FALSE or nothing, and why.
@@ -58,17 +71,27 @@ const Rule RULES[] = {
      "GetTempFileNameW GetTempPathW GetSystemDirectoryW GetPrivateProfileStringW WritePrivateProfileStringW "
      "GetVersionExA GetVersionExW GetProductInfo DisableThreadLibraryCalls OpenThread VirtualProtect VirtualQuery "
      "PathFileExistsW PathIsDirectoryW GetFileVersionInfoSizeW GetFileVersionInfoW VerQueryValueW "
-     "SetupDiCallClassInstaller SetupDiEnumDeviceInfo SetupDiSetClassInstallParamsW"},
+     "SetupDiCallClassInstaller SetupDiEnumDeviceInfo SetupDiSetClassInstallParamsW SetupDiGetDeviceInstanceIdW "
+     "SetupDiGetDeviceRegistryPropertyW ChangeServiceConfig2W CheckTokenMembership ConvertSidToStringSidW "
+     "ConvertStringSecurityDescriptorToSecurityDescriptorW CreateServiceW CreateWellKnownSid DeleteService GetAce "
+     "GetTokenInformation GetUserNameW OpenSCManagerW OpenServiceW RegisterServiceCtrlHandlerExW SetServiceStatus "
+     "StartServiceCtrlDispatcherW StartServiceW AssignProcessToJobObject CreateEventW CreateJobObjectW CreatePipe "
+     "CreateProcessW FileTimeToSystemTime FindNextFileW FlushFileBuffers FormatMessageA FormatMessageW "
+     "GetExitCodeProcess GetFileInformationByHandle GetFileSizeEx GetModuleHandleA GetModuleHandleExW "
+     "GetSystemWindowsDirectoryW LCMapStringW MoveFileExW OpenProcess PeekNamedPipe RemoveDirectoryW SetEndOfFile "
+     "SetHandleInformation SetInformationJobObject TerminateJobObject TerminateProcess Icmp6SendEcho2 IcmpSendEcho "
+     "StringFromGUID2"},
     {{{FALSE, ERROR_CALL_NOT_IMPLEMENTED}, {FALSE, ERROR_ACCESS_DENIED}}, "GetSystemWow64DirectoryW"},
     {{{FALSE, ERROR_ACCESS_DENIED}, {FALSE, ERROR_INSUFFICIENT_BUFFER}}, "GetModuleFileNameW"},
     {{{FALSE, ERROR_NOT_ENOUGH_MEMORY}, {FALSE, ERROR_MORE_DATA}}, "GetComputerNameExW"},
     {{{FALSE, ERROR_NO_UNICODE_TRANSLATION}}, "MultiByteToWideChar WideCharToMultiByte"},
-    {{{0, ERROR_NOT_ENOUGH_MEMORY}}, "malloc CreateMutexW inet_ntoa"},
+    {{{0, ERROR_NOT_ENOUGH_MEMORY}}, "malloc calloc realloc CreateMutexW inet_ntoa"},
     {{{0, ERROR_MOD_NOT_FOUND}}, "LoadLibraryW GetModuleHandleW"},
     {{{0, ERROR_PROC_NOT_FOUND}}, "GetProcAddress"},
     {{{.result = 0, .bResultIsThirdArgument = true}}, "GetPrivateProfileIntW"},
     {{{MINUS_ONE, ERROR_PATH_NOT_FOUND}, {MINUS_ONE, ERROR_SHARING_VIOLATION}}, "CreateFileW"},
-    {{{MINUS_ONE, ERROR_INVALID_DATA}}, "SetupDiGetClassDevsW"},
+    {{{MINUS_ONE, ERROR_INVALID_DATA}}, "SetupDiGetClassDevsW IcmpCreateFile Icmp6CreateFile"},
+    {{{MINUS_ONE, ERROR_FILE_NOT_FOUND}, {MINUS_ONE, ERROR_ACCESS_DENIED}}, "FindFirstFileW GetFileAttributesW"},
     {{{MINUS_ONE}, {1}, {0x80000000 /* a crash's code */}}, "_wspawnlp"},
     {{{MINUS_ONE}}, "mbtowc wctomb"},
     {{{WAIT_FAILED, ERROR_INVALID_HANDLE}, {WAIT_TIMEOUT}, {WAIT_ABANDONED, ERROR_SUCCESS, true}},
@@ -93,6 +116,15 @@ const Rule RULES[] = {
      "DeleteUnicastIpAddressEntry"},
     {{Code(ERROR_ACCESS_DENIED), Code(ERROR_DUP_NAME)}, "SetAdapterIpAddress"},
     {{Code(RPC_S_SERVER_UNAVAILABLE)}, "DsRoleGetPrimaryDomainInformation"},
+    {{Code(ERROR_ACCESS_DENIED)},
+     "GetSecurityInfo NotifyAddrChange NotifyRouteChange RegDeleteValueW RegQueryInfoKeyW"},
+    {{Code(ERROR_NO_MORE_ITEMS), Code(ERROR_MORE_DATA)}, "RegEnumValueW"},
+    {{Code(ERROR_NOT_SUPPORTED)}, "GetIfTable2 GetIpInterfaceTable"},
+    {{Code(ERROR_NOT_SUPPORTED), Code(ERROR_INSUFFICIENT_BUFFER)}, "GetIfTable"},
+    {{Code(0xC0000001)}, "RtlGetVersion"},
+    {{Code(0x80004005)}, "CoCreateInstance CoInitializeEx"},
+    {{Code(13)}, "CM_Get_DevNode_Status"},
+    {{{WAIT_FAILED, ERROR_INVALID_HANDLE}}, "WaitForMultipleObjects"},
 };
 
 template <class Function>
@@ -113,6 +145,13 @@ std::uintptr_t WINAPI Done(std::uintptr_t, std::uintptr_t, std::uintptr_t, std::
 BOOL WINAPI Yes(std::uintptr_t, std::uintptr_t, std::uintptr_t, std::uintptr_t)
 {
     return TRUE;
+}
+
+/// A set of devices has one.
+BOOL WINAPI FirstAlone(HDEVINFO, DWORD dwIndex, const SP_DEVINFO_DATA*)
+{
+    ::SetLastError(ERROR_NO_MORE_ITEMS);
+    return dwIndex == 0;
 }
 
 /// The real key stays as it is; what is written goes into one that nobody reads.
@@ -153,7 +192,7 @@ const StandIn STAND_INS[] = {
     {"DeleteIpForwardEntry2", Address(&Done)},
     {"DeleteIPAddress", Address(&Done)},
     {"LsaSetInformationPolicy", Address(&Done)},
-    {"SetupDiEnumDeviceInfo", Address(&Yes)},
+    {"SetupDiEnumDeviceInfo", Address(&FirstAlone)},
     {"SetupDiSetClassInstallParamsW", Address(&Yes)},
     {"SetupDiCallClassInstaller", Address(&Yes)},
 };
@@ -172,7 +211,8 @@ const std::vector<Failure>* FindFailures(const char* pszFunction)
         }
         return found;
     }();
-    const auto found = failures.find(pszFunction);
+    // The library's operations are tried for themselves.
+    const auto found = failures.find(std::strncmp(pszFunction, "_Z", 2) == 0 ? "free" : pszFunction);
     return found != failures.end() ? found->second : nullptr;
 }
 

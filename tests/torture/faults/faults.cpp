@@ -99,9 +99,9 @@ bool RunAll(const std::string& sStep, unsigned int uiSeed, double dSeconds)
         for (const unsigned int level : {3U, 4U})
             for (const bool bCold : {false, true})
             {
-                if (sStep == "load" && !bCold)
+                if ((sStep == "load" && !bCold) || (sStep == "state" && (bCold || level != 3)))
                     continue;
-                const double dShare = dSeconds / (sStep == "load" ? 4 : 8);
+                const double dShare = dSeconds / (sStep == "load" ? 4 : sStep == "state" ? 2 : 8);
                 const Report report = Start(pszProgram, {dShare, uiSeed, level, bCold, sStep});
                 for (const auto& [sName, ullValue] : report.figures)
                     figures[sName] = sName.starts_with("operations") || sName == "platform functions"

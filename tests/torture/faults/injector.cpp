@@ -45,6 +45,7 @@ DWORD dwArmedThread = 0;
 Plan plan;
 injector::Counts counts;
 bool bRecording = false;
+bool bLeavesMemory = false;
 std::vector<Call> recorded;
 
 class Code
@@ -136,11 +137,17 @@ std::uintptr_t LookUp(const Slot& slot, const Registers& registers)
     return pFound != nullptr ? reinterpret_cast<std::uintptr_t>(injector::Thunk(pszName, pFound)) : 0;
 }
 
-/// What every system has that has the tables which it frees. Without it they stay, by contract.
+/// FreeMibTable is there wherever tables are that it frees, and so is its DLL, which is imported; without it they stay.
+/// A process that has no memory for small blocks may end, where that is the contract.
 bool IsAlwaysThere(const Slot& slot, const Registers& registers)
 {
-    return slot.sName == "GetProcAddress" &&
-           std::strcmp(reinterpret_cast<const char*>(registers.arguments[1]), "FreeMibTable") == 0;
+    constexpr std::uintptr_t SMALL = 4096;
+    const auto& a = registers.arguments;
+    if (bLeavesMemory && slot.sName.ends_with("alloc"))
+        return (slot.sName == "malloc" ? a[0] : slot.sName == "calloc" ? a[0] * a[1] : a[1]) < SMALL;
+    if (slot.sName == "GetModuleHandleW")
+        return ::lstrcmpiW(reinterpret_cast<const wchar_t*>(a[0]), L"iphlpapi.dll") == 0;
+    return slot.sName == "GetProcAddress" && std::strcmp(reinterpret_cast<const char*>(a[1]), "FreeMibTable") == 0;
 }
 
 /// What a thunk asks: the function to go on to, or null with the result in `registers.slot`.
@@ -246,6 +253,11 @@ void injector::Pause()
 injector::Counts injector::Count()
 {
     return counts;
+}
+
+void injector::LeaveMemory()
+{
+    bLeavesMemory = true;
 }
 
 void injector::Record(bool bRecord)

@@ -55,6 +55,8 @@ struct Counts
 };
 Counts Count();
 
+/// From now on there is always memory for small blocks.
+void LeaveMemory();
 /// The calls since Arm are also remembered.
 void Record(bool bRecord);
 const std::vector<Call>& Recorded();

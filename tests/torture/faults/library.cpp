@@ -21,7 +21,7 @@ const IMAGE_OPTIONAL_HEADER64& Header(HMODULE hModule)
     return At<IMAGE_NT_HEADERS64>(hModule, dwHeaders)->OptionalHeader;
 }
 
-/// Calls `fill` with the DLL and the name of each function that is imported, and puts what it answers into the slot.
+/// Calls `fill` with the DLL, the name and the slot of each function that is imported, and puts what it answers there.
 template <class Fill>
 void FillSlots(HMODULE hModule, Fill fill)
 {
@@ -35,7 +35,9 @@ void FillSlots(HMODULE hModule, Fill fill)
         while (std::memcpy(&import, pNames, sizeof(import)), import.u1.Ordinal != 0)
         {
             const auto dwName = static_cast<DWORD>(import.u1.AddressOfData + offsetof(IMAGE_IMPORT_BY_NAME, Name));
-            void* const pFunction = fill(At<char>(hModule, p->Name), At<char>(hModule, dwName));
+            void* pFunction = nullptr;
+            std::memcpy(&pFunction, pSlot, sizeof(pFunction));
+            pFunction = fill(At<char>(hModule, p->Name), At<char>(hModule, dwName), pFunction);
             DWORD dwProtection = PAGE_READWRITE;
             ::VirtualProtect(pSlot, sizeof(pFunction), PAGE_READWRITE, &dwProtection);
             std::memcpy(pSlot, &pFunction, sizeof(pFunction));
@@ -62,7 +64,7 @@ public:
     Image(const wchar_t* pszName, bool bThunks)
         : m_hModule(::LoadLibraryExW(pszName, nullptr, DONT_RESOLVE_DLL_REFERENCES))
     {
-        FillSlots(m_hModule, [&](const char* pszDll, const char* pszFunction) {
+        FillSlots(m_hModule, [&](const char* pszDll, const char* pszFunction, void*) {
             void* const pFunction = reinterpret_cast<void*>(::GetProcAddress(Module(pszDll), pszFunction));
             return bThunks ? injector::Thunk(pszFunction, pFunction) : pFunction;
         });
@@ -83,8 +85,14 @@ private:
     HMODULE m_hModule;
 };
 
-Library::Library() : m_library(std::make_unique<Image>(L"ZELK_NM.DLL", true))
+Library::Library(bool bState)
 {
+    if (bState)
+    {
+        LoadState();
+        return;
+    }
+    m_library = std::make_unique<Image>(L"ZELK_NM.DLL", true);
     injector::Watch(m_library->Handle());
     injector::Continue();
     m_bLoaded = m_library->Announce(DLL_PROCESS_ATTACH);
@@ -95,8 +103,26 @@ Library::Library() : m_library(std::make_unique<Image>(L"ZELK_NM.DLL", true))
         reinterpret_cast<void*>(::GetProcAddress(m_operations->Handle(), "CallOperation")));
 }
 
+void Library::LoadState()
+{
+    m_hState = ::LoadLibraryW(L"ZELK_STATE.DLL");
+    m_hStateOperations = ::LoadLibraryW(L"fault_state_operations.dll");
+    FillSlots(m_hState, [](const char*, const char* pszFunction, void* pFunction) {
+        return injector::Thunk(pszFunction, pFunction);
+    });
+    injector::Watch(m_hState);
+    m_pCall = reinterpret_cast<decltype(m_pCall)>(
+        reinterpret_cast<void*>(::GetProcAddress(m_hStateOperations, "CallOperation")));
+}
+
 Library::~Library()
 {
+    if (m_hState != nullptr)
+    {
+        ::FreeLibrary(m_hStateOperations);
+        ::FreeLibrary(m_hState);
+        return;
+    }
     m_operations->Announce(DLL_PROCESS_DETACH);
     m_operations.reset();
     injector::Continue();

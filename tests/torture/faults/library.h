@@ -8,8 +8,8 @@
 class Library
 {
 public:
-    /// Loads it, with the calls of its entry point counted.
-    Library();
+    /// Loads it, with the calls of its entry point counted. ZELK_STATE.DLL is loaded by the system, uncounted.
+    explicit Library(bool bState);
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
     ~Library(); ///< counts those of its unloading too
@@ -22,9 +22,11 @@ public:
 
 private:
     class Image;
+    void LoadState();
     static DWORD WINAPI Run(void* pThis);
 
     std::unique_ptr<Image> m_library, m_operations;
+    HMODULE m_hState = nullptr, m_hStateOperations = nullptr;
     bool m_bLoaded = false;
     decltype(&CallOperation) m_pCall = nullptr;
     unsigned int m_uiOperation = 0;

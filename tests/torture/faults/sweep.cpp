@@ -58,6 +58,8 @@ std::string Growth(const Resources& before, const Resources& now)
 Sweep::Sweep(const Kind& kind, std::FILE* pReport) : m_kind(kind), m_pReport(pReport)
 {
     pSweep = this;
+    if (kind.IsState())
+        injector::LeaveMemory(); // without any the process is ended, by contract
     pAborted = [] { pSweep->GiveUp("aborts"); };
     ::SetUnhandledExceptionFilter(&Crashed);
     ::CloseHandle(::CreateThread(nullptr, 0, &Watch, nullptr, 0, nullptr));
@@ -161,8 +163,8 @@ Library& Sweep::Loaded()
     if (m_library == nullptr)
     {
         injector::Arm({});
-        m_library = std::make_unique<Library>();
-        if (m_kind.uiLevel == 4)
+        m_library = std::make_unique<Library>(m_kind.IsState());
+        if (m_kind.uiLevel == 4 && !m_kind.IsState())
             m_library->Call(CONSTRUCTOR, false, false, m_next);
     }
     return *m_library;
@@ -182,6 +184,7 @@ void Sweep::Take(unsigned int uiOperation)
     m_uiOperation = m_kind.IsLoading() ? AFTER_LOADING : uiOperation;
     m_tried = {};
     m_pFailed = nullptr;
+    ullBegin = ::GetTickCount64();
     for (unsigned int i = 0; i < 3; ++i)
     {
         Loaded().Call(m_uiOperation, i == 1, false, m_answer);
@@ -190,6 +193,7 @@ void Sweep::Take(unsigned int uiOperation)
         Judge(m_answer, false);
         Unload();
     }
+    ullBegin = 0;
     if (!m_reference.bResult)
         m_failing.insert(m_uiOperation);
     if (m_kind.IsLoading())
@@ -218,7 +222,10 @@ std::vector<Sweep::Case> Sweep::Cases()
         const unsigned int first = numbers.front();
         const unsigned int second = numbers[std::min<std::size_t>(1, numbers.size() - 1)];
         const auto ways = static_cast<unsigned int>(place.first->pFailures->size());
-        if (m_kind.dSeconds == 0 && !m_known.insert(place).second)
+        const bool bKnown = m_kind.dSeconds == 0 && !m_known.insert(place).second;
+        if (bKnown && m_kind.uiLevel == 4)
+            continue; // a line more of the trace
+        if (bKnown)
             cases.push_back({{first, cases.size() % 2 == 0 ? first : ALL, first % ways}, first % 2 == 0});
         else
             for (const unsigned int n : std::set{first, second, numbers.back()})
@@ -246,7 +253,7 @@ void Sweep::Try(const Case& tried)
     ullBegin = 0;
 
     constexpr unsigned long long CASES_A_TRACE_FILE = 500;
-    if (++m_figures["cases"] % CASES_A_TRACE_FILE == 0 && !m_kind.bCold)
+    if (++m_figures["cases"] % CASES_A_TRACE_FILE == 0 && !m_kind.bCold && !m_kind.IsState())
     {
         Loaded().Call(CONSTRUCTOR, false, false, m_next);
         m_before = CountResources();
@@ -267,7 +274,7 @@ void Sweep::PerformLoading(const Case& tried)
 {
     constexpr unsigned int GROUPS = 6;
     injector::Arm(tried.plan);
-    Library library;
+    Library library(false);
     m_answer = m_reference;
     m_answer.bResult = library.IsLoaded();
     m_answer.bUnchanged = true;

@@ -21,7 +21,8 @@ struct Kind
     std::string sWhat;    ///< a step, or the name of one operation
 
     [[nodiscard]] bool IsPlanted() const { return sWhat.starts_with(PLANTED); }
-    [[nodiscard]] bool IsStep() const { return sWhat == "faults" || IsLoading(); }
+    [[nodiscard]] bool IsStep() const { return sWhat == "faults" || IsState() || IsLoading(); }
+    [[nodiscard]] bool IsState() const { return sWhat == "state"; }
     [[nodiscard]] bool IsLoading() const { return sWhat == "load"; }
 };
 
