@@ -68,6 +68,20 @@ class AbstractNetworkAPI;
 /// Operations that use the registry also unload an offline SYSTEM hive that the host product has mounted; see
 /// \ref md_docs_boot_images "boot images".
 ///
+/// \anchor failed_reads
+/// \par Settings that cannot be read
+/// The library does not tell a registry value that is missing from one that cannot be read, whatever the reason: access
+/// is denied, the value has an unexpected type, or the registry fails. What follows depends only on the operation:
+/// - Operations that need the value fail: IsDhcpEnabled(), GetAdapterIpconfigName(), and those that call them.
+/// - Operations that know what the system does without the value succeed and answer that: IsGatewayAutomatic() and
+///   IsDnsAutomatic() answer `true`, GetAutoconfigStatus() and GetNetBIOSOverTcpipStatus() answer `true`,
+///   GetAdapterDomain() returns an empty text, and GetAdapterSpeed() the measured speed.
+/// - GetAdapterList() leaves the fields of the record as they were and traces a warning.
+/// .
+/// Tables of IP Helper that cannot be read are a failure, except for GetAdaptersIpAddrs() before Vista. A caller that
+/// has to tell the two cases apart reads the machine with `zelk_state_read()` of ZELK_STATE.DLL or with `zelkctl`:
+/// there a setting that cannot be read is absent, never a default, and a problem says why.
+///
 /// \anchor commands
 /// \par Commands
 /// Changes for which the system offers no suitable function are made by its commands `netsh` and `ipconfig`, which run

@@ -103,13 +103,15 @@ std::optional<AutomaticOr<std::uint32_t>> NumberOrAutomatic(StoredKey& key, std:
 }
 
 /// What the registry leaves open is what is in use: from Vista on the system may keep the metric elsewhere.
-void ReadInterfaceSettings(StoredKey& key, IpSettings& settings, bool vista)
+void ReadInterfaceSettings(StoredKey& key, IpSettings& settings, bool isActiveKnown, bool vista)
 {
     ConfiguredIp& configured = settings.configured;
     configured.dnsServers = StaticDnsServers(key);
     configured.dnsSuffix = key.Text(L"Domain").Or({});
     configured.metric = NumberOrAutomatic(key, L"InterfaceMetric");
-    if (configured.metric == AutomaticOr<std::uint32_t>() && settings.automaticMetric == false)
+    if (configured.metric == AutomaticOr<std::uint32_t>() && !isActiveKnown)
+        configured.metric.reset();
+    else if (configured.metric == AutomaticOr<std::uint32_t>() && settings.automaticMetric == false)
         configured.metric = settings.metric;
     configured.mtu = NumberOrAutomatic(key, L"MTU");
     if (vista && configured.mtu == AutomaticOr<std::uint32_t>())
@@ -187,7 +189,7 @@ void ReadIpv4(Adapter& adapter, const std::wstring& guid, const MachineSettings&
     configured.autoconfiguration = Autoconfiguration(key, machine);
     if (ipv4.enabled == true)
         ipv4.autoconfiguration = configured.autoconfiguration;
-    ReadInterfaceSettings(key, ipv4, vista);
+    ReadInterfaceSettings(key, ipv4, !vista || !machine.unreadInterfaces.contains(Family::IPV4), vista);
     ReadLease(key, ipv4);
 }
 
@@ -212,14 +214,14 @@ void ConcludeConfigured(Adapter& adapter)
             gateways.push_back({route.nextHop, route.metric});
 }
 
-void ReadIpv6(Adapter& adapter, const std::wstring& guid, bool vista)
+void ReadIpv6(Adapter& adapter, const std::wstring& guid, const MachineSettings& machine, bool vista)
 {
     IpSettings& ipv6 = adapter.ipv6;
     StoredKey key = OpenOwnKey(adapter, IPV6_INTERFACES + guid, ipv6.enabled.value_or(false) && vista,
                                "The configured IPv6 settings are not known.");
     if (const auto state = key.Number(L"Dhcpv6State"); state.value)
         ipv6.dhcp = *state.value != 0;
-    ReadInterfaceSettings(key, ipv6, vista);
+    ReadInterfaceSettings(key, ipv6, !vista || !machine.unreadInterfaces.contains(Family::IPV6), vista);
     ConcludeConfigured(adapter);
 }
 
@@ -259,7 +261,7 @@ void ReadAdapterSettings(Adapter& adapter, const MachineSettings& machine, bool 
     const std::wstring guid = FromUtf8(adapter.guid->ToText());
     ReadConnection(adapter, guid);
     ReadIpv4(adapter, guid, machine, vista);
-    ReadIpv6(adapter, guid, vista);
+    ReadIpv6(adapter, guid, machine, vista);
     ReadNetbios(adapter, guid);
 }
 

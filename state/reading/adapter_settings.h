@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 
 #include <state/reading/reading.h>
 
@@ -10,7 +11,8 @@ namespace zelk
 /// What is set for the whole machine and counts where an adapter has no setting of its own.
 struct MachineSettings
 {
-    std::optional<bool> autoconfiguration = true; ///< absent where it could not be read
+    std::optional<bool> autoconfiguration; ///< absent where it could not be read
+    std::set<Family> unreadInterfaces;     ///< families whose interface table could not be read
 };
 
 /// Completes an adapter by what the registry keeps for it: the name of its connection, what is configured of both

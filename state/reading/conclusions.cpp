@@ -54,7 +54,7 @@ void Conclude(Adapter& adapter, const Devices& devices, bool tableRead)
         Join(adapter, device->second);
     if (running)
         adapter.present = true;
-    else if (devices.readable && device == devices.byClassKey.end())
+    else if (tableRead && devices.readable && device == devices.byClassKey.end())
         adapter.present = false;
     if (adapter.present == true)
         adapter.enabled = !IsDisabled(adapter);

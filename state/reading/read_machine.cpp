@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <future>
+#include <iterator>
+#include <optional>
+#include <set>
 #include <utility>
 
 #include <state/platform/registry_keys.h>
@@ -23,13 +26,14 @@ namespace zelk
 namespace
 {
 
-/// Everything that runs, and everything that is installed.
-void ReadAdapters(Reading& reading, const ReadOptions& options)
+/// Everything that runs, and everything that is installed. Returns the families whose interfaces could not be read.
+std::set<Family> ReadAdapters(Reading& reading, const ReadOptions& options)
 {
     const LinkTable links = ReadLinkTable(reading);
     const bool tableRead = ReadAdapterTable(reading, links);
+    std::set<Family> unread(std::begin(FAMILIES), std::end(FAMILIES));
     if (tableRead)
-        ReadInterfaceTables(reading);
+        unread = ReadInterfaceTables(reading);
     const bool classRead = ReadClassKey(reading);
     if (!tableRead && !classRead)
         throw StateError(MakeProblem(reading.machine.problems.back().code, "ReadMachine",
@@ -37,6 +41,7 @@ void ReadAdapters(Reading& reading, const ReadOptions& options)
     AddDevices(reading, ReadDevices(reading), tableRead);
     if (tableRead && options.routes)
         ReadRouteTables(reading);
+    return unread;
 }
 
 void ReadPropertySheets(Reading& reading)
@@ -49,13 +54,13 @@ void ReadPropertySheets(Reading& reading)
             adapter.canChangeOptions = std::ranges::binary_search(*devices, ToLower(*adapter.deviceInstance));
 }
 
-MachineSettings SettingsOf(StoredKey& parameters)
+std::optional<bool> Autoconfiguration(StoredKey& parameters)
 {
-    const auto autoconfiguration = parameters.Number(L"IPAutoconfigurationEnabled");
-    if (autoconfiguration.value)
-        return {.autoconfiguration = *autoconfiguration.value != 0};
-    const bool known = autoconfiguration.readable || parameters.IsMissing();
-    return {.autoconfiguration = known ? MachineSettings().autoconfiguration : std::nullopt};
+    const auto setting = parameters.Number(L"IPAutoconfigurationEnabled");
+    if (setting.value)
+        return *setting.value != 0;
+    const bool known = setting.readable || parameters.IsMissing();
+    return known ? std::optional(true) : std::nullopt;
 }
 
 } // namespace
@@ -64,9 +69,9 @@ Machine ReadMachine(const ReadOptions& options)
 {
     Reading reading(GetSystemVersion());
     ReadEnvironment(reading);
-    ReadAdapters(reading, options);
+    const std::set<Family> unread = ReadAdapters(reading, options);
     StoredKey parameters(TCPIP_PARAMETERS, reading.machine.problems);
-    const MachineSettings settings = SettingsOf(parameters);
+    const MachineSettings settings = {Autoconfiguration(parameters), unread};
     for (Adapter& adapter : reading.machine.adapters)
         ReadAdapterSettings(adapter, settings, reading.IsVistaOrLater());
     ReadPropertySheets(reading);

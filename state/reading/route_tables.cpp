@@ -77,8 +77,14 @@ void AddRoute(Reading& reading, Family family, std::uint32_t index, const std::o
         adapter->routes->push_back(*route);
 }
 
-/// False when the table cannot be read.
-bool ReadNewTable(Reading& reading, Family family, decltype(::GetIpForwardTable2)& getTable)
+enum class TableState
+{
+    READ,
+    MISSING, ///< the system has no such table
+    UNREADABLE
+};
+
+TableState ReadNewTable(Reading& reading, Family family, decltype(::GetIpForwardTable2)& getTable)
 {
     MibTable<MIB_IPFORWARD_TABLE2> table;
     const DWORD code = table.Read([&](auto** rows) { return getTable(PlatformFamily(family), rows); });
@@ -86,28 +92,28 @@ bool ReadNewTable(Reading& reading, Family family, decltype(::GetIpForwardTable2
         AddRoute(reading, family, row.InterfaceIndex, RouteOf(row, family));
     // No route, or no such family here.
     if (code == NO_ERROR || code == ERROR_NOT_FOUND || code == ERROR_NOT_SUPPORTED)
-        return true;
+        return TableState::READ;
     reading.Report(code, "GetIpForwardTable2", std::string("The ") + FamilyName(family) + " routes are not known.");
-    return false;
+    return TableState::UNREADABLE;
 }
 
-bool ReadOldTable(Reading& reading)
+TableState ReadOldTable(Reading& reading)
 {
     TableBuffer buffer(64 * sizeof(MIB_IPFORWARDROW));
     const DWORD code = buffer.Fill(ERROR_INSUFFICIENT_BUFFER, [](void* table, ULONG& size) {
         return ::GetIpForwardTable(static_cast<MIB_IPFORWARDTABLE*>(table), &size, FALSE);
     });
     if (code == ERROR_NO_DATA)
-        return true; // no route
+        return TableState::READ; // no route
     if (code != NO_ERROR)
     {
         reading.Report(code, "GetIpForwardTable", "The IPv4 routes are not known.");
-        return false;
+        return TableState::UNREADABLE;
     }
     const auto* const table = buffer.As<MIB_IPFORWARDTABLE>();
     for (const MIB_IPFORWARDROW& row : buffer.Rows(table->table, table->dwNumEntries))
         AddRoute(reading, Family::IPV4, row.dwForwardIfIndex, RouteOf(row));
-    return true;
+    return TableState::READ;
 }
 
 bool HasAddress(const Adapter& adapter, const IpAddress& address)
@@ -133,14 +139,14 @@ void ConcludeGateways(Adapter& adapter, Family family)
     std::ranges::stable_sort(gateways, {}, &Gateway::metric);
 }
 
-bool ReadTable(Reading& reading, Family family)
+TableState ReadTable(Reading& reading, Family family)
 {
     auto* const getTable = reading.IsVistaOrLater()
                                ? FindFunction<decltype(::GetIpForwardTable2)>(L"iphlpapi.dll", "GetIpForwardTable2")
                                : nullptr;
     if (getTable != nullptr)
         return ReadNewTable(reading, family, *getTable);
-    return family == Family::IPV4 && ReadOldTable(reading); // there is no older one of IPv6
+    return family == Family::IPV4 ? ReadOldTable(reading) : TableState::MISSING; // there is no older one of IPv6
 }
 
 /// All networks that adapters are on or will be on, to find the adapter of a gateway in one look.
@@ -190,9 +196,12 @@ std::multimap<RouteKey, Route*> ActiveRoutes(Machine& machine)
     return routes;
 }
 
-std::vector<Route> StoredRoutes(Reading& reading)
+/// Nothing when they cannot be read.
+std::optional<std::vector<Route>> StoredRoutes(Reading& reading)
 {
     StoredKey key(PERSISTENT_ROUTES, reading.machine.problems);
+    if (!key.IsThere() && !key.IsMissing())
+        return std::nullopt;
     std::vector<Route> routes;
     for (const RegistryValue& value : key.Values())
     {
@@ -217,36 +226,44 @@ void MarkConfiguredGateways(Adapter& adapter)
                 route.store = RouteStore::BOTH;
 }
 
+/// A list that lacks some of them would pass for all.
+void ForgetRoutes(Machine& machine)
+{
+    for (Adapter& adapter : machine.adapters)
+        adapter.routes.reset();
+}
+
 } // namespace
 
 void ReadRouteTables(Reading& reading)
 {
     for (Adapter& adapter : reading.machine.adapters)
         adapter.routes.emplace();
-    bool known = false;
+    bool known = true;
     for (const Family family : FAMILIES)
     {
-        if (!ReadTable(reading, family))
-            continue;
-        known = true;
-        for (Adapter& adapter : reading.machine.adapters)
-            ConcludeGateways(adapter, family);
+        const TableState state = ReadTable(reading, family);
+        known = known && state != TableState::UNREADABLE;
+        if (state == TableState::READ)
+            for (Adapter& adapter : reading.machine.adapters)
+                ConcludeGateways(adapter, family);
     }
     if (!known)
-        for (Adapter& adapter : reading.machine.adapters)
-            adapter.routes.reset();
+        ForgetRoutes(reading.machine);
 }
 
 void ReadPersistentRoutes(Reading& reading)
 {
     std::ranges::for_each(reading.machine.adapters, MarkConfiguredGateways);
-    const std::vector<Route> stored = StoredRoutes(reading);
-    if (stored.empty())
+    const auto stored = StoredRoutes(reading);
+    if (!stored)
+        ForgetRoutes(reading.machine);
+    if (!stored || stored->empty())
         return;
     const auto active = ActiveRoutes(reading.machine);
     const Networks networks(reading.machine);
     std::vector<std::pair<Adapter*, Route>> added; // afterwards: adding moves the routes that `active` points to
-    for (const Route& route : stored)
+    for (const Route& route : *stored)
     {
         const auto [first, last] = active.equal_range(RouteKey(route.destination, route.nextHop));
         for (auto same = first; same != last; ++same)
@@ -260,8 +277,6 @@ void ReadPersistentRoutes(Reading& reading)
             reading.machine.unassignedRoutes.push_back(route);
         else if (adapter->routes)
             adapter->routes->push_back(route);
-        else
-            adapter->routes = {route};
     }
 }
 

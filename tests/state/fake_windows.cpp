@@ -232,6 +232,8 @@ int FakeWindows::AllCalls() const
 DWORD FakeWindows::Count(const std::string& function)
 {
     ++calls[function];
+    if (failAt > 0 && --failAt == 0)
+        return ERROR_ACCESS_DENIED;
     const auto failure = failures.find(function);
     return failure != failures.end() ? failure->second : NO_ERROR;
 }
@@ -325,6 +327,13 @@ void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
         entry.Address = SocketAddress(server);
         Append(record.FirstDnsServerAddress, entry);
     }
+    for (const FakeRoute& route : routes)
+        if (route.index == adapter.index && zelk::IpPrefix::Parse(route.destination).value().length == 0)
+        {
+            IP_ADAPTER_GATEWAY_ADDRESS entry = {};
+            entry.Address = SocketAddress(route.nextHop);
+            Append(record.FirstGatewayAddress, entry);
+        }
     if (!adapter.dhcpServer.empty())
         record.Dhcpv4Server = SocketAddress(adapter.dhcpServer);
     record.Length = adapter.length;
@@ -430,13 +439,16 @@ void FakeWindows::PatchDevices()
     });
     ADD_PATCH(m_patches, SetupDiGetDeviceInstanceIdW,
               [this](HDEVINFO, SP_DEVINFO_DATA* data, wchar_t* text, DWORD size, DWORD* needed) -> BOOL {
-                  ++calls["SetupDiGetDeviceInstanceId"];
-                  return CopyText(devices[data->DevInst].instance, text, size * 2, needed) == NO_ERROR;
+                  const DWORD code = Count("SetupDiGetDeviceInstanceId");
+                  ::SetLastError(code);
+                  return code == NO_ERROR &&
+                         CopyText(devices[data->DevInst].instance, text, size * 2, needed) == NO_ERROR;
               });
     ADD_PATCH(m_patches, SetupDiGetDeviceRegistryPropertyW,
               [this](HDEVINFO, SP_DEVINFO_DATA* data, DWORD property, DWORD* type, BYTE* buffer, DWORD size,
                      DWORD* needed) -> BOOL {
-                  ++calls["SetupDiGetDeviceRegistryProperty"];
+                  if (const DWORD code = Count("SetupDiGetDeviceRegistryProperty"))
+                      return ::SetLastError(code), FALSE;
                   const FakeDevice& device = devices[data->DevInst];
                   *type = REG_SZ;
                   if (property == SPDRP_DRIVER && device.driver.empty())
@@ -447,7 +459,8 @@ void FakeWindows::PatchDevices()
               });
     ADD_PATCH(m_patches, CM_Get_DevNode_Status,
               [this](ULONG* status, ULONG* problem, DWORD device, ULONG) -> CONFIGRET {
-                  ++calls["CM_Get_DevNode_Status"];
+                  if (Count("CM_Get_DevNode_Status") != NO_ERROR)
+                      return CR_FAILURE;
                   *problem = devices[device].problem;
                   *status = *problem != 0 ? DN_HAS_PROBLEM : DN_STARTED;
                   return devices[device].result;
@@ -459,7 +472,8 @@ void FakeWindows::PatchRegistry()
     ADD_PATCH(
         m_patches, RegOpenKeyExW,
         [this](auto original, HKEY parent, const wchar_t* path, DWORD options, REGSAM access, HKEY* key) -> LSTATUS {
-            Count("RegOpenKeyEx");
+            if (const DWORD code = Count("RegOpenKeyEx"))
+                return static_cast<LSTATUS>(code);
             if (!deniedKey.empty() && std::wstring(path).find(deniedKey) != std::wstring::npos)
                 return ERROR_ACCESS_DENIED;
             const LSTATUS result = original(parent, path, options, access, key);
@@ -474,20 +488,22 @@ void FakeWindows::PatchRegistry()
     ADD_PATCH(m_patches, RegEnumValueW,
               [this](auto original, HKEY key, DWORD i, wchar_t* name, DWORD* length, DWORD* reserved, DWORD* type,
                      BYTE* data, DWORD* size) -> LSTATUS {
-                  Count("RegEnumValue");
+                  if (const DWORD code = Count("RegEnumValue"))
+                      return static_cast<LSTATUS>(code);
                   const bool gone = !goneKey.empty() && i > 0 && m_keys[key].find(goneKey) != std::wstring::npos;
                   return gone ? ERROR_KEY_DELETED : original(key, i, name, length, reserved, type, data, size);
               });
     ADD_PATCH(m_patches, RegQueryInfoKeyW,
               [this](decltype(&::RegQueryInfoKeyW) original, auto... arguments) -> LSTATUS {
-                  Count("RegQueryInfoKey");
+                  if (const DWORD code = Count("RegQueryInfoKey"))
+                      return static_cast<LSTATUS>(code);
                   const LSTATUS result = original(arguments...);
                   if (valuesHaveGrown) // the longest name and the largest data are those of a moment ago
                       *std::get<8>(std::tie(arguments...)) = *std::get<9>(std::tie(arguments...)) = 0;
                   return result;
               });
     ADD_PATCH(m_patches, RegEnumKeyExW, [this](decltype(&::RegEnumKeyExW) original, auto... arguments) -> LSTATUS {
-        Count("RegEnumKeyEx");
-        return original(arguments...);
+        const auto code = static_cast<LSTATUS>(Count("RegEnumKeyEx"));
+        return code != ERROR_SUCCESS ? code : original(arguments...);
     });
 }

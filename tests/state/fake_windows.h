@@ -86,6 +86,7 @@ public:
     std::vector<FakeRoute> routes;
     ULONG majorVersion = 10;
     std::map<std::string, DWORD> failures; ///< functions that fail, by name, with their code
+    int failAt = 0;                        ///< that call from now on fails, once: access denied
     std::map<std::string, int> calls;      ///< how often functions were called
     int growths = 0;                       ///< how often a table has grown when it is asked for again
     int liveTables = 0;                    ///< allocated and not freed

@@ -1,11 +1,13 @@
 // A reading of a Windows made for the test.
 
 #include <algorithm>
+#include <map>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <state/fake_windows.h>
+#include <state/fields/field.h>
 #include <state/reading/read_machine.h>
 
 using namespace zelk;
@@ -475,6 +477,65 @@ TEST(BadInput, EverySourceMayFailAndTheOthersAreRead)
     windows.failures["GetAdaptersAddresses"] = ERROR_ACCESS_DENIED;
     windows.deniedKey = L"Control\\Class";
     EXPECT_THROW(ReadMachine(), StateError);
+}
+
+/// Every member of the object, and of those within it, by its place. Lists are one value.
+void AddLeaves(const std::string& place, const Json& json, std::map<std::string, Json>& leaves)
+{
+    for (const auto& [key, value] : json.items())
+        if (value.is_object())
+            AddLeaves(place + '/' + key, value, leaves);
+        else if (key != "problems" && key != "description") // whose two sources word it differently
+            leaves[place + '/' + key] = value;
+}
+
+std::map<std::string, Json> LeavesOf(const Machine& machine)
+{
+    std::map<std::string, Json> leaves;
+    for (const Adapter& adapter : machine.adapters)
+        AddLeaves(adapter.guid.value().ToText(), ToJson(adapter), leaves);
+    return leaves;
+}
+
+/// Whether what was read tells nothing else than what is known. In use, a route may be stored too.
+bool IsKnownOrLess(const Json& value, const Json& known)
+{
+    if (value.is_null() || value == known || value == "unknown" || (value == "active" && known == "both"))
+        return true;
+    if (value.is_structured() && value.type() == known.type() && value.size() == known.size())
+        return std::equal(value.begin(), value.end(), known.begin(), IsKnownOrLess);
+    return false;
+}
+
+/// Whatever single call of the platform fails: what it would have told is unknown, is said to be, and nothing else
+/// changes.
+class FailedCalls : public testing::TestWithParam<ULONG>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Versions, FailedCalls, testing::Values(10UL, 5UL));
+
+TEST_P(FailedCalls, NeverLookLikeAnotherSetting)
+{
+    Office windows;
+    windows.majorVersion = GetParam();
+    const std::map<std::string, Json> known = LeavesOf(ReadMachine());
+    int call = 1;
+    for (; windows.failAt == 0; ++call)
+    {
+        windows.failAt = call;
+        const Machine machine = ReadMachine();
+        std::string problems = TextsOf(machine.problems);
+        for (const Adapter& adapter : machine.adapters)
+            problems += TextsOf(adapter.problems);
+        const std::map<std::string, Json> leaves = LeavesOf(machine);
+        EXPECT_TRUE(leaves == known || !problems.empty()) << "call " << call;
+        for (const auto& [place, value] : leaves)
+            EXPECT_TRUE(known.contains(place) && IsKnownOrLess(value, known.at(place)))
+                << "call " << call << ": " << place << " is " << value << '\n'
+                << problems;
+    }
+    EXPECT_LT(100, call);
 }
 
 } // namespace
