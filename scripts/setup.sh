@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# setup.sh [test|check]: installs what a Debian machine lacks for building, with "test" also for the tests, with "check" for
-# the gates beside them, and makes the private Wine prefix.
+# setup.sh [test|check|coverage]: installs what a Debian machine lacks for building, with "test" also for the tests, with
+# "check" for the gates beside them, with "coverage" for counting what the tests reach, and makes the private Wine prefix.
 # With nothing to do it takes milliseconds and says nothing.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/wine-env.sh"
@@ -33,6 +33,9 @@ needed=(
 )
 if [ "${1:-}" = test ]; then
     needed+=(chromium:/usr/bin/chromium) # as large as all the others together
+fi
+if [ "${1:-}" = coverage ]; then
+    needed+=(gcovr:/usr/bin/gcovr)
 fi
 if [ "${1:-}" = check ]; then
     needed+=(

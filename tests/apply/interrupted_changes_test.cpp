@@ -4,6 +4,7 @@
 
 #include "pending_changes.h"
 #include "stepped_program.h"
+#include "torture_budget.h"
 
 namespace
 {
@@ -33,7 +34,7 @@ protected:
     }
 
     /// Whether every point of a change of many steps is wanted, or a sample of the points of one of a few.
-    static bool IsWhole() { return std::getenv("ZELK_EVERY_FAILURE") != nullptr; }
+    static bool IsWhole() { return TortureBudget().IsWhole(); }
 
     /// All of them, or a sample that has some of each.
     template <class T>
@@ -130,7 +131,7 @@ TEST_F(Interrupted, ChangesCanBeTakenBackFromEveryPoint)
         MakeInterrupted(sChange, point);
         ExpectTakenBack();
     }
-    std::cout << points.size() << " points\n";
+    std::cout << "figure: points where processes are ended\t" << points.size() << '\n';
 }
 
 /// By a person, and by who watches when the time is over.

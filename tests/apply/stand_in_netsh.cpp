@@ -1,7 +1,7 @@
 // Stands in for the system's netsh, route and ipconfig: does what the simulated Windows does, and writes it to the
 // kernel of the network namespace and to the registry as Windows keeps it. The environment can have it refuse a command
-// that holds a text, take seconds for it, end or hang when it has done it, do nothing and report success, or have no
-// DHCP server answer.
+// that holds a text, take seconds for it, end, hang or print without end when it has done it, do nothing and report
+// success, have somebody else change the first link's servers at the same time, or have no DHCP server answer.
 
 #include <algorithm>
 #include <cstdio>
@@ -257,11 +257,19 @@ int main(int argc, char** argv)
         std::puts("The parameter is incorrect.");
         return 1;
     }
+    Step other;
+    other.action =
+        Command{Program::NETSH,
+                {"interface", "ipv4", "set", "dnsservers", "Connection lan0", "static", "203.0.113.99", "validate=no"}};
+    if (IsMeant("ZELK_OTHER", line) && !windows.Perform(other))
+        return 3;
     WriteBack(before, windows.machine);
     if (IsMeant("ZELK_KILLED", line))
         ::TerminateProcess(::GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
     if (IsMeant("ZELK_HANG", line))
         ::Sleep(INFINITE);
+    while (IsMeant("ZELK_TALKS", line))
+        std::puts("There is more to say.");
     if (line.find("dnsserver") != std::string::npos && line.find("validate=no") == std::string::npos)
         std::puts("The configured DNS server is incorrect or does not exist.");
     return 0;

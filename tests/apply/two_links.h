@@ -52,8 +52,8 @@ inline std::string Registry()
             if (value.name.starts_with(L"Dhcp"))
                 continue; // stay when the lease is given back
             text << zelk::ToUtf8(key + L' ' + value.name) << ' ' << value.type;
-            for (const std::byte byte : value.data)
-                text << ' ' << std::to_integer<int>(byte);
+            for (const std::byte part : value.data)
+                text << ' ' << std::to_integer<int>(part);
             text << '\n';
         }
     }

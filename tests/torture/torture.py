@@ -32,6 +32,7 @@ def windows_program(name: str, *arguments: str) -> tuple[str, ...]:
 STEPS: dict[str, Step] = {
     "fuzz": Step((str(HERE / "fuzz/fuzz.py"),), 2,
                  "texts that libFuzzer makes up for the parsers, with sanitizers, on the machine that builds"),
+    "apply": Step((str(HERE / "apply.py"),), 5, "changes whose steps fail in every way, and random walks of states"),
     "hammer": Step(windows_program("hammer"), 2, "the trace under 8 processes of 4 threads"),
     "soak": Step(windows_program("endurance", "soak"), 3, "what thousands of calls leave behind"),
     "threads": Step(windows_program("endurance", "threads"), 2, "8 threads that use everything at once"),
