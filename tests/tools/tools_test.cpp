@@ -11,7 +11,6 @@
 #include <support/files.h>
 #include <support/import_patch.h>
 #include <support/registry_scope.h>
-#include <support/resources.h>
 #include <support/traced.h>
 #include <tools/wrap_ipconfig.h>
 #include <tools/wrap_netsh.h>
@@ -211,40 +210,6 @@ TEST_F(Tools, WithoutAnInterpreterTheCommandHasFailed)
     EXPECT_FALSE(AddIpv4());
     EXPECT_TRUE(trace.Has("[V] Wrap_netsh::AddIpAddr : netsh interface ipv4 set address returned : iRc = -1"));
     EXPECT_EQ("[E] Wrap_netsh::AddIpAddr : ... ending : iRc = -1\n", trace.Complaints());
-}
-
-TEST_F(Tools, OutOfMemoryNeitherLeavesAFileNorHidesTheResult)
-{
-    // Without an interpreter, so that there is time for every single allocation.
-    TheTrace.SetTraceLevel(1);
-    const TOLVA::ASSOC_IP_ADDR IpAddr = Assigned(L"192.0.2.10", 24);
-    for (const int code : {0, 1})
-        // The C++ run time needs memory for its first throw without memory: two failures leave it that.
-        for (const unsigned int uiFailures : {1U, 2U, ~0U})
-        {
-            bool bRun = false;
-            // Only the arguments that come first matter to it.
-            const ImportPatch<std::intptr_t (*)(int, const wchar_t*)> patch("_wspawnlp",
-                                                                            [&](int, const wchar_t*) -> std::intptr_t {
-                                                                                bRun = true;
-                                                                                return code;
-                                                                            });
-            AllocationWatch watch;
-            unsigned int uiFailed = 0;
-            for (;; ++uiFailed)
-            {
-                bRun = false;
-                watch.Fail(uiFailed + 1, uiFailures);
-                const bool bRc = Wrap_netsh::AddIpAddr(NicInfo, IpAddr);
-                watch.Rest();
-                ASSERT_EQ(bRun && code == 0, bRc) << uiFailed;
-                ASSERT_TRUE(std::filesystem::is_empty(temporary.Path())) << uiFailed;
-                if (!watch.HasFailed())
-                    break;
-            }
-            EXPECT_GT(uiFailed, 20U);
-            EXPECT_TRUE(bRun);
-        }
 }
 
 } // namespace
