@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <optional>
 #include <regex>
 #include <sstream>
 
@@ -210,6 +211,34 @@ TEST_F(Tools, WithoutAnInterpreterTheCommandHasFailed)
     EXPECT_FALSE(AddIpv4());
     EXPECT_TRUE(trace.Has("[V] Wrap_netsh::AddIpAddr : netsh interface ipv4 set address returned : iRc = -1"));
     EXPECT_EQ("[E] Wrap_netsh::AddIpAddr : ... ending : iRc = -1\n", trace.Complaints());
+}
+
+/// What a command did is done, whatever cannot be had afterwards.
+TEST_F(Tools, OutOfMemoryNeitherLeavesAFileNorHidesTheResult)
+{
+    TheTrace.SetTraceLevel(1);
+    const TOLVA::ASSOC_IP_ADDR IpAddr = Assigned(L"192.0.2.10", 24);
+    for (const int code : {0, 1})
+    {
+        bool bFailed = true;
+        for (int n = 1; bFailed; ++n)
+        {
+            bool bRun = false;
+            bFailed = false;
+            // Only the arguments that come first matter to it.
+            const ImportPatch<std::intptr_t (*)(int, const wchar_t*)> spawn(
+                "_wspawnlp", [&](int, const wchar_t*) -> std::intptr_t { return bRun = true, code; });
+            std::optional<ImportPatch<void* (*)(std::size_t)>> malloc;
+            malloc.emplace("malloc", [&, left = n](auto original, std::size_t size) mutable -> void* {
+                return --left == 0 ? bFailed = true, nullptr : original(size);
+            });
+            const bool bRc = Wrap_netsh::AddIpAddr(NicInfo, IpAddr);
+            malloc.reset();
+            ASSERT_EQ(bRun && code == 0, bRc) << n;
+            ASSERT_TRUE(std::filesystem::is_empty(temporary.Path())) << n;
+            EXPECT_TRUE(bFailed || n > 20);
+        }
+    }
 }
 
 } // namespace
