@@ -62,8 +62,11 @@ protected:
     void Write(const std::wstring& name, const std::string& text) const
     {
         StorePendingChange(m_folder, Store(PendingPhase::APPLYING)); // so that the file has its security
-        const HANDLE file =
-            ::CreateFileW(File(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        HANDLE file = INVALID_HANDLE_VALUE;
+        do // who watches may be reading it
+            file = ::CreateFileW(File(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                 nullptr);
+        while (file == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_SHARING_VIOLATION);
         DWORD written = 0;
         EXPECT_TRUE(::WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
         ::CloseHandle(file);
