@@ -21,8 +21,8 @@ def main(seed: int, seconds: int) -> int:
     environment = {**os.environ, "ZELK_TORTURE": f"{seed} {max(1, seconds // 2) if seconds else 0}",
                    "ZELK_WINE_TIMEOUT": "36000"}
     command = [TOP / "tests/apply/in-namespace.sh", PROGRAM, "--gtest_filter=" + ":".join(cases)]
-    done = subprocess.run(command, env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                          errors="replace", check=False)
+    done = subprocess.run(command, env=environment, cwd=PROGRAM.parent, stdin=subprocess.DEVNULL,
+                          capture_output=True, text=True, errors="replace", check=False)
     if done.returncode == SKIPPED:
         print(f"skipped\t{(done.stdout + done.stderr).strip()}")
         return 0
