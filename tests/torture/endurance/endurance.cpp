@@ -1,103 +1,112 @@
-// The library in long use. Arguments: what is to be done, the seed (nothing here is random) and the seconds (0: all).
-//   soak     every reading operation 10,000 times, every changing one 2,000 times: what the process holds stays the
-//   same threads  all operations from 8 threads at once for a minute: each answers what it answers one thread
+// The library in long use, with stand-ins for what would change this machine. Arguments: what is to be done, the seed
+// (nothing here is random) and the seconds (0: all).
+//   soak     every operation 10,000 times: what the process holds stays the same, and so do the answers
+//   threads  all operations from 8 threads at once for a minute: each answers what it answers one thread
 
 #include <algorithm>
 #include <atomic>
-#include <map>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include <support/trace_file.h>
+#include <torture/faults/library.h>
+#include <torture/faults/machine.h>
 #include <torture/steps.h>
 
 #include "holdings.h"
-#include "operations.h"
 
-using namespace testing_support;
 using namespace torture;
 
 namespace
 {
 
-void Soak(const std::vector<Operation>& operations, const char* what, int rounds, const Budget& budget, double part)
+/// Every operation of the library, with what it answers first.
+class Operations
 {
+public:
+    Operations()
+    {
+        Answer answer;
+        for (unsigned int i = 0; m_library.Name(i, answer) && !std::string_view(answer.name).starts_with(PLANTED); ++i)
+        {
+            m_names.emplace_back(answer.name);
+            m_answers.push_back(Ask(i));
+        }
+    }
+
+    [[nodiscard]] std::size_t Count() const noexcept { return m_names.size(); }
+    [[nodiscard]] long Succeeding() const
+    {
+        return static_cast<long>(
+            std::ranges::count_if(m_answers, [](const std::string& answer) { return answer.starts_with("true"); }));
+    }
+    /// What is wrong with a further call; empty when it answers what it has answered first.
+    std::string Repeat(std::size_t operation)
+    {
+        const std::string answer = Ask(static_cast<unsigned int>(operation));
+        return answer == m_answers[operation]
+                   ? std::string()
+                   : m_names[operation] + ": " + answer + " instead of " + m_answers[operation] + '\n';
+    }
+
+private:
+    std::string Ask(unsigned int operation)
+    {
+        Answer answer;
+        m_library.Call(operation, false, false, answer);
+        return std::string(answer.bException ? "exception " : answer.bResult ? "true " : "false ") + answer.text;
+    }
+
+    Library m_library{false};
+    std::vector<std::string> m_names;
+    std::vector<std::string> m_answers;
+};
+
+void Soak(Operations& operations, const Budget& budget)
+{
+    constexpr int ROUNDS = 10000;
     constexpr int WARM = 100;
-    const TOLVA::NIC_INFO adapter = MakeAdapters().at(0);
-    const TraceFile trace;
-    std::map<std::string, std::string> answers;
+    const testing_support::TraceFile trace;
     Holdings before = {};
     int round = 0;
-    for (; round < rounds && (round <= WARM || !budget.Over(part)); ++round)
+    for (; round < ROUNDS && (round <= WARM || !budget.Over()); ++round)
     {
         if (round == WARM)
             before = Held();
-        if (round % 100 == 0)
+        if (round % WARM == 0)
             trace.Empty();
-        for (const Operation& operation : operations)
+        for (std::size_t i = 0; i < operations.Count(); ++i)
         {
-            std::string answer = operation.run(adapter);
-            const auto [known, isNew] = answers.try_emplace(operation.name, answer);
-            Check(known->second == answer, std::string(operation.name) + " answered " + known->second +
-                                               " first, and in round " + std::to_string(round) + ' ' + answer);
+            const std::string wrong = operations.Repeat(i);
+            Check(wrong.empty(), wrong);
         }
     }
     const Holdings after = Held();
-    Figure((std::string(what) + ": operations").c_str(), operations.size());
-    Figure((std::string(what) + ": of them succeed").c_str(),
-           std::ranges::count_if(answers, [](const auto& answer) { return answer.second.starts_with("true"); }));
-    Figure((std::string(what) + ": rounds").c_str(), round);
-    CheckSame(before, after, what);
+    Figure("rounds", round);
+    CheckSame(before, after, "rounds");
 }
 
-void Soak(const Budget& budget)
+void UseFromThreads(Operations& operations, const Budget& budget)
 {
-    Soak(ReadingOperations(), "readings", 10000, budget, 0.7);
-    Soak(ChangingOperations(), "changes", 2000, budget, 1);
-}
-
-/// What one thread is answered. Of two adapters one is read while the other is changed.
-struct Use
-{
-    Operation operation;
-    TOLVA::NIC_INFO adapter;
-    std::string answer = operation.run(adapter);
-};
-
-std::vector<Use> UsesOfEverything()
-{
-    const std::vector<TOLVA::NIC_INFO> adapters = MakeAdapters();
-    std::vector<Use> uses;
-    for (const Operation& operation : ChangingOperations())
-        uses.push_back({operation, adapters[1]});
-    for (const Operation& operation : ReadingOperations())
-        uses.push_back({operation, adapters[0]});
-    return uses;
-}
-
-void UseFromThreads(const Budget& budget)
-{
-    const std::vector<Use> uses = UsesOfEverything();
     const auto end = std::chrono::steady_clock::now() + (budget.Whole() ? std::chrono::seconds(60) : budget.Seconds());
     std::atomic<unsigned long> calls = 0;
     std::mutex mutex;
     std::string wrong;
     {
         std::vector<std::jthread> threads;
-        for (unsigned int thread = 0; thread < 8; ++thread)
+        for (std::size_t thread = 0; thread < 8; ++thread)
             threads.emplace_back([&, thread] {
                 for (std::size_t i = thread; std::chrono::steady_clock::now() < end; ++i, ++calls)
-                {
-                    const Use& use = uses[i % uses.size()];
-                    const std::string answer = use.operation.run(use.adapter);
-                    if (answer == use.answer)
-                        continue;
-                    const std::scoped_lock lock(mutex);
-                    wrong += std::string(use.operation.name) + ": " + answer + " instead of " + use.answer + '\n';
-                }
+                    if (const std::string found = operations.Repeat(i % operations.Count()); !found.empty())
+                    {
+                        const std::scoped_lock lock(mutex);
+                        wrong += found;
+                    }
             });
     }
-    Figure("operations", uses.size());
     Figure("calls from 8 threads", calls);
     Check(wrong.empty(), wrong);
 }
@@ -109,6 +118,10 @@ int wmain(int argc, wchar_t** argv)
     const Budget budget(argc - 1, argv + 1);
     const std::wstring_view what = argc > 1 ? argv[1] : L"";
     Check(what == L"soak" || what == L"threads", "usage: endurance soak|threads SEED SECONDS");
-    what == L"soak" ? Soak(budget) : UseFromThreads(budget);
+    SetUpAdapter(AdapterGuid());
+    Operations operations;
+    Figure("operations", operations.Count());
+    Figure("of them succeed", operations.Succeeding());
+    what == L"soak" ? Soak(operations, budget) : UseFromThreads(operations, budget);
     return 0;
 }

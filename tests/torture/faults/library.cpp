@@ -130,28 +130,35 @@ Library::~Library()
     injector::Pause();
 }
 
+struct Library::Request
+{
+    const Library& library;
+    unsigned int uiOperation;
+    bool bCounted;
+    Answer& answer;
+    bool bExists = false;
+};
+
 bool Library::Call(unsigned int uiOperation, bool bNewThread, bool bCounted, Answer& answer)
 {
-    m_uiOperation = uiOperation;
-    m_bCounted = bCounted;
-    m_pAnswer = &answer;
+    Request request = {*this, uiOperation, bCounted, answer};
     if (bNewThread)
     {
-        const HANDLE hThread = ::CreateThread(nullptr, 0, &Run, this, 0, nullptr);
+        const HANDLE hThread = ::CreateThread(nullptr, 0, &Run, &request, 0, nullptr);
         ::WaitForSingleObject(hThread, INFINITE);
         ::CloseHandle(hThread);
     }
     else
-        Run(this);
-    return m_bExists;
+        Run(&request);
+    return request.bExists;
 }
 
-DWORD WINAPI Library::Run(void* pThis)
+DWORD WINAPI Library::Run(void* pRequest)
 {
     static const std::wstring sGuid = AdapterGuid();
-    auto& self = *static_cast<Library*>(pThis);
+    auto& request = *static_cast<Request*>(pRequest);
     const auto pCount =
-        self.m_bCounted ? [](bool bBegin) { bBegin ? injector::Continue() : injector::Pause(); } : +[](bool) {};
-    self.m_bExists = self.m_pCall(self.m_uiOperation, sGuid.c_str(), pCount, *self.m_pAnswer);
+        request.bCounted ? [](bool bBegin) { bBegin ? injector::Continue() : injector::Pause(); } : +[](bool) {};
+    request.bExists = request.library.m_pCall(request.uiOperation, sGuid.c_str(), pCount, request.answer);
     return 0;
 }

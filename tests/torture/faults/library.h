@@ -17,20 +17,18 @@ public:
     [[nodiscard]] bool IsLoaded() const noexcept { return m_bLoaded; }
     /// Its operation's name. False when there is none with that number.
     bool Name(unsigned int uiOperation, Answer& answer) { return m_pCall(uiOperation, L"", nullptr, answer); }
-    /// Calls an operation, counted or not. False when there is none with that number.
+    /// Calls an operation, counted or not; uncounted ones also from several threads. False when there is none with that
+    /// number.
     bool Call(unsigned int uiOperation, bool bNewThread, bool bCounted, Answer& answer);
 
 private:
     class Image;
     void LoadState();
-    static DWORD WINAPI Run(void* pThis);
+    struct Request;
+    static DWORD WINAPI Run(void* pRequest);
 
     std::unique_ptr<Image> m_library, m_operations;
     HMODULE m_hState = nullptr, m_hStateOperations = nullptr;
     bool m_bLoaded = false;
     decltype(&CallOperation) m_pCall = nullptr;
-    unsigned int m_uiOperation = 0;
-    bool m_bCounted = false;
-    Answer* m_pAnswer = nullptr;
-    bool m_bExists = false;
 };
