@@ -1,6 +1,8 @@
-// Plans, performed on a machine that changes as Windows does.
+// Plans for desired states, performed on a machine that changes as Windows does, and the faults of those that have
+// none.
 
 #include <algorithm>
+#include <map>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 #include <state/desired_walk.h>
 #include <state/plan/restore.h>
 #include <state/simulated_windows.h>
+#include <support/golden.h>
 
 using namespace zelk;
 
@@ -62,132 +65,65 @@ SimulatedWindows Start()
     return windows;
 }
 
-struct Sentence
-{
-    const char* state;                 ///< of the first or only adapter, behind its name
-    std::vector<std::string> commands; ///< behind "netsh interface "
+/// What is different about a machine, by the word that a question of a transcript begins with.
+const std::map<std::string, void (*)(SimulatedWindows&)> MACHINES = {
+    {"", [](SimulatedWindows&) {}},
+    {"6.0: ", [](SimulatedWindows& windows) { windows.machine.environment.majorVersion = 6; }},
+    {"5.2: ",
+     [](SimulatedWindows& windows) {
+         windows.machine.environment.backEnd = BackEnd::PRE_VISTA;
+         windows.machine.environment.majorVersion = 5;
+     }},
+    {"unbound: ", [](SimulatedWindows& windows) { windows.machine.environment.protocolBinding = false; }},
+    {"a\"b: ", [](SimulatedWindows& windows) { windows.Find("lan0").connectionName = "a\"b"; }},
+    {"a=b: ", [](SimulatedWindows& windows) { windows.Find("lan0").connectionName = "a=b"; }},
+    {"disabled: ", [](SimulatedWindows& windows) { windows.Find("lan0").status = AdapterStatus::DISABLED; }},
 };
 
-/// Holds the commands of a plan against those expected, and performs them.
-void ExpectCommands(SimulatedWindows windows, const Sentence& sentence,
-                    const std::string& start = "netsh.exe interface ")
+/// The commands, or the other means, of the plan for a desired state; its faults where it has some.
+std::string StepsFor(const std::string& question)
 {
-    const DesiredState state = Parse(R"({"adapters": [{"adapter": ")" + std::string(sentence.state) + "}]}");
-    std::vector<std::string> commands;
-    for (const Step& step : PlanFor(windows.machine, state).steps)
-        if (const std::string command = CommandText(step.action); !command.empty())
-            commands.push_back(command.starts_with(start) ? command.substr(start.size()) : command);
-    EXPECT_EQ(sentence.commands, commands) << sentence.state;
-    EXPECT_TRUE(Reach(windows, state)) << sentence.state;
-    EXPECT_TRUE(PlanFor(windows.machine, state).steps.empty()) << sentence.state;
+    const std::size_t begin = question.find_first_of("{[");
+    SimulatedWindows windows = Start();
+    MACHINES.at(question.substr(0, begin))(windows);
+    std::vector<Fault> faults;
+    const DesiredState state = ParseDesiredState(question.substr(begin), faults);
+    const Plan plan = faults.empty() ? MakePlan(windows.machine, state, faults) : Plan();
+    std::string answer;
+    for (const Fault& fault : faults)
+        answer += (fault.kind == FaultKind::SYSTEM ? "not here: " : "") + fault.place + ": " + fault.text + '\n';
+    if (!faults.empty())
+        return answer;
+    for (const Step& step : plan.steps)
+        answer += (CommandText(step.action).empty() ? MeansOf(step.action) : CommandText(step.action)) + '\n';
+    EXPECT_TRUE(Reach(windows, state) && PlanFor(windows.machine, state).steps.empty()) << question;
+    return answer;
 }
 
-TEST(Plan, ChangesAddressesAndGatewaysByTheFewestStepsInTheSafeOrder)
+TEST(Plan, HasTheFewestStepsInTheSafeOrder)
 {
-    const Sentence cases[] = {
-        {R"(lan0", "ipv4": {"addresses": ["10.0.0.10/8", "192.0.2.10/24"], "gateways": ["192.0.2.1"]})", {}},
-        {R"(lan0", "ipv4": {"addresses": ["192.0.2.10/24", "10.0.0.10/8", "10.0.0.11/8"]})",
-         {"ipv4 add address lan0 10.0.0.11 255.0.0.0"}},
-        {R"(lan0", "ipv4": {"addresses": ["192.0.2.11/24", "10.0.0.10/8"]})",
-         {"ipv4 add address lan0 192.0.2.11 255.255.255.0", "ipv4 delete address lan0 192.0.2.10"}},
-        {R"(lan0", "ipv4": {"addresses": ["198.51.100.5/25"], "gateways": [{"address": "198.51.100.1", "metric": 7}]}, "routes": [])",
-         {"ipv4 delete route 172.16.0.0/12 lan0 10.0.0.1",
-          "ipv4 set address lan0 static 198.51.100.5 255.255.255.128 198.51.100.1 7"}},
-        {R"(lan0", "ipv4": {"gateways": ["192.0.2.2"]})",
-         {"ipv4 add address lan0 gateway=192.0.2.2", "ipv4 delete address lan0 gateway=192.0.2.1"}},
-        {R"(lan0", "ipv4": {"gateways": [{"address": "192.0.2.1", "metric": 7}]})",
-         {"ipv4 set route 0.0.0.0/0 lan0 192.0.2.1 metric=7 store=active"}}, // and the registry
-        {R"(lan0", "ipv4": {"dhcp": true})", {"ipv4 set address lan0 dhcp"}},
-        {R"(lan0", "ipv4": {"dhcp": true, "gateways": []})",
-         {"ipv4 delete address lan0 gateway=192.0.2.1", "ipv4 set address lan0 dhcp"}},
-        // The very address, and the gateway, that are leased become static.
-        {R"(lan1", "ipv4": {"addresses": ["198.18.2.77/24"]})",
-         {"ipv4 set address lan1 static 198.18.2.77 255.255.255.0 198.18.2.1"}},
-        {R"(lan1", "ipv4": {"gateways": ["198.18.2.1"]})", {}}, // it is stored
-        {R"(lan1", "ipv4": {"gateways": [{"address": "198.18.2.9", "metric": 3}]})",
-         {"ipv4 add route 0.0.0.0/0 lan1 198.18.2.9 metric=3 store=active"}},
-        // The address moves: it goes before it comes.
-        {R"(lan1", "ipv4": {"addresses": ["10.0.0.10/8"]}}, {"adapter": "lan0", "ipv4": {"addresses": ["192.0.2.10/24"]})",
-         {"ipv4 delete route 172.16.0.0/12 lan0 10.0.0.1", "ipv4 delete address lan0 10.0.0.10",
-          "ipv4 set address lan1 static 10.0.0.10 255.0.0.0"}},
-    };
-    for (const Sentence& sentence : cases)
-        ExpectCommands(Start(), sentence);
+    testing_support::ExpectTranscript(StepsFor);
 }
 
-TEST(Plan, ChangesTheOtherSettingsByTheFewestSteps)
+TEST(DesiredState, FaultsAreNamedWithTheirPlace)
 {
-    const Sentence cases[] = {
-        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.54", "192.0.2.53"]})",
-         {"ipv4 set dnsservers lan0 static 192.0.2.54 validate=no",
-          "ipv4 add dnsservers lan0 192.0.2.53 index=2 validate=no"}},
-        {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.53", "192.0.2.54"]})",
-         {"ipv4 add dnsservers lan0 192.0.2.54 index=2 validate=no"}},
-        {R"(lan0", "ipv4": {"dnsServers": "automatic"})", {"ipv4 set dnsservers lan0 dhcp"}},
-        {R"(lan0", "ipv6": {"addresses": ["2001:db8::20/64"], "gateways": ["fe80::1"], "dnsServers": ["2001:db8::53"]})",
-         {"ipv6 add address lan0 2001:db8::20/64", "ipv6 add route ::/0 lan0 fe80::1",
-          "ipv6 set dnsservers lan0 static 2001:db8::53 validate=no"}},
-        {R"(lan0", "mtu": 1400, "ipv4": {"metric": 30})",
-         {"ipv4 set interface lan0 metric=30", "ipv4 set subinterface lan0 mtu=1400 store=persistent",
-          "ipv6 set subinterface lan0 mtu=1400 store=persistent"}},
-        {R"(lan0", "routes": [{"destination": "172.16.0.0/12", "nextHop": "10.0.0.1", "metric": 6, "store": "active"}])",
-         {"ipv4 set route 172.16.0.0/12 lan0 10.0.0.1 metric=6 store=active"}},
-    };
-    for (const Sentence& sentence : cases)
-        ExpectCommands(Start(), sentence);
+    testing_support::ExpectTranscript(StepsFor);
 }
 
-TEST(Plan, SpeaksToEverySystemInItsOwnWords)
+TEST(Export, LeavesOutWhatIsInUseOtherwiseThanConfigured)
 {
-    SimulatedWindows old = Start();
-    old.machine.environment.backEnd = BackEnd::PRE_VISTA;
-    old.machine.environment.majorVersion = 5;
-    const Sentence ofOld[] = {
-        {R"(lan0", "ipv4": {"addresses": ["198.51.100.5/25"], "gateways": ["198.51.100.1"], "dnsServers": ["192.0.2.7", "192.0.2.8"]},
-             "routes": [{"destination": "10.9.0.0/16", "nextHop": "198.51.100.2"}])",
-         {"route.exe DELETE 172.16.0.0 MASK 255.240.0.0 10.0.0.1 IF 1",
-          "set address lan0 static 198.51.100.5 255.255.255.128 198.51.100.1 1",
-          "route.exe -p ADD 10.9.0.0 MASK 255.255.0.0 198.51.100.2 IF 1", "set dns lan0 static 192.0.2.7",
-          "add dns lan0 192.0.2.8 index=2"}},
-        {R"(lan0", "ipv4": {"addresses": ["198.51.100.5/25"], "gateways": [], "dnsServers": "automatic"}, "routes": [])",
-         {"route.exe DELETE 172.16.0.0 MASK 255.240.0.0 10.0.0.1 IF 1",
-          "set address lan0 static 198.51.100.5 255.255.255.128 none", "set dns lan0 static none"}},
-        {R"(lan1", "ipv4": {"gateways": ["198.18.2.9"]})", {"route.exe ADD 0.0.0.0 MASK 0.0.0.0 198.18.2.9 IF 2"}},
-    };
-    for (const Sentence& sentence : ofOld)
-        ExpectCommands(old, sentence, "netsh.exe interface ip ");
-    SimulatedWindows vista = Start();
-    vista.machine.environment.majorVersion = 6;
-    ExpectCommands(vista, {R"(lan0", "ipv4": {"dnsServers": ["192.0.2.7"]})", {"set dnsserver lan0 static 192.0.2.7"}},
-                   "netsh.exe interface ipv4 ");
-}
-
-TEST(Plan, RefusesByNameWhatASystemOrAnAdapterCannotDo)
-{
-    const auto faultOf = [](auto&& change, const char* rest) {
-        SimulatedWindows windows = Start();
-        change(windows);
-        std::vector<Fault> faults;
-        MakePlan(windows.machine, Parse(R"({"adapters": [{"adapter": "index:1", )" + std::string(rest) + "}]}"),
-                 faults);
-        return faults.size() == 1 && faults[0].kind == FaultKind::SYSTEM ? faults[0].place : "no single fault";
-    };
-    const auto old = [](SimulatedWindows& windows) { windows.machine.environment.backEnd = BackEnd::PRE_VISTA; };
-    const auto named = [](const char* name) {
-        return [name](SimulatedWindows& windows) { windows.Find("lan0").connectionName = name; };
-    };
-    const char* const servers = R"("ipv4": {"dnsServers": ["192.0.2.9"]})";
-    EXPECT_EQ("/adapters/0/ipv6/addresses", faultOf(old, R"("ipv6": {"addresses": ["2001:db8::9/64"]})"));
-    EXPECT_EQ("/adapters/0/ipv4/metric", faultOf(old, R"("ipv4": {"metric": 9})"));
-    EXPECT_EQ("/adapters/0/ipv6/enabled", faultOf(old, R"("ipv6": {"enabled": false})"));
-    EXPECT_EQ("/adapters/0/ipv6/enabled",
-              faultOf([](SimulatedWindows& windows) { windows.machine.environment.protocolBinding = false; },
-                      R"("ipv6": {"enabled": false})"));
-    EXPECT_EQ("/adapters/0", faultOf(named("a\"b"), servers));
-    EXPECT_EQ("/adapters/0", faultOf(named("a=b"), servers));
-    EXPECT_EQ(
-        "/adapters/0",
-        faultOf([](SimulatedWindows& windows) { windows.Find("lan0").status = AdapterStatus::DISABLED; }, servers));
+    SimulatedWindows windows = Start();
+    windows.Find("lan0").ipv4.configured.dnsServers = std::vector{*IpAddress::Parse("192.0.2.54")};
+    const auto exported = [&] { return ExportState(windows.machine, ExportedAdapters(windows.machine), false); };
+    EXPECT_EQ(1u, exported().leftOut.size()) << "its only server is not in use";
+    const DesiredState state = exported().state;
+    EXPECT_FALSE(state.adapters[0].ipv4.dnsServers);
+    EXPECT_EQ("192.0.2.10/24", state.adapters[0].ipv4.addresses->at(0).ToText());
+    EXPECT_EQ(true, state.adapters[1].ipv4.dhcp);
+    EXPECT_FALSE(state.adapters[1].ipv4.addresses) << "DHCP gives them";
+    windows.Settle();
+    EXPECT_TRUE(exported().leftOut.empty());
+    EXPECT_TRUE(PlanFor(windows.machine, exported().state).differences.empty());
 }
 
 /// Whether every address that the machine has now and will have again is there in between.

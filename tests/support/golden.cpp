@@ -88,4 +88,23 @@ void Golden::Compare()
         << own.filename().string() << ": run with ZELK_GOLDEN=write to accept";
 }
 
+void ExpectTranscript(const std::function<std::string(const std::string& sQuestion)>& answer, const std::string& sPart)
+{
+    Golden golden(sPart);
+    std::istringstream file(ReadFileBytes(FileOf(std::filesystem::path(_pgmptr).stem().string(), sPart)));
+    int questions = 0;
+    for (std::string sLine; std::getline(file, sLine);)
+        if (sLine.starts_with("# "))
+            golden.Line(sLine);
+        else if (sLine.starts_with("$ "))
+        {
+            golden.Line(sLine);
+            std::istringstream answered(answer(sLine.substr(2)));
+            for (std::string sAnswer; std::getline(answered, sAnswer);)
+                golden.Line(sAnswer);
+            ++questions;
+        }
+    EXPECT_LT(0, questions) << "nothing was asked";
+}
+
 } // namespace testing_support

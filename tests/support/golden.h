@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -88,5 +89,11 @@ private:
     std::string m_sPart;
     std::string m_sText;
 };
+
+/// Holds the running case's golden file as a transcript: what follows each line that begins with "$ " has to be the
+/// answer to the rest of that line. Lines that begin with "# " explain it to the reader. A new question is a new line
+/// in the file, and ZELK_GOLDEN=write writes the answer below it.
+void ExpectTranscript(const std::function<std::string(const std::string& sQuestion)>& answer,
+                      const std::string& sPart = {});
 
 } // namespace testing_support
