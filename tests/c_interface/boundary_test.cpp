@@ -3,10 +3,13 @@
 #include <cstdlib>
 #include <future>
 #include <iterator>
+#include <map>
+#include <regex>
 #include <set>
 
 #include <gmock/gmock.h>
 
+#include <support/golden.h>
 #include <support/image.h>
 #include <support/import_patch.h>
 
@@ -20,82 +23,40 @@ namespace
 
 constexpr const char* NOTHING = R"({"adapters": []})";
 
-struct RefusedCase
-{
-    const char* pszDesired; ///< null for none
-    const char* pszOptions;
-    const char* pszReason;
+/// Operations with their options, and with a desired state.
+using Operation = std::function<int(const char* pszText, char** ppszResult, char** ppszError)>;
+const std::map<std::string, Operation> OPERATIONS = {
+    {"read", zelk_state_read},
+    {"export", zelk_state_export},
+    {"plan", [](const char* psz, auto... texts) { return zelk_state_plan(psz, nullptr, texts...); }},
+    {"plan-with", [](const char* psz, auto... texts) { return zelk_state_plan(NOTHING, psz, texts...); }},
+    {"apply",
+     [](const char* psz, auto... texts) { return zelk_state_apply(NOTHING, psz, nullptr, nullptr, texts...); }},
+    {"pending", zelk_state_pending},
+    {"confirm", zelk_state_confirm},
+    {"restore", [](const char* psz, auto... texts) { return zelk_state_restore(psz, nullptr, nullptr, texts...); }},
 };
 
-TEST(Boundary, RefusesDesiredStates)
+std::string RefusalOf(const std::string& sOperation, const char* pszText)
 {
-    const std::string sDeep(1000000, '[');
-    const std::string sLong = "{\"" + std::string(16 << 20, 'x') + "\": 1}";
-    const RefusedCase CASES[] = {
-        {nullptr, nullptr, "the desired state is missing"},
-        {"", nullptr, "this is not JSON"},
-        {R"({"adapters": [)", nullptr, "this is not JSON"},
-        {"{\"adapters\": [\"\xFF\xC0\"]}", nullptr, "this is not JSON"},
-        {sDeep.c_str(), nullptr, "nested more than 100 deep"},
-        {sLong.c_str(), nullptr, "is not a known key"},
-        {"[]", nullptr, "must be an object"},
-        {R"({"adapter": []})", nullptr,
-         "/adapter: is not a known key; known here are schemaVersion, adapters, identity"},
-        {R"({"adapters": [], "adapters": []})", nullptr, "stands twice"},
-        {NOTHING, "", "this is not JSON"},
-        {NOTHING, "[]", "must be an object"},
-        {NOTHING, R"({"timeout": 5})", "/timeout: is not a known key"},
-    };
-    for (const RefusedCase& refused : CASES)
-    {
-        const Outcome outcome =
-            Give([&](auto... texts) { return zelk_state_plan(refused.pszDesired, refused.pszOptions, texts...); });
-        EXPECT_EQ(ZELK_STATE_USAGE, outcome.iCode) << refused.pszReason;
-        EXPECT_THAT(outcome.json.value("reason", ""), HasSubstr(refused.pszReason));
-        EXPECT_EQ("usage", outcome.json.value("kind", ""));
-    }
+    const Outcome outcome = Give([&](auto... texts) { return OPERATIONS.at(sOperation)(pszText, texts...); });
+    EXPECT_EQ(ZELK_STATE_USAGE, outcome.iCode) << sOperation;
+    EXPECT_EQ("usage", outcome.json.value("kind", ""));
+    return outcome.json.value("reason", "");
 }
 
-TEST(Boundary, RefusesOptions)
+TEST(Boundary, RefusesWhatItDoesNotUnderstand)
 {
-    const auto Read = [](const char* psz, auto... texts) { return zelk_state_read(psz, texts...); };
-    const auto Export = [](const char* psz, auto... texts) { return zelk_state_export(psz, texts...); };
-    const auto Pending = [](const char* psz, auto... texts) { return zelk_state_pending(psz, texts...); };
-    const auto Confirm = [](const char* psz, auto... texts) { return zelk_state_confirm(psz, texts...); };
-    const auto Restore = [](const char* psz, auto... texts) {
-        return zelk_state_restore(psz, nullptr, nullptr, texts...);
-    };
-    const auto Apply = [](const char* psz, auto... texts) {
-        return zelk_state_apply(NOTHING, psz, nullptr, nullptr, texts...);
-    };
-    struct Case
-    {
-        std::function<int(const char*, char**, char**)> operation;
-        const char* pszOptions;
-        const char* pszReason;
-    };
-    const Case CASES[] = {
-        {Read, R"({"identity": 1})", "/identity: must be true or false"},
-        {Read, "{\"a\nb\": 1}", "this is not JSON"},
-        {Export, R"({"adapters": "lan0"})", "/adapters: must be a list of texts"},
-        {Export, R"({"adapters": ["a", 1]})", "/adapters/1: must be a text"},
-        {Pending, R"({"all": true})", "/all: is not a known key"},
-        {Confirm, R"({"timeout": 0})", "/timeout: must be a whole number of seconds from 1 to 86400"},
-        {Confirm, R"({"change": "all"})", "/change: must be the id of a change"},
-        {Confirm, R"({"timeout": 1.5})", "/timeout: must be"},
-        {Restore, R"({"timeout": 86401})", "/timeout: must be"},
-        {Restore, R"({"discard": "yes"})", "/discard: must be true or false"},
-        {Apply, R"({"confirmWithin": -1})", "/confirmWithin: must be"},
-        {Apply, R"({"confirmWithin": 5, "waitFor": "gateway"})", "/waitFor: must be an IPv4 or IPv6 address"},
-        {Apply, R"({"waitFor": "192.0.2.1"})", "waitFor needs confirmWithin"},
-        {Apply, R"({"keep": true, "Keep": true})", "/Keep: is not a known key"},
-    };
-    for (const Case& refused : CASES)
-    {
-        const Outcome outcome = Give([&](auto... texts) { return refused.operation(refused.pszOptions, texts...); });
-        EXPECT_EQ(ZELK_STATE_USAGE, outcome.iCode) << refused.pszOptions;
-        EXPECT_THAT(outcome.json.value("reason", ""), HasSubstr(refused.pszReason));
-    }
+    testing_support::ExpectTranscript([](const std::string& sQuestion) {
+        const std::size_t blank = sQuestion.find(' ');
+        const std::string sText = std::regex_replace(sQuestion.substr(blank + 1), std::regex("\\\\n"), "\n");
+        return RefusalOf(sQuestion.substr(0, blank), sText.c_str());
+    });
+    EXPECT_EQ("the desired state is missing", RefusalOf("plan", nullptr));
+    EXPECT_THAT(RefusalOf("plan", "{\"adapters\": [\"\xFF\xC0\"]}"), HasSubstr("this is not JSON"));
+    EXPECT_THAT(RefusalOf("plan", std::string(1000000, '[').c_str()), HasSubstr("nested more than 100 deep"));
+    const std::string sLong = "{\"" + std::string(16 << 20, 'x') + "\": 1}";
+    EXPECT_THAT(RefusalOf("plan", sLong.c_str()), HasSubstr("is not a known key"));
 }
 
 TEST(Boundary, TextsCanBeLeftOut)
@@ -136,30 +97,20 @@ TEST(Boundary, SeveralThreadsReadAtOnce)
         EXPECT_EQ(expected, thread.get());
 }
 
-/// Large blocks are what is missing first.
 TEST(Boundary, WhatFindsNoMemoryIsAResult)
 {
     std::size_t most = SIZE_MAX;
     const testing_support::ImportPatch<void* (*)(std::size_t)> patch(
         "malloc", [&](std::size_t size) -> void* { return size < most ? std::malloc(size) : nullptr; },
         ::GetModuleHandleW(L"ZELK_STATE.DLL"));
-    const std::string sLong = "{\"" + std::string(16 << 20, 'x') + "\": 1}";
-    struct Case
-    {
-        std::size_t most;
-        const char* pszDesired;
-    };
-    for (const Case& scarce : {Case{1 << 20, sLong.c_str()}, Case{1 << 10, NOTHING}})
-    {
-        const Outcome outcome = Give([&](auto... texts) {
-            most = scarce.most;
-            const int iCode = zelk_state_plan(scarce.pszDesired, nullptr, texts...);
-            most = SIZE_MAX;
-            return iCode;
-        });
-        EXPECT_EQ(ZELK_STATE_FAILED, outcome.iCode) << scarce.most;
-        EXPECT_EQ("out of memory", outcome.json.value("reason", ""));
-    }
+    const Outcome outcome = Give([&](auto... texts) {
+        most = 1 << 10;
+        const int iCode = zelk_state_plan(NOTHING, nullptr, texts...);
+        most = SIZE_MAX;
+        return iCode;
+    });
+    EXPECT_EQ(ZELK_STATE_FAILED, outcome.iCode);
+    EXPECT_EQ("out of memory", outcome.json.value("reason", ""));
     EXPECT_EQ(ZELK_STATE_DONE, Give([](auto... texts) { return zelk_state_plan(NOTHING, nullptr, texts...); }).iCode);
 }
 

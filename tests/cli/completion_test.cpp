@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <e2e/unix_command.h>
+#include <support/golden.h>
 
 #include "installed_adapter.h"
 #include "zelkctl_test.h"
@@ -21,16 +22,7 @@ protected:
 
 TEST_F(Completion, WalksCommandsOptionsAndValues)
 {
-    EXPECT_EQ("dhcp\ndns\ndoctor\n", CandidatesFor(L"d"));
-    EXPECT_EQ("list\nset\nstatus\nreturn\nflush\nregister\n", CandidatesFor(L"dns \"\""));
-    EXPECT_EQ("--operation\n", CandidatesFor(L"trace show --errors --o"));
-    EXPECT_EQ("--errors\n", CandidatesFor(L"trace show --operation --json --e"));
-    EXPECT_EQ("time\nthread\n", CandidatesFor(L"trace show --get t"));
-    EXPECT_EQ("0\n1\n2\n3\n4\n", CandidatesFor(L"trace level \"\""));
-    EXPECT_EQ("on\noff\ndhcp\n", CandidatesFor(L"settings set lan0 --netbios \"\""));
-    EXPECT_EQ("powershell\n", CandidatesFor(L"completion p"));
-    EXPECT_EQ("", CandidatesFor(L"nonsense \"\" x"));
-    EXPECT_EQ("", Run(L"__complete").sErr);
+    testing_support::ExpectTranscript([](const std::string& sCommand) { return Session(sCommand); });
 }
 
 TEST_F(Completion, KnowsAdapters)

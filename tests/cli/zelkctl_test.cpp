@@ -111,3 +111,13 @@ ZelkctlTest::Result ZelkctlTest::Run(const std::wstring& sArguments, const Start
     const DWORD dwExitCode = program.WaitForExitCode();
     return {dwExitCode, std::move(sOut), program.Errors()};
 }
+
+std::string ZelkctlTest::Session(const std::string& sCommand, const Start& start)
+{
+    const std::size_t begin = std::string_view("zelkctl ").size();
+    EXPECT_EQ("zelkctl ", sCommand.substr(0, begin));
+    const Result result =
+        Run(std::wstring(sCommand.begin() + static_cast<std::ptrdiff_t>(begin), sCommand.end()), start);
+    return result.sOut + result.sErr +
+           (result.dwExitCode != 0 ? "exit code " + std::to_string(result.dwExitCode) + '\n' : "");
+}

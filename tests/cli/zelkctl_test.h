@@ -59,4 +59,6 @@ protected:
         std::string sErr;
     };
     static Result Run(const std::wstring& sArguments, const Start& start = {});
+    /// What a user sees of "zelkctl ARGUMENTS": both outputs, and an exit code that is not 0.
+    static std::string Session(const std::string& sCommand, const Start& start = {});
 };
