@@ -35,22 +35,10 @@ wine_prefix_make "$zelk_base_prefix"
 wine_prefix_make
 wine_commands_stand_in "$(dirname -- "$1")/stand_ins/netsh.exe" "$(dirname -- "$1")/ZELK_NM.DLL"
 
-# The same program under a name for which Wine plays an older system.
-older=$WINEPREFIX.older/zelk-apply-older.exe
-mkdir -p "${older%/*}"
-cp -- "$1" "$older"
-cp -- "$(dirname -- "$1")/ZELK_NM.DLL" "${older%/*}"
-"$zelk_top/scripts/wine-run.sh" reg add "HKCU\\Software\\Wine\\AppDefaults\\${older##*/}" /v Version /d winxp64 /f >/dev/null
 wine_server_end # the view of the network is that of the namespace in which the server starts
 
 # In the background, so that a signal is heeded at once.
-run() {
-    local rc=0
-    ip netns exec "$name" "$zelk_top/scripts/wine-run.sh" "$@" </dev/null &
-    wait $! || rc=$?
-    return $rc
-}
-failed=0
-run "$1" --gtest_filter=-ApplyBeforeVista.* "${@:2}" || failed=1
-ZELK_GENERATION=5 run "$older" --gtest_filter='ApplyBeforeVista.*' || failed=1
-exit $failed
+rc=0
+ip netns exec "$name" "$zelk_top/scripts/wine-run.sh" "$@" </dev/null &
+wait $! || rc=$?
+exit $rc

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "two_links.h"
 #include "zelkctl_changes.h"
 
 #include <tlhelp32.h>

@@ -99,7 +99,7 @@ TEST_F(Pending, ChangesThatFailLeaveNothing)
 TEST_F(Pending, WhatCouldNotBeUndoneIsNotPromised)
 {
     const DWORD dwOff = 0;
-    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, s_sFirst.c_str(), L"EnableDHCP");
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + s_sGuid).c_str(), L"EnableDHCP");
     const std::string sBefore = Standing();
     const Json refused = Do(std::wstring(CHANGE) + L"--confirm-within 600", 8);
     EXPECT_THAT(refused.dump(), HasSubstr("the change could not be undone"));
@@ -114,7 +114,8 @@ TEST_F(Pending, WhatCouldNotBeUndoneIsNotPromised)
     EXPECT_EQ(6U, restored.dwExitCode);
     EXPECT_THAT(restored.sOut, HasSubstr("ipv4.addresses"));
     EXPECT_EQ(0U, Run(L"restore --discard --yes").dwExitCode);
-    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, s_sFirst.c_str(), L"EnableDHCP", REG_DWORD, &dwOff, sizeof(dwOff));
+    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + s_sGuid).c_str(), L"EnableDHCP", REG_DWORD, &dwOff,
+                      sizeof(dwOff));
 }
 
 TEST_F(Pending, NoCommandOutlivesTheProcessThatStartedIt)

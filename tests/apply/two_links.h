@@ -23,14 +23,55 @@ inline constexpr const char* MANY_STEPS = R"({"adapters": [
      "ipv6": {"addresses": ["2001:db8::20/64"]}, "routes": [{"destination": "10.9.0.0/16", "nextHop": "192.0.2.9"}]},
     {"adapter": "lan1", "ipv4": {"addresses": ["198.51.100.9/24"], "netbios": "disabled"}}]})";
 
-/// Addresses and routes of the links, and the resolver's servers.
+/// Makes the links known to the registry as adapters that have nothing yet. Gives the GUID of the first one.
+inline std::wstring RegisterLinks()
+{
+    std::wstring first;
+    for (const zelk::Adapter& adapter : zelk::ReadMachine().adapters)
+    {
+        const std::string link = adapter.friendlyName.value_or("");
+        if (!link.starts_with("lan"))
+            continue;
+        const std::wstring guid = zelk::FromUtf8(adapter.guid->ToText());
+        const std::wstring name = L"Connection " + zelk::FromUtf8(link);
+        const DWORD off = 0;
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::CONNECTIONS + (L'\\' + guid) + L"\\Connection").c_str(), L"Name",
+                          REG_SZ, name.c_str(), static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t)));
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + guid).c_str(), L"EnableDHCP", REG_DWORD, &off,
+                          sizeof(off));
+        if (link == "lan0")
+            first = guid;
+    }
+    return first;
+}
+
+/// A variable of the environment for one scope, by which a stand-in does something else with commands that hold the
+/// text.
+class StandIn
+{
+public:
+    StandIn(const std::string& variable, const std::string& text) : m_variable(variable)
+    {
+        ::SetEnvironmentVariableA(variable.c_str(), text.c_str());
+    }
+    StandIn(const StandIn&) = delete;
+    StandIn& operator=(const StandIn&) = delete;
+    ~StandIn() { ::SetEnvironmentVariableA(m_variable.c_str(), nullptr); }
+
+private:
+    std::string m_variable;
+};
+
+/// Addresses and routes of the links, but for the kernel's own of IPv6, which come some time after a link; and the
+/// resolver's servers.
 inline std::string Kernel()
 {
     std::string output;
-    EXPECT_TRUE(RunUnix("for l in lan0 lan1; do ip -o link show dev $l | grep -o 'mtu [0-9]*'; "
-                        "ip -o addr show dev $l scope global | awk '{print $2, $4}'; "
-                        "ip route show dev $l | sort; ip -6 route show dev $l | sort; done; cat /etc/resolv.conf",
-                        output));
+    EXPECT_TRUE(RunUnix(
+        "for l in lan0 lan1; do ip -o link show dev $l | grep -o 'mtu [0-9]*'; "
+        "ip -o addr show dev $l scope global | awk '{print $2, $4}'; "
+        "ip route show dev $l | sort; ip -6 route show dev $l | grep -v ^fe80::/ | sort; done; cat /etc/resolv.conf",
+        output));
     return output;
 }
 

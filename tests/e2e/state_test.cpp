@@ -9,211 +9,155 @@
 #include <gtest/gtest.h>
 
 #include <e2e/network.h>
-#include <state/fields/words.h>
+#include <state/fields/field.h>
 #include <state/reading/read_machine.h>
 
 using testing_support::DwordData;
 using testing_support::RegistryData;
 using testing_support::StringData;
+using zelk::Json;
 
 namespace
 {
 
-/// What is known of an adapter, by its field.
-using Answers = std::map<std::string, std::string>;
-
 constexpr const wchar_t* SERVICES = L"SYSTEM\\CurrentControlSet\\services\\";
 
-std::string Text(const velmor::string& text)
+/// What is known of an adapter, by its place in the reading's JSON.
+using Answers = std::map<std::string, Json>;
+
+Json Shown(bool flag)
+{
+    return flag;
+}
+
+std::string Shown(const velmor::string& text)
 {
     return text.narrow_c_str();
 }
 
-std::string Text(const velmor::ip_address& address)
+std::string Shown(const velmor::ip_address& address)
 {
-    return Text(velmor::string(address));
+    return Shown(velmor::string(address));
 }
 
-std::string Text(const zelk::IpAddress& address)
+/// What the library answers to a question that gives a value of this type; null when it fails.
+template <class Value, class Question, class... Arguments>
+Json Ask(Question question, const TOLVA::NIC_INFO& nic, Arguments... arguments)
 {
-    return address.ToText();
+    Value value{};
+    return question(nic, arguments..., value) ? Json(Shown(value)) : Json();
 }
 
-/// In an order of their own: some tables have none.
+/// Items as texts, in an order of their own: some tables have none.
 template <class List, class ToText>
-std::string Sorted(const List& list, ToText toText)
+Json Sorted(const List& list, ToText toText)
 {
     std::multiset<std::string> texts;
     for (const auto& item : list)
         texts.insert(toText(item));
-    std::string all;
-    for (const std::string& text : texts)
-        all += text + ' ';
-    return all;
+    return texts;
 }
 
-const char* YesNo(bool answer)
-{
-    return answer ? "yes" : "no";
-}
-
-std::string Text(bool flag)
-{
-    return YesNo(flag);
-}
-
-/// What the library answers to a question that gives a value of this type.
-template <class Value, class Question, class... Arguments>
-std::string Ask(Question question, const TOLVA::NIC_INFO& nic, Arguments... arguments)
-{
-    Value value{};
-    return question(nic, arguments..., value) ? Text(value) : "unknown";
-}
-
-void AddAddresses(const TOLVA::NIC_INFO& nic, bool vista, Answers& answers)
+void AddLists(const TOLVA::NIC_INFO& nic, bool vista, Answers& answers)
 {
     std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
     TOLVA::GetAdaptersIpAddrs(nic, addresses);
-    answers["addresses"] = Sorted(addresses, [vista](const TOLVA::ASSOC_IP_ADDR& address) {
-        const std::string state = vista ? std::to_string(address.enDadState) + YesNo(address.bAutomatic) : "";
-        return Text(address.IpAddress) + '/' + std::to_string(address.SubnetPrefix) + ' ' + state;
+    answers["/addresses"] = Sorted(addresses, [vista](const TOLVA::ASSOC_IP_ADDR& address) {
+        const std::string state = WordOf(static_cast<zelk::DadState>(address.enDadState)).word;
+        return Shown(address.IpAddress) + '/' + std::to_string(address.SubnetPrefix) +
+               (vista ? ' ' + state + (address.bAutomatic ? " automatic" : "") : "");
     });
     std::vector<TOLVA::ROUTE_INFO> routes;
     TOLVA::GetAdapterRoutes(nic, routes);
-    answers["routes"] = Sorted(routes, [](const TOLVA::ROUTE_INFO& route) {
-        return Text(route.Destination) + '/' + std::to_string(route.PrefixLength) + ' ' + Text(route.NextHop) + ' ' +
+    answers["/routes"] = Sorted(routes, [](const TOLVA::ROUTE_INFO& route) {
+        return Shown(route.Destination) + '/' + std::to_string(route.PrefixLength) + ' ' + Shown(route.NextHop) + ' ' +
                std::to_string(route.ulMetric);
     });
+    const auto shown = [](const velmor::ip_address& address) { return Shown(address); };
     std::vector<velmor::ip_address> list;
     TOLVA::GetDefaultGatewayList(nic, TOLVA::FAMILY_BOTH, list);
-    answers["gateways"] = Sorted(list, [](const auto& address) { return Text(address); });
+    answers["/gateways"] = Sorted(list, shown);
     list.clear();
     TOLVA::GetDnsServerList(nic, list);
-    answers["dnsServers"] = Sorted(list, [](const auto& address) { return Text(address); });
-}
-
-void AddSettings(const TOLVA::NIC_INFO& nic, Answers& answers)
-{
-    answers["dhcp4"] = Ask<bool>(&TOLVA::IsDhcpEnabled, nic, TOLVA::FAMILY_IPV4);
-    answers["dhcp6"] = Ask<bool>(&TOLVA::IsDhcpEnabled, nic, TOLVA::FAMILY_IPV6);
-    answers["dns4"] = Ask<bool>(&TOLVA::IsDnsAutomatic, nic, TOLVA::FAMILY_IPV4);
-    answers["dns6"] = Ask<bool>(&TOLVA::IsDnsAutomatic, nic, TOLVA::FAMILY_IPV6);
-    answers["gateway4"] = Ask<bool>(&TOLVA::IsGatewayAutomatic, nic, TOLVA::FAMILY_IPV4);
-    answers["domain"] = Ask<velmor::string>(&TOLVA::GetAdapterDomain, nic);
-    answers["autoconfiguration"] = Ask<bool>(&TOLVA::GetAutoconfigStatus, nic);
-    answers["netbios"] = Ask<bool>(&TOLVA::GetNetBIOSOverTcpipStatus, nic);
-    answers["speedDuplex"] = Ask<velmor::string>(&TOLVA::GetAdapterSpeed, nic);
-    answers["sheet"] = Ask<bool>(&TOLVA::CanChangeAdapterOptions, nic);
-    answers["name"] = Ask<velmor::string>(&TOLVA::GetAdapterIpconfigName, nic);
+    answers["/dnsServers"] = Sorted(list, shown);
 }
 
 /// The library's answers.
 Answers AnswersOf(const TOLVA::NIC_INFO& nic, bool vista)
 {
-    Answers answers = {{"guid", Text(nic.sNicGuid)},
-                       {"friendlyName", Text(nic.sNicFriendlyName)},
-                       {"driver", Text(nic.sNicDesc)},
-                       {"classKey", Text(nic.sNicEnum)},
-                       {"device", Text(nic.sNicPci)},
-                       {"deviceName", Text(nic.sNicName)},
-                       {"hardwareAddress", Text(nic.sNicHwAddr)}};
-    answers["type"] = nic.sNicType == velmor::string(L"ETHERNET") ? "ethernet" : Text(nic.sNicType);
     unsigned long index = 0;
     TOLVA::GetAdapterIndex(nic, index);
-    answers["index"] = std::to_string(index);
     TOLVA::TOLVA_OPER_STATUS status = TOLVA::OPER_STATUS_UNKNOWN;
     TOLVA::GetAdapterOperStatus(nic, status);
-    answers["up"] = YesNo(status == TOLVA::OPER_STATUS_UP);
     TOLVA::FAMILY_TYPE families = TOLVA::FAMILY_IPV6;
     TOLVA::AddressFamilySupported(nic, families);
-    answers["ipv4"] = YesNo(families != TOLVA::FAMILY_IPV6);
     double speed = 0;
     TOLVA::GetAdapterLinkSpeed(nic, speed);
-    answers["speed"] = std::to_string(speed);
     velmor::ip_address server;
     TOLVA::GetDhcpServer(nic, server);
-    answers["dhcpServer"] = Text(server);
-    AddAddresses(nic, vista, answers);
-    AddSettings(nic, answers);
+    Answers answers = {{"/guid", Shown(nic.sNicGuid)},
+                       {"/friendlyName", Shown(nic.sNicFriendlyName)},
+                       {"/driver/description", Shown(nic.sNicDesc)},
+                       {"/classKey", Shown(nic.sNicEnum)},
+                       {"/deviceInstance", Shown(nic.sNicPci)},
+                       {"/deviceName", Shown(nic.sNicName)},
+                       {"/hardwareAddress", Shown(nic.sNicHwAddr)},
+                       {"/type", nic.sNicType == velmor::string(L"ETHERNET") ? "ethernet" : Shown(nic.sNicType)},
+                       {"/index", index},
+                       {"/up", status == TOLVA::OPER_STATUS_UP},
+                       {"/speed", speed},
+                       {"/ipv4/enabled", families != TOLVA::FAMILY_IPV6},
+                       {"/dhcpServer", Shown(server)},
+                       {"/ipv4/configured/dhcp", Ask<bool>(&TOLVA::IsDhcpEnabled, nic, TOLVA::FAMILY_IPV4)},
+                       {"/ipv6/dhcp", Ask<bool>(&TOLVA::IsDhcpEnabled, nic, TOLVA::FAMILY_IPV6)},
+                       {"/ipv4/automaticDns", Ask<bool>(&TOLVA::IsDnsAutomatic, nic, TOLVA::FAMILY_IPV4)},
+                       {"/ipv6/automaticDns", Ask<bool>(&TOLVA::IsDnsAutomatic, nic, TOLVA::FAMILY_IPV6)},
+                       {"/ipv4/automaticGateway", Ask<bool>(&TOLVA::IsGatewayAutomatic, nic, TOLVA::FAMILY_IPV4)},
+                       {"/ipv4/configured/dnsSuffix", Ask<velmor::string>(&TOLVA::GetAdapterDomain, nic)},
+                       {"/ipv4/autoconfiguration", Ask<bool>(&TOLVA::GetAutoconfigStatus, nic)},
+                       {"/ipv4/netbios", Ask<bool>(&TOLVA::GetNetBIOSOverTcpipStatus, nic)},
+                       {"/driver/speedDuplex", Ask<velmor::string>(&TOLVA::GetAdapterSpeed, nic)},
+                       {"/canChangeOptions", Ask<bool>(&TOLVA::CanChangeAdapterOptions, nic)},
+                       {"/name", Ask<velmor::string>(&TOLVA::GetAdapterIpconfigName, nic)}};
+    AddLists(nic, vista, answers);
     return answers;
 }
 
-std::string AddressLine(const zelk::Address& address, bool vista)
+std::string Member(const Json& object, const char* key)
 {
-    std::string line = address.address.ToText() + '/' + std::to_string(address.prefixLength.value()) + ' ';
-    EXPECT_EQ(vista, address.dadState.has_value());
-    if (vista)
-        line +=
-            std::to_string(static_cast<int>(*address.dadState)) + YesNo(address.origin != zelk::AddressOrigin::MANUAL);
-    return line;
+    return object.at(key).is_string() ? object.at(key).get<std::string>() : object.at(key).dump();
 }
 
-template <class T>
-std::vector<T> Joined(const std::optional<std::vector<T>>& first, const std::optional<std::vector<T>>& second)
+Json Both(const Json& adapter, const char* key)
 {
-    std::vector<T> all = first.value_or(std::vector<T>());
-    if (second)
-        all.insert(all.end(), second->begin(), second->end());
-    return all;
+    Json list = adapter["ipv4"][key];
+    for (const Json& item : adapter["ipv6"][key].is_null() ? Json::array() : adapter["ipv6"][key])
+        list.push_back(item);
+    return list;
 }
 
-void AddAddresses(const zelk::Adapter& adapter, bool vista, Answers& answers)
+/// The reading, with what the library tells in another way.
+Json Told(const zelk::Adapter& adapter, bool vista)
 {
+    Json json = ToJson(adapter);
+    json["up"] = json["status"] == "up";
+    json["speed"] = json["receiveSpeed"].is_null() ? 0 : json["receiveSpeed"].get<double>() / 1000000;
+    json["dhcpServer"] = json["ipv4"]["lease"].is_null() ? "0.0.0.0" : Member(json["ipv4"]["lease"], "server");
+    for (const char* const family : {"ipv4", "ipv6"})
+        json[family]["automaticDns"] = json[family]["configured"]["dnsServers"] == "automatic";
+    json["ipv4"]["automaticGateway"] = json["ipv4"]["configured"]["gateways"].empty();
     // Before Vista the library knows addresses of IPv4 alone.
-    const auto addresses =
-        vista ? Joined(adapter.ipv4.addresses, adapter.ipv6.addresses) : adapter.ipv4.addresses.value();
-    answers["addresses"] =
-        Sorted(addresses, [vista](const zelk::Address& address) { return AddressLine(address, vista); });
-    answers["routes"] = Sorted(adapter.routes.value(), [](const zelk::Route& route) {
-        return route.destination.ToText() + ' ' + Text(route.nextHop) + ' ' + std::to_string(route.metric.value());
+    json["addresses"] = Sorted(vista ? Both(json, "addresses") : json["ipv4"]["addresses"], [vista](const Json& one) {
+        EXPECT_EQ(vista, !one["dadState"].is_null());
+        return Member(one, "address") + '/' + Member(one, "prefixLength") +
+               (vista ? ' ' + Member(one, "dadState") + (one["origin"] != "manual" ? " automatic" : "") : "");
     });
-    answers["gateways"] = Sorted(Joined(adapter.ipv4.gateways, adapter.ipv6.gateways),
-                                 [](const zelk::Gateway& gateway) { return Text(gateway.address); });
-    answers["dnsServers"] = Sorted(Joined(adapter.ipv4.dnsServers, adapter.ipv6.dnsServers),
-                                   [](const zelk::IpAddress& address) { return Text(address); });
-}
-
-template <class T>
-const char* IsAutomatic(const std::optional<zelk::AutomaticOr<T>>& setting)
-{
-    return YesNo(std::holds_alternative<zelk::Automatic>(setting.value()));
-}
-
-void AddSettings(const zelk::Adapter& adapter, Answers& answers)
-{
-    answers["dhcp4"] = YesNo(adapter.ipv4.configured.dhcp.value());
-    answers["dhcp6"] = YesNo(adapter.ipv6.dhcp.value());
-    answers["dns4"] = IsAutomatic(adapter.ipv4.configured.dnsServers);
-    answers["dns6"] = IsAutomatic(adapter.ipv6.configured.dnsServers);
-    answers["gateway4"] = YesNo(adapter.ipv4.configured.gateways->empty());
-    answers["domain"] = adapter.ipv4.configured.dnsSuffix.value();
-    answers["autoconfiguration"] = YesNo(adapter.ipv4.autoconfiguration.value());
-    answers["netbios"] = YesNo(adapter.ipv4.netbios.value());
-    answers["speedDuplex"] = adapter.driver.speedDuplex.value();
-    answers["sheet"] = YesNo(adapter.canChangeOptions.value());
-    answers["name"] = NameOf(adapter);
-}
-
-/// The same answers by the reading.
-Answers AnswersOf(const zelk::Adapter& adapter, bool vista)
-{
-    Answers answers = {{"guid", adapter.guid.value().ToText()},
-                       {"friendlyName", adapter.friendlyName.value()},
-                       {"driver", adapter.driver.description.value()},
-                       {"classKey", adapter.classKey.value()},
-                       {"device", adapter.deviceInstance.value()},
-                       {"deviceName", DeviceNameOf(adapter).value()},
-                       {"hardwareAddress", adapter.hardwareAddress.value().ToText()},
-                       {"type", zelk::WordOf(adapter.type.value()).word},
-                       {"index", std::to_string(adapter.index.value())},
-                       {"up", YesNo(adapter.status == zelk::AdapterStatus::UP)},
-                       {"ipv4", YesNo(adapter.ipv4.enabled.value())},
-                       {"speed", std::to_string(static_cast<double>(adapter.receiveSpeed.value_or(0)) / 1000000)}};
-    const bool leased = adapter.ipv4.lease && adapter.ipv4.lease->server;
-    answers["dhcpServer"] = leased ? Text(*adapter.ipv4.lease->server) : "0.0.0.0";
-    AddAddresses(adapter, vista, answers);
-    AddSettings(adapter, answers);
-    return answers;
+    json["routes"] = Sorted(json["routes"], [](const Json& route) {
+        return Member(route, "destination") + ' ' + Member(route, "nextHop") + ' ' + Member(route, "metric");
+    });
+    json["gateways"] = Sorted(Both(json, "gateways"), [](const Json& one) { return Member(one, "address"); });
+    json["dnsServers"] = Sorted(Both(json, "dnsServers"), [](const Json& one) { return one.get<std::string>(); });
+    return json;
 }
 
 /// What an installed Windows keeps of each link, each time a little different.
@@ -269,10 +213,12 @@ TEST(Machine, IsWhatTheLibraryAnswers)
     for (const TOLVA::NIC_INFO& nic : list)
     {
         const auto found =
-            std::ranges::find(machine.adapters, zelk::Guid::Parse(Text(nic.sNicGuid)), &zelk::Adapter::guid);
+            std::ranges::find(machine.adapters, zelk::Guid::Parse(Shown(nic.sNicGuid)), &zelk::Adapter::guid);
         ASSERT_NE(machine.adapters.end(), found);
         EXPECT_TRUE(found->problems.empty());
-        EXPECT_EQ(AnswersOf(nic, vista), AnswersOf(*found, vista));
+        const Json told = Told(*found, vista);
+        for (const auto& [place, answer] : AnswersOf(nic, vista))
+            EXPECT_EQ(answer, told.at(Json::json_pointer(place))) << place;
     }
 }
 
@@ -288,7 +234,7 @@ TEST(Machine, HasTheNamesThatTheLibraryAnswers)
     {
         velmor::string answer;
         EXPECT_TRUE(ask(answer));
-        EXPECT_EQ(Text(answer), name);
+        EXPECT_EQ(Shown(answer), name);
     }
 }
 
