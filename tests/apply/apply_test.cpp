@@ -2,7 +2,6 @@
 // changes. What it says is compared with what the kernel says.
 
 #include <algorithm>
-#include <future>
 #include <iostream>
 #include <map>
 #include <optional>

@@ -14,9 +14,7 @@
 #include "two_links.h"
 
 using namespace testing_support;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 using Json = nlohmann::json;
 
 /// Both links are installed adapters; the first one has everything.

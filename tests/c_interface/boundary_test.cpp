@@ -1,6 +1,7 @@
 // The boundary of ZELK_STATE.DLL: whatever is passed to it, and whatever it runs out of, ends in a defined result.
 
 #include <cstdlib>
+#include <functional>
 #include <future>
 #include <iterator>
 #include <map>
