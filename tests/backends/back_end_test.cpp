@@ -25,7 +25,7 @@ protected:
     /// In every way that the platform's answers allow: before Vista there are two of them.
     void FailTable(const char* pszVista, const char* pszBefore, const std::function<void()>& tell)
     {
-        lines = Lines::Ends;
+        TheTrace.SetTraceLevel(3);
         const std::deque<DWORD> BEFORE[] = {{50}, {0}, {TRUE_ANSWER, 87}, {TRUE_ANSWER, 122}};
         for (const auto& answers : BEFORE)
         {
@@ -34,7 +34,7 @@ protected:
         }
         codes = {{"GetAdapterIndex", {55}}};
         tell();
-        lines = Lines::All;
+        TheTrace.SetTraceLevel(4);
     }
 
     const bool bVista = GetParam() == std::string("Vista");
@@ -118,7 +118,7 @@ TEST_P(BackEnd, RefusedGateways)
     Run([this] {
         routes = DEFAULT_ROUTES;
         FailTable("GetIpForwardTable2", "GetIpForwardTable", [this] { TellGateway("no table or no index"); });
-        lines = Lines::Ends;
+        TheTrace.SetTraceLevel(3);
         codes = {{"GetAdapterIndex", {TRUE_ANSWER, 55}}};
         ulIndex = 22;
         TellGateway("no second index, which older systems ask for");
@@ -172,7 +172,7 @@ TEST_P(BackEnd, ChangedAddresses)
 TEST_P(BackEnd, WhatNoOperationAccepts)
 {
     Run([this] {
-        lines = Lines::Ends;
+        TheTrace.SetTraceLevel(3);
         TellEvery("without a GUID", Adapter(L""));
         TellGateway("a gateway that is no address", "none");
         if (bVista)

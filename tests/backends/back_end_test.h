@@ -34,34 +34,28 @@ protected:
     void TellRoutes(const std::string& sTitle, const Nic& NicInfo = Adapter())
     {
         std::vector<TOLVA::ROUTE_INFO> list = {Route("1.1.1.1")};
-        Tell(
-            sTitle, [&] { return testing_support::Show(api->GetAdapterRoutes(NicInfo, list), list); }, lines);
+        Tell(sTitle, [&] { return testing_support::Show(api->GetAdapterRoutes(NicInfo, list), list); });
     }
     void TellAdded(const std::string& sTitle, const TOLVA::ROUTE_INFO& route, const Nic& NicInfo = Adapter())
     {
-        Tell(
-            sTitle, [&] { return api->AddAdapterRoute(NicInfo, route); }, lines);
+        Tell(sTitle, [&] { return api->AddAdapterRoute(NicInfo, route); });
     }
     void TellAddresses(const std::string& sTitle, const Nic& NicInfo = Adapter())
     {
         std::vector<TOLVA::ASSOC_IP_ADDR> list(1);
-        Tell(
-            sTitle, [&] { return testing_support::Show(api->GetAdaptersIpAddrs(NicInfo, list), list); }, lines);
+        Tell(sTitle, [&] { return testing_support::Show(api->GetAdaptersIpAddrs(NicInfo, list), list); });
     }
     void TellGateway(const std::string& sTitle, const char* pszGateway = "10.0.0.9", const Nic& NicInfo = Adapter())
     {
-        Tell(
-            sTitle, [&] { return api->SetDefaultGateway(NicInfo, testing_support::Ip(pszGateway)); }, lines);
+        Tell(sTitle, [&] { return api->SetDefaultGateway(NicInfo, testing_support::Ip(pszGateway)); });
     }
     void TellSet(const std::string& sTitle, const TOLVA::ASSOC_IP_ADDR& address, const Nic& NicInfo = Adapter())
     {
-        Tell(
-            sTitle, [&] { return api->AddIpAddr(NicInfo, address); }, lines);
+        Tell(sTitle, [&] { return api->AddIpAddr(NicInfo, address); });
     }
     void TellDeleted(const std::string& sTitle, const char* pszAddress, const Nic& NicInfo = Adapter())
     {
-        Tell(
-            sTitle, [&] { return api->DeleteIpAddr(NicInfo, Address(pszAddress)); }, lines);
+        Tell(sTitle, [&] { return api->DeleteIpAddr(NicInfo, Address(pszAddress)); });
     }
     /// Every operation, with arguments that are good on every system.
     void TellEvery(const std::string& sTitle, const Nic& NicInfo = Adapter())
@@ -75,5 +69,4 @@ protected:
     }
 
     std::unique_ptr<AbstractNetworkAPI> api;
-    Lines lines = Lines::All; ///< that are told
 };

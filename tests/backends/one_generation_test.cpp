@@ -16,7 +16,7 @@ class PreVista : public BackEndTest
 
 TEST_F(Vista, WhatIsMissingFailsWhatNeedsIt)
 {
-    lines = Lines::Ends;
+    TheTrace.SetTraceLevel(3);
     Seed(CONNECTION_KEY, L"Name", StringData(L"LAN"));
     for (const char* pszMissing : {"nothing", "IPHLPAPI.DLL", "GetIpForwardTable2", "ConvertInterfaceIndexToLuid",
                                    "CreateIpForwardEntry2", "GetUnicastIpAddressTable", "GetTcp6Table"})
@@ -65,7 +65,9 @@ TEST_F(PreVista, AddressesAreSetByAFunctionThatMayBeMissing)
             TellSet("once", Address("10.0.0.5"));
             TellSet("twice", Address("10.0.0.5"));
         });
-    trace.ExpectLines({"[V] PreVistaAPI::Wrap_IPHLPAPI_DLL::~Wrap_IPHLPAPI_DLL : FreeLibrary('IPHLPAPI.DLL')"});
+    EXPECT_THAT(
+        trace.Lines(),
+        testing::ElementsAre("[V] PreVistaAPI::Wrap_IPHLPAPI_DLL::~Wrap_IPHLPAPI_DLL : FreeLibrary('IPHLPAPI.DLL')"));
 }
 
 } // namespace

@@ -20,16 +20,15 @@ protected:
         for (BYTE i = 0; i < 6; ++i)
             record.PhysicalAddress[i] = static_cast<BYTE>(i + 10);
     }
-    void TellList(const std::string& sTitle, std::vector<TOLVA::NIC_INFO> list = {}, Lines lines = Lines::Ends)
+    void TellList(const std::string& sTitle, std::vector<TOLVA::NIC_INFO> list = {})
     {
-        Tell(
-            sTitle, [&] { return Show(TOLVA::GetAdapterList(list), list); }, lines);
+        Tell(sTitle, [&] { return Show(TOLVA::GetAdapterList(list), list); });
     }
 };
 
 TEST_F(AdapterList, ACompleteAdapter)
 {
-    TellList("a complete adapter", {}, Lines::All);
+    TellList("a complete adapter");
     adapters[0].record.FriendlyName = const_cast<wchar_t*>(L"Renamed");
     TellList("once more: all are completed anew", {Adapter()});
 }
@@ -37,6 +36,7 @@ TEST_F(AdapterList, ACompleteAdapter)
 /// Each row makes one step fail for the first of two records; the second has to be completed all the same.
 TEST_F(AdapterList, AFailingStepEndsTheCompletionOfItsAdapterOnly)
 {
+    TheTrace.SetTraceLevel(3);
     const struct
     {
         std::string sStep;

@@ -10,19 +10,10 @@ namespace
 
 using InterfaceTable = PlatformTest;
 
-std::string Guids(const std::vector<TOLVA::NIC_INFO>& list)
-{
-    std::vector<velmor::string> guids;
-    for (const TOLVA::NIC_INFO& NicInfo : list)
-        guids.push_back(NicInfo.sNicGuid);
-    return Show(guids);
-}
-
 std::string Listed(TOLVA::Wrap_IP_INTERFACE_INFO& table)
 {
     std::vector<TOLVA::NIC_INFO> list;
-    const bool bRc = table.GetAdapterList(list);
-    return Show(bRc, Guids(list), list.empty() ? "" : "the first is", list.empty() ? L"" : list[0].sNicName);
+    return Show(table.GetAdapterList(list), list);
 }
 
 TEST_F(InterfaceTable, WhatLoadTableMakesOfThePlatformsAnswers)
@@ -104,20 +95,7 @@ TEST_F(InterfaceTable, TheList)
     codes["GetInterfaceInfo"] = {ERROR_NO_DATA};
     Tell("no adapter", List);
     interfaces = {L"\\DEVICE\\TCPIP_{1}", L"\\DEVICE\\TCPIP_{2", L"\\DEVICE\\TCPIP_{3}"};
-    Tell("a bad name: the others are kept, none is completed", List, Lines::All);
-}
-
-TEST_F(InterfaceTable, IndexOfAnAdapter)
-{
-    unsigned long ulFound = 1;
-    const auto Index = [&](const wchar_t* pszGuid) {
-        Tell(Show("of", pszGuid), [&] { return Show(TOLVA::GetAdapterIndex(Adapter(pszGuid), ulFound), ulFound); });
-    };
-    Index(L"{ABC}");
-    codes["GetAdapterIndex"] = {ERROR_DEV_NOT_EXIST};
-    ulIndex = 12;
-    Index(L"{ABC}"); // the platform's value is passed on
-    Index(L"");
+    Tell("a bad name: the others are kept, none is completed", List);
 }
 
 } // namespace

@@ -48,8 +48,8 @@ TEST_F(Addresses, AreReplaced)
         refused = row.refused;
         Tell(Show("set", row.sList, "refused", row.refused), [&] { return Set(row.sList); });
     }
-    Tell(
-        "set all", [&] { return Set("fe80::2 10.1.0.1"); }, Lines::All);
+    TheTrace.SetTraceLevel(4);
+    Tell("set all", [&] { return Set("fe80::2 10.1.0.1"); });
     FailTables(5);
     Tell("without a table", [&] { return Set("10.1.0.1"); });
 }

@@ -12,6 +12,7 @@ class IpconfigTest : public testing_support::PlatformTest
 protected:
     IpconfigTest()
     {
+        TheTrace.SetTraceLevel(3);
         NicInfo.sNicName = L"\\DEVICE\\TCPIP_A";
         NicInfo.sNicEnum = L"0007";
         NicInfo.sNicPci = L"PCI\\A";

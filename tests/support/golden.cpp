@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <regex>
+#include <sstream>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -34,15 +35,6 @@ std::filesystem::path FileOf(const std::string& sProgram, const std::string& sPa
 }
 
 } // namespace
-
-std::string Show(std::wstring_view sText)
-{
-    std::string sBytes(sText.size() * 3, '\0');
-    sBytes.resize(static_cast<std::size_t>(::WideCharToMultiByte(CP_UTF8, 0, sText.data(),
-                                                                 static_cast<int>(sText.size()), sBytes.data(),
-                                                                 static_cast<int>(sBytes.size()), nullptr, nullptr)));
-    return sBytes;
-}
 
 std::string Show(const RegistryData& data)
 {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <charconv>
 #include <functional>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -44,9 +45,8 @@ inline std::string Show(const wchar_t* pszText)
 template <class Number>
 requires(std::is_arithmetic_v<Number> || std::is_enum_v<Number>) std::string Show(Number value)
 {
-    std::ostringstream stream;
-    stream << +value;
-    return stream.str();
+    char text[32];
+    return {text, std::to_chars(text, std::end(text), +value).ptr};
 }
 template <class T>
 std::string Show(const std::vector<T>& list)

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <sstream>
 
@@ -25,7 +27,28 @@ std::set<std::string> ImportsOfTheOldestSystem()
     return imports;
 }
 
+template <class T>
+T CopyOf(const T* pSource)
+{
+    T value;
+    std::memcpy(&value, pSource, sizeof(value));
+    return value;
+}
+
 } // namespace
+
+void* Import::Target() const
+{
+    return CopyOf(static_cast<void* const*>(pSlot));
+}
+
+void Import::Redirect(void* pTarget) const
+{
+    DWORD dwProtection = 0;
+    ::VirtualProtect(pSlot, sizeof(pTarget), PAGE_READWRITE, &dwProtection);
+    std::memcpy(pSlot, &pTarget, sizeof(pTarget));
+    ::VirtualProtect(pSlot, sizeof(pTarget), dwProtection, &dwProtection);
+}
 
 std::set<std::string> Image::Exports() const
 {
@@ -37,20 +60,33 @@ std::set<std::string> Image::Exports() const
     return names;
 }
 
+std::vector<Import> Image::ImportSlots() const
+{
+    std::vector<Import> imports;
+    for (const auto* p = Directory<IMAGE_IMPORT_DESCRIPTOR>(IMAGE_DIRECTORY_ENTRY_IMPORT); p->FirstThunk != 0; ++p)
+    {
+        IMAGE_THUNK_DATA64 import;
+        for (DWORD at = 0; import = CopyOf(At<IMAGE_THUNK_DATA64>(p->OriginalFirstThunk + at)), import.u1.Ordinal != 0;
+             at += sizeof(import))
+        {
+            constexpr DWORD NAME = offsetof(IMAGE_IMPORT_BY_NAME, Name);
+            const bool bByOrdinal = IMAGE_SNAP_BY_ORDINAL64(import.u1.Ordinal);
+            imports.push_back({At<char>(p->Name),
+                               bByOrdinal ? nullptr : At<char>(static_cast<DWORD>(import.u1.AddressOfData) + NAME),
+                               At<void>(p->FirstThunk + at)});
+        }
+    }
+    return imports;
+}
+
 std::set<std::string> Image::Imports() const
 {
     std::set<std::string> imports;
-    for (const auto* p = Directory<IMAGE_IMPORT_DESCRIPTOR>(IMAGE_DIRECTORY_ENTRY_IMPORT); p->FirstThunk != 0; ++p)
+    for (const Import& import : ImportSlots())
     {
-        std::string sDll = At<char>(p->Name);
+        std::string sDll = import.pszDll;
         std::ranges::transform(sDll, sDll.begin(), [](char c) { return static_cast<char>(std::toupper(c)); });
-        for (const auto* pName = At<IMAGE_THUNK_DATA64>(p->OriginalFirstThunk); pName->u1.Ordinal != 0; ++pName)
-        {
-            const bool bByOrdinal = IMAGE_SNAP_BY_ORDINAL64(pName->u1.Ordinal);
-            imports.insert(sDll + ' ' +
-                           (bByOrdinal ? "by ordinal"
-                                       : At<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(pName->u1.AddressOfData))->Name));
-        }
+        imports.insert(sDll + ' ' + (import.pszFunction != nullptr ? import.pszFunction : "by ordinal"));
     }
     return imports;
 }

@@ -1,13 +1,12 @@
 #pragma once
 
+#include <forward_list>
 #include <memory>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include <winsock2.h>
-
-#include <windows.h>
+#include <support/image.h>
 
 namespace testing_support
 {
@@ -26,7 +25,7 @@ public:
     [[nodiscard]] void* Original() const noexcept { return m_pOriginal; }
 
 private:
-    std::vector<void**> m_slots;
+    std::vector<Import> m_slots;
     void* m_pOriginal = nullptr;
 };
 
@@ -52,8 +51,6 @@ public:
           m_slots(hModule, pszFunction, reinterpret_cast<void*>(Entry(*static_cast<Fake*>(m_fake.get()))))
     {
     }
-    ImportPatch(const ImportPatch&) = delete;
-    ImportPatch& operator=(const ImportPatch&) = delete;
 
     /// What the function was before, to be called from the fake or the test.
     [[nodiscard]] Function Original() const noexcept { return reinterpret_cast<Function>(m_slots.Original()); }
@@ -85,19 +82,14 @@ public:
     template <class Function, class Fake>
     void Add(const char* pszFunction, Fake fake)
     {
-        m_patches.push_back(std::make_shared<ImportPatch<Function>>(pszFunction, std::move(fake)));
+        m_patches.push_front(std::make_shared<ImportPatch<Function>>(pszFunction, std::move(fake)));
     }
     ImportPatches() = default;
     ImportPatches(const ImportPatches&) = delete;
     ImportPatches& operator=(const ImportPatches&) = delete;
-    ~ImportPatches()
-    {
-        while (!m_patches.empty())
-            m_patches.pop_back();
-    }
 
 private:
-    std::vector<std::shared_ptr<void>> m_patches;
+    std::forward_list<std::shared_ptr<void>> m_patches; ///< the last one stands first, and ends first
 };
 
 /// Adds to a set of patches what PATCH_IMPORT would give.

@@ -51,8 +51,6 @@ class RegistryValueScope
 {
 public:
     RegistryValueScope(const std::wstring& sPath, const std::wstring& sName, const RegistryData& data);
-    RegistryValueScope(const RegistryValueScope&) = delete;
-    RegistryValueScope& operator=(const RegistryValueScope&) = delete;
     ~RegistryValueScope();
 
 private:

@@ -1,26 +1,11 @@
 #include <support/trace_file.h>
 
-#include <algorithm>
 #include <regex>
-
-#include <gtest/gtest.h>
 
 #include <support/files.h>
 
 namespace testing_support
 {
-namespace
-{
-
-std::string Joined(const std::vector<std::string>& lines)
-{
-    std::string sText;
-    for (const std::string& sLine : lines)
-        sText += sLine + '\n';
-    return sText;
-}
-
-} // namespace
 
 std::string NormalisedLine(std::string_view sLine)
 {
@@ -52,9 +37,14 @@ std::string TraceFile::Bytes() const
 
 std::vector<std::string> TraceFile::Lines() const
 {
+    return LinesOf(m_path);
+}
+
+std::vector<std::string> LinesOf(const std::filesystem::path& file)
+{
     constexpr std::string_view END = "\r\n";
     std::vector<std::string> lines;
-    const std::string sBytes = Bytes();
+    const std::string sBytes = ReadFileBytes(file);
     for (std::string_view sRest = sBytes; !sRest.empty();)
     {
         const std::size_t end = sRest.find(END);
@@ -67,35 +57,6 @@ std::vector<std::string> TraceFile::Lines() const
         sRest.remove_prefix(end + END.size());
     }
     return lines;
-}
-
-bool TraceFile::Has(std::string_view sLine) const
-{
-    return std::ranges::count(Lines(), sLine) > 0;
-}
-
-std::vector<std::string> TraceFile::LinesOf(std::string_view sOperation) const
-{
-    constexpr std::string_view LEVEL = "[V] ";
-    const std::string sStart = std::string(sOperation) + " : ";
-    std::vector<std::string> lines = Lines();
-    std::erase_if(lines, [&](const std::string& sLine) { return sLine.find(sStart) != LEVEL.size(); });
-    return lines;
-}
-
-std::string TraceFile::Complaints() const
-{
-    std::vector<std::string> lines = Lines();
-    std::erase_if(lines,
-                  [](const std::string& sLine) { return !sLine.starts_with("[E]") && !sLine.starts_with("[W]"); });
-    Empty();
-    return Joined(lines);
-}
-
-void TraceFile::ExpectLines(const std::vector<std::string>& expected, std::source_location where) const
-{
-    const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "the transcript");
-    EXPECT_EQ(Joined(expected), Joined(Lines()));
 }
 
 } // namespace testing_support

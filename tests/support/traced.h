@@ -1,8 +1,9 @@
 #pragma once
 
+#include <clocale>
 #include <memory>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <support/golden.h>
 #include <support/printers.h>
@@ -22,7 +23,17 @@ protected:
         TheTrace.TraceIPv6(TRACE_ERROR, "", "", L"");
         trace.Empty();
     }
-    ~Traced() override { TheTrace.SetTraceLevel(3); }
+    ~Traced() override
+    {
+        TheTrace.SetTraceLevel(3);
+        std::setlocale(LC_NUMERIC, "C");
+    }
+    /// The host program's locale has one until the case ends.
+    static void SetDecimalComma()
+    {
+        std::setlocale(LC_NUMERIC, "German_Germany");
+        EXPECT_STREQ(",", std::localeconv()->decimal_point);
+    }
 
     TraceFile trace;
     std::unique_ptr<Golden> golden = std::make_unique<Golden>();

@@ -36,7 +36,7 @@ STEPS: dict[str, Step] = {
     "hammer": Step(windows_program("hammer"), 2, "the trace under 8 processes of 4 threads"),
     "soak": Step(windows_program("endurance", "soak"), 3, "what thousands of calls leave behind"),
     "threads": Step(windows_program("endurance", "threads"), 2, "8 threads that use everything at once"),
-    "loads": Step(windows_program("loads"), 1, "what a thousand loads leave behind"),
+    "loads": Step(windows_program("endurance", "loads"), 1, "what a thousand loads leave behind"),
     "faults": Step(windows_program("faults", "faults"), 3, "every operation, while the platform fails it"),
     "load": Step(windows_program("faults", "load"), 1, "loading and unloading, while the platform fails it"),
     "state": Step(windows_program("faults", "state"), 2, "the functions of ZELK_STATE.DLL, while the platform fails them"),

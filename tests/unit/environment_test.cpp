@@ -37,18 +37,9 @@ protected:
 
 TEST_F(Environment, EverySystem)
 {
-    for (const auto& [dwMajor, dwMinor] : {std::pair<DWORD, DWORD>(5, 0),
-                                           {5, 1},
-                                           {5, 2},
-                                           {6, 0},
-                                           {6, 1},
-                                           {6, 2},
-                                           {6, 3},
-                                           {6, 4},
-                                           {10, 0},
-                                           {4, 0},
-                                           {5, 3}})
+    for (const DWORD dwVersion : {50U, 51U, 52U, 60U, 61U, 62U, 63U, 64U, 100U, 40U, 53U})
     {
+        const DWORD dwMajor = dwVersion / 10, dwMinor = dwVersion % 10;
         for (const BYTE type : {WORKSTATION, SERVER, CONTROLLER})
         {
             FakeWindows windows(dwMajor, dwMinor, type);
@@ -57,7 +48,7 @@ TEST_F(Environment, EverySystem)
         for (const wchar_t* pszKey : {FakeWindows::MININT_KEY, L"SYSTEM\\CurrentControlSet\\Control\\MyMiniNT"})
         {
             FakeWindows windows(dwMajor, dwMinor, SERVER);
-            windows.keys[pszKey];
+            FakeWindows::Set(pszKey);
             Tell(Show(dwMajor, dwMinor, pszKey));
         }
     }
@@ -85,7 +76,7 @@ TEST_F(Environment, CurrentVersionAgainstTheVersionRecord)
         for (const DWORD dwMajor : {5UL, 6UL})
         {
             FakeWindows windows(dwMajor, 2, WORKSTATION);
-            windows.keys[FakeWindows::VERSION_KEY][L"CurrentVersion"] = pszText;
+            FakeWindows::Set(FakeWindows::VERSION_KEY, L"CurrentVersion", pszText);
             Tell(Show(dwMajor, "and", pszText));
             golden.Line("product of", windows.sProductInfoArguments);
         }
@@ -94,15 +85,15 @@ TEST_F(Environment, CurrentVersionAgainstTheVersionRecord)
 TEST_F(Environment, NamesAndEditions)
 {
     FakeWindows windows(6, 1, SERVER);
-    auto& values = windows.keys[FakeWindows::VERSION_KEY];
-    values = {{L"ProductName", L"Seven"}, {L"CSDVersion", L"Pack 1"}};
+    FakeWindows::Set(FakeWindows::VERSION_KEY, L"ProductName", L"Seven");
+    FakeWindows::Set(FakeWindows::VERSION_KEY, L"CSDVersion", L"Pack 1");
     Tell("64 bits");
     Tell("after a second run");
     windows.dwWow64Error = ERROR_CALL_NOT_IMPLEMENTED;
-    values.erase(L"CSDVersion");
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, FakeWindows::VERSION_KEY, L"CSDVersion");
     Tell("32 bits, no service pack");
     windows.major = 5;
-    windows.sProdspec = L"Five";
+    const IniFile prodspec(BesideProgram(L"prodspec.ini"), "[Product Specification]\r\nProduct=Five\r\n");
     Tell("by the file of older systems");
     windows.dwWow64Error = 0;
     Tell("of 64 bits");
@@ -111,14 +102,15 @@ TEST_F(Environment, NamesAndEditions)
     for (const wchar_t* pszType : {L"Server core", L"Server Core", L"Server"})
         for (const bool bProductInfo : {true, false}) // only the product information clears what was found
         {
-            values[L"InstallationType"] = pszType;
+            FakeWindows::Set(FakeWindows::VERSION_KEY, L"InstallationType", pszType);
             windows.bProductInfo = bProductInfo;
             Tell(Show(pszType, bProductInfo));
         }
-    auto& sDomain = windows.keys[L"SYSTEM\\CurrentControlSet\\Services\\NTDS\\Parameters"][L"Root Domain"];
-    Tell("an empty root domain");
-    sDomain = L"DC=x";
-    Tell("a root domain");
+    for (const wchar_t* pszDomain : {L"", L"DC=x"})
+    {
+        FakeWindows::Set(L"SYSTEM\\CurrentControlSet\\Services\\NTDS\\Parameters", L"Root Domain", pszDomain);
+        Tell(Show("root domain", pszDomain));
+    }
 }
 
 TEST_F(Environment, FailuresThatCutTheDetectionShort)
@@ -126,7 +118,7 @@ TEST_F(Environment, FailuresThatCutTheDetectionShort)
     for (const int failure : {0, 1, 2})
     {
         FakeWindows windows(6, 1, WORKSTATION);
-        windows.keys[FakeWindows::VERSION_KEY][L"ProductName"] = L"Seven";
+        FakeWindows::Set(FakeWindows::VERSION_KEY, L"ProductName", L"Seven");
         windows.bVersionW = failure != 0;
         windows.bVersionA = failure != 1;
         windows.dwWow64Error = failure == 2 ? ERROR_ACCESS_DENIED : 0;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <map>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include <support/files.h>
 #include <support/import_patch.h>
 #include <support/registry/environment.h>
 
@@ -13,19 +13,28 @@
 class FakeWindows
 {
 public:
-    using Values = std::map<std::wstring, std::wstring>;
-
     FakeWindows(DWORD dwMajor, DWORD dwMinor, BYTE productType) : major(dwMajor), minor(dwMinor), type(productType)
     {
         Forget();
         PatchVersion();
-        PatchRegistry();
         PatchEdition();
+        HKEY hRoot = nullptr;
+        EXPECT_EQ(0, ::RegCreateKeyW(HKEY_CURRENT_USER, REGISTRY, &hRoot));
+        EXPECT_EQ(0, ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, hRoot));
+        ::RegCloseKey(hRoot);
     }
-    ~FakeWindows() { EXPECT_EQ(0, open) << "keys left open"; }
-    FakeWindows(const FakeWindows&) = delete;
-    FakeWindows& operator=(const FakeWindows&) = delete;
+    ~FakeWindows()
+    {
+        ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+        ::RegDeleteTreeW(HKEY_CURRENT_USER, REGISTRY);
+    }
 
+    /// Makes a key below HKEY_LOCAL_MACHINE, of this process alone, with a text.
+    static void Set(const std::wstring& sKey, const wchar_t* pszName = nullptr, const std::wstring& sText = {})
+    {
+        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, sKey.c_str(), pszName, REG_SZ, sText.c_str(),
+                          static_cast<DWORD>((sText.size() + 1) * sizeof(wchar_t)));
+    }
     static void Forget() { const_cast<WindowsEnvironment&>(GetDetectedEnvironment()) = {}; }
 
     static constexpr const wchar_t* VERSION_KEY = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
@@ -33,11 +42,8 @@ public:
 
     DWORD major, minor;
     BYTE type;
-    std::map<std::wstring, Values> keys; ///< below HKEY_LOCAL_MACHINE; all values are texts
     DWORD dwWow64Error = 0;
     bool bVersionW = true, bVersionA = true, bProductInfo = true;
-    std::wstring sProdspec;
-    int open = 0;
     int detections = 0;
     std::string sProductInfoArguments;
 
@@ -50,6 +56,7 @@ private:
             DetectWindowsEnvironment();
         }
     };
+    static constexpr const wchar_t* REGISTRY = L"Software\\zelk_fake_windows";
     static inline FakeWindows* pCurrent = nullptr;
 
     static BOOL WINAPI ProductInfo(DWORD a, DWORD b, DWORD c, DWORD d, DWORD*)
@@ -59,7 +66,6 @@ private:
         return TRUE;
     }
     void PatchVersion();
-    void PatchRegistry();
     void PatchEdition();
 
     DetectAgain m_again; // its end comes when nothing is faked any more
@@ -87,35 +93,7 @@ inline void FakeWindows::PatchVersion()
     });
 }
 
-inline void FakeWindows::PatchRegistry()
-{
-    ADD_PATCH(m_patches, RegOpenKeyExW, [this](HKEY, const wchar_t* pszPath, DWORD, REGSAM, HKEY* pKey) -> LSTATUS {
-        const auto found = keys.find(pszPath);
-        if (found == keys.end())
-            return ERROR_FILE_NOT_FOUND;
-        ++open;
-        *pKey = reinterpret_cast<HKEY>(&found->second);
-        return ERROR_SUCCESS;
-    });
-    ADD_PATCH(m_patches, RegQueryValueExW,
-              [](HKEY hKey, const wchar_t* pszName, DWORD*, DWORD* pType, BYTE* pData, DWORD* pSize) -> LSTATUS {
-                  const auto& values = *reinterpret_cast<const Values*>(hKey);
-                  const auto found = values.find(pszName);
-                  if (found == values.end())
-                      return ERROR_FILE_NOT_FOUND;
-                  *pType = REG_SZ;
-                  *pSize = static_cast<DWORD>((found->second.size() + 1) * sizeof(wchar_t));
-                  if (pData != nullptr)
-                      std::copy_n(reinterpret_cast<const BYTE*>(found->second.c_str()), *pSize, pData);
-                  return ERROR_SUCCESS;
-              });
-    ADD_PATCH(m_patches, RegCloseKey, [this](HKEY) -> LSTATUS {
-        --open;
-        return ERROR_SUCCESS;
-    });
-}
-
-/// Where the edition of Windows is told: by the platform, and in the file prodspec.ini.
+/// Where the edition of Windows is told: by the platform, and in a file prodspec.ini beside the program.
 inline void FakeWindows::PatchEdition()
 {
     ADD_PATCH(m_patches, GetProcAddress, [this](auto original, HMODULE hModule, const char* pszName) -> FARPROC {
@@ -125,17 +103,8 @@ inline void FakeWindows::PatchEdition()
         return bProductInfo ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ProductInfo)) : nullptr;
     });
     ADD_PATCH(m_patches, GetSystemDirectoryW, [](wchar_t* pszText, UINT) -> UINT {
-        std::wcscpy(pszText, L"S:\\sys");
-        return 6;
+        const std::wstring sFolder = testing_support::BesideProgram(L"").parent_path().wstring();
+        std::wcscpy(pszText, sFolder.c_str());
+        return static_cast<UINT>(sFolder.size());
     });
-    ADD_PATCH(m_patches, GetPrivateProfileStringW,
-              [this](auto original, const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
-                     wchar_t* pszText, DWORD dwSize, const wchar_t* pszFile) -> DWORD {
-                  if (std::wstring(pszFile) != L"S:\\sys\\prodspec.ini")
-                      return original(pszSection, pszKey, pszDefault, pszText, dwSize, pszFile);
-                  EXPECT_STREQ(L"Product Specification", pszSection);
-                  EXPECT_STREQ(L"Product", pszKey);
-                  std::wcscpy(pszText, sProdspec.empty() ? pszDefault : sProdspec.c_str());
-                  return static_cast<DWORD>(std::wcslen(pszText));
-              });
 }

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstring>
+#include <set>
 
 #include <winsock2.h>
 
@@ -6,6 +8,7 @@
 
 #include <support/files.h>
 #include <support/import_patch.h>
+#include <support/noted_calls.h>
 #include <support/traced.h>
 #include <zelk_nm/tolva.h>
 
@@ -21,31 +24,25 @@ using Module = Traced;
 
 TEST_F(Conversions, MasksAndPrefixes)
 {
-    for (unsigned int prefix = 0; prefix <= 32; ++prefix)
+    TheTrace.SetTraceLevel(0);
+    for (unsigned int prefix = 0; prefix <= 255; prefix += prefix < 33 ? 1 : 37)
     {
         const auto byte = static_cast<unsigned char>(prefix);
         const unsigned long dwMask = TOLVA::ConvertPrefixToDword(byte);
-        EXPECT_EQ(static_cast<unsigned long>(0xFFFFFFFF00000000ULL >> prefix & 0xFFFFFFFF), dwMask);
-        EXPECT_EQ(prefix, TOLVA::ConvertDwordToPrefix(dwMask));
-        EXPECT_EQ(prefix, TOLVA::ConvertNetmaskToPrefix(TOLVA::ConvertPrefixToNetmask(byte)));
+        golden->Line(prefix, dwMask, TOLVA::ConvertDwordToPrefix(dwMask), TOLVA::ConvertPrefixToNetmask(byte),
+                     TOLVA::ConvertNetmaskToPrefix(TOLVA::ConvertPrefixToNetmask(byte)));
     }
-    for (const int prefix : {33, 64, 128, 255})
-        EXPECT_EQ(0U, TOLVA::ConvertPrefixToDword(static_cast<unsigned char>(prefix)));
-    EXPECT_EQ(24, TOLVA::ConvertDwordToPrefix(0xFF00FF00));
-    EXPECT_EQ(32, TOLVA::ConvertDwordToPrefix(1));
-    EXPECT_EQ(1, TOLVA::ConvertDwordToPrefix(0x80000000));
-    EXPECT_EQ(32, TOLVA::ConvertNetmaskToPrefix(ip_address(string("::"))));
-    trace.Empty();
+    for (const unsigned long dwMask : {0xFF00FF00UL, 1UL, 0x80000000UL})
+        golden->Line(dwMask, TOLVA::ConvertDwordToPrefix(dwMask));
+    TheTrace.SetTraceLevel(4);
     TOLVA::ConvertPrefixToNetmask(24);
-    golden->Lines(trace.Lines());
-}
-
-TEST_F(Conversions, AddressesAndNumbers)
-{
-    EXPECT_EQ(ip_address(string("192.168.1.10")), TOLVA::ConvertDwordToIpAddress(0xC0A8010A));
-    EXPECT_EQ(0xC0A8010AU, TOLVA::ConvertIpAddressToDword(ip_address(string("192.168.1.10"))));
-    EXPECT_EQ(0xFFFFFFFFU, TOLVA::ConvertIpAddressToDword(ip_address(string("none"))));
-    EXPECT_EQ(0xFFFFFFFFU, TOLVA::ConvertIpAddressToDword(ip_address(string("::1"))));
+    for (const char* pszText : {"192.168.1.10", "none", "::", "::1"})
+    {
+        const ip_address address{string(pszText)};
+        golden->Line(pszText, TOLVA::ConvertIpAddressToDword(address));
+        golden->Line("as a mask", TOLVA::ConvertNetmaskToPrefix(address));
+    }
+    golden->Line(TOLVA::ConvertDwordToIpAddress(0xC0A8010A));
     golden->Lines(trace.Lines());
 }
 
@@ -92,73 +89,55 @@ TEST_F(Conversions, HardwareAddressTexts)
 
 TEST_F(Conversions, HardwareAddressBytes)
 {
+    TheTrace.SetTraceLevel(2);
     constexpr unsigned char BYTES[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
-    using Address = TOLVA::HARDWARE_ADDRESS;
-    EXPECT_EQ(8U, Address(BYTES, 10).size());
-    EXPECT_EQ(string("01-02-03-04-05-06-07-08"), string(Address(BYTES, 10)));
-    EXPECT_EQ(string("01"), string(Address(BYTES, 1)));
-    EXPECT_EQ(Address(BYTES, 8), Address(BYTES, 10));
     constexpr unsigned char ZEROES[8] = {};
+    using Address = TOLVA::HARDWARE_ADDRESS;
     EXPECT_NE(Address(ZEROES, 6), Address(ZEROES, 7));
     EXPECT_NE(Address(ZEROES, 6), Address());
-
-    for (unsigned int count = 1; count <= 12; ++count)
+    for (unsigned int count = 0; count <= 12; ++count)
     {
         unsigned char copy[13];
         std::memset(copy, 0xEE, sizeof(copy));
         Address(BYTES, 6).copy(copy, count);
-        for (unsigned int i = 0; i < sizeof(copy); ++i)
-            EXPECT_EQ(i >= count ? 0xEE : i < 6 ? BYTES[i] : 0, copy[i]) << count << ' ' << i;
+        const Address made(BYTES, std::min(count, 10U));
+        golden->Line(made, "of", made.size(), made == Address(BYTES, 8), "copied",
+                     std::vector<unsigned int>(copy, std::end(copy)));
     }
-
-    trace.Empty();
-    unsigned char untouched = 7;
     EXPECT_EQ(Address(), Address(nullptr, 6));
-    EXPECT_EQ(Address(), Address(BYTES, 0));
     Address(BYTES, 6).copy(nullptr, 6);
-    Address(BYTES, 6).copy(&untouched, 0);
-    EXPECT_EQ(7, untouched);
-    golden->Line(trace.Complaints());
+    golden->Lines(trace.Lines());
 }
 
-/// A loaded module with a version resource, whose reading fails where `sFailing` says.
+/// A loaded module with a version resource.
 struct FakeVersion
 {
-    std::string sFailing;
+    NotedCalls calls;
     std::wstring sText = L"3.1.2.7";
     DWORD translation = 0x04B00409;
+    UINT translationSize = sizeof(translation); ///< as it is said
     ImportPatches patches;
 
-    BOOL Answer(const char* pszFunction, DWORD dwError) const
+    explicit FakeVersion(int refused = 0)
     {
-        ::SetLastError(sFailing == pszFunction ? dwError : 0);
-        return sFailing != pszFunction;
-    }
-    explicit FakeVersion(const char* pszFailing = "") : sFailing(pszFailing)
-    {
-        ADD_PATCH(patches, GetModuleHandleW, [this](auto original, const wchar_t*) {
-            return Answer("GetModuleHandleW", 126) ? original(L"ntdll.dll") : nullptr;
+        calls.refused = refused;
+        ADD_PATCH(patches, GetModuleHandleW, [this](auto original, const wchar_t* pszName) {
+            return calls.Allow("handle of", pszName) ? original(L"ntdll.dll") : nullptr;
         });
-        ADD_PATCH(patches, GetModuleFileNameW,
-                  [this](auto original, HMODULE hModule, wchar_t* pszText, DWORD dwSize) -> DWORD {
-                      // That of the program itself is always known.
-                      const bool bKnown = hModule == nullptr || Answer("GetModuleFileNameW", 6);
-                      return bKnown ? original(hModule, pszText, dwSize) : 0;
-                  });
+        ADD_PATCH(patches, GetModuleFileNameW, [this](auto original, HMODULE hModule, auto... arguments) -> DWORD {
+            // That of the program itself is always known.
+            return hModule == nullptr || calls.Allow("path") ? original(hModule, arguments...) : 0;
+        });
         ADD_PATCH(patches, GetFileVersionInfoSizeW,
-                  [this](const wchar_t*, DWORD*) -> DWORD { return Answer("GetFileVersionInfoSizeW", 1813) ? 64 : 0; });
+                  [this](const wchar_t*, DWORD*) -> DWORD { return calls.Allow("size") ? 64 : 0; });
         ADD_PATCH(patches, GetFileVersionInfoW, [this](const wchar_t*, DWORD, DWORD dwSize, void*) -> BOOL {
-            EXPECT_EQ(64U, dwSize);
-            return Answer("GetFileVersionInfoW", 1812);
+            return calls.Allow("resource of", dwSize);
         });
         ADD_PATCH(patches, VerQueryValueW, [this](const void*, const wchar_t* pszBlock, void** pFound, UINT* pCount) {
             const bool bTranslation = std::wcscmp(pszBlock, L"\\VarFileInfo\\Translation") == 0;
-            EXPECT_TRUE(bTranslation || std::wcscmp(pszBlock, L"\\StringFileInfo\\040904B0\\FileVersion") == 0);
             *pFound = bTranslation ? static_cast<void*>(&translation) : sText.data();
-            *pCount = static_cast<UINT>(bTranslation ? sizeof(translation) : sText.size() + 1);
-            if (bTranslation && sFailing == "half a translation")
-                *pCount /= 2;
-            return bTranslation ? Answer("Translation", 1811) : Answer("FileVersion", 1810);
+            *pCount = bTranslation ? translationSize : static_cast<UINT>(sText.size() + 1);
+            return BOOL{calls.Allow(pszBlock)};
         });
     }
 };
@@ -176,18 +155,22 @@ private:
 
 TEST_F(Module, VersionOfAModuleAndEveryFailure)
 {
-    for (const char* pszFailing :
-         {"", "GetModuleHandleW", "GetModuleFileNameW", "GetFileVersionInfoSizeW", "GetFileVersionInfoW", "Translation",
-          "half a translation", "FileVersion", "no name"})
-    {
+    const auto Read = [this](const char* pszModule, int refused, UINT translationSize) {
         const VersionLog log;
         trace.Empty();
-        const FakeVersion fake(pszFailing);
+        FakeVersion fake(refused);
+        fake.translationSize = translationSize;
         string sFound = L"before";
-        TOLVA::GetResourceVersionStr(pszFailing == std::string("no name") ? "" : "some.dll", sFound);
-        golden->Line("== failing:", pszFailing, "found", sFound, "logged", log.Text());
+        TOLVA::GetResourceVersionStr(pszModule, sFound);
+        golden->Line("== version of", pszModule, "is", sFound, "logged", log.Text());
+        golden->Line(fake.calls.sNotes);
         golden->Lines(trace.Lines());
-    }
+        return fake.calls.made;
+    };
+    for (int refused = 0, made = 0; refused <= made; ++refused)
+        made = std::max(made, Read("some.dll", refused, sizeof(DWORD)));
+    Read("half.dll", 0, sizeof(WORD));
+    Read("", 0, sizeof(DWORD));
 }
 
 TEST_F(Module, PropertiesAndTheConstructorsTranscript)
@@ -231,45 +214,39 @@ TEST_F(Module, Directories)
     EXPECT_FALSE(TOLVA::GetOwnDir(sDir));
     EXPECT_FALSE(TOLVA::GetLogDir(sDir));
     EXPECT_EQ(string(L"L:\\l"), sDir);
-    trace.ExpectLines({});
+    EXPECT_EQ("", trace.Bytes());
 }
 
 TEST_F(Module, TemporaryFiles)
 {
     const TempDirectory folder;
-    std::wstring sTemp = (folder / L"new\\").wstring();
-    DWORD dwAnswer = 0;
-    const auto path = PATCH_IMPORT(GetTempPathW, [&](DWORD dwSize, wchar_t* pszText) -> DWORD {
-        EXPECT_EQ(260U, dwSize);
-        std::wcscpy(pszText, sTemp.c_str());
-        ::SetLastError(8);
-        return dwAnswer;
-    });
-    const std::string NAME = "] TOLVA::GetTempFilename : ";
-    string sFirst = L"before", sSecond;
-    for (const DWORD dwLength : {0U, 261U})
+    std::set<std::filesystem::path> files;
+    for (const auto& [dwLength, pszName] : {std::pair(0UL, L"new\\"),
+                                            {261UL, L"new\\"},
+                                            {260UL, L"new\\"}, // it is made
+                                            {260UL, L"new\\"},
+                                            {260UL, L"missing\\missing\\"}})
     {
-        dwAnswer = dwLength;
-        EXPECT_FALSE(TOLVA::GetTempFilename(sFirst));
-        EXPECT_EQ(string("before"), sFirst);
-        EXPECT_EQ("[E" + NAME + "... ending( GetTempPath() failed ) : dwLastError = 8\n", trace.Complaints());
+        const std::wstring sTemp = (folder / pszName).wstring();
+        const auto path = PATCH_IMPORT(GetTempPathW, [&](DWORD dwSize, wchar_t* pszText) -> DWORD {
+            EXPECT_EQ(260U, dwSize);
+            std::wcscpy(pszText, sTemp.c_str());
+            ::SetLastError(8);
+            return dwLength;
+        });
+        trace.Empty();
+        string sFile = L"before";
+        golden->Line("== a path of", dwLength, "to", pszName, TOLVA::GetTempFilename(sFile));
+        for (const std::string& sLine : trace.Lines())
+            golden->Line(sLine.substr(0, sLine.find(" = \"")));
+        if (std::filesystem::exists(sFile.c_str()))
+            EXPECT_TRUE(std::filesystem::is_empty(*files.insert(sFile.c_str()).first));
+        else
+            EXPECT_EQ(string("before"), sFile);
     }
-    dwAnswer = 260;
-    EXPECT_TRUE(TOLVA::GetTempFilename(sFirst)); // its directory is made first
-    const std::filesystem::path file = sFirst.c_str();
-    trace.ExpectLines({"[V" + NAME + "starting ...",
-                       "[V" + NAME + "wszTempPath = \"" + (folder / L"new\\").string() + '"',
-                       "[V" + NAME + "wszTempFilename = \"" + file.string() + '"', "[V" + NAME + "... ending"});
-    EXPECT_TRUE(TOLVA::GetTempFilename(sSecond));
-    EXPECT_NE(sFirst, sSecond);
-    EXPECT_EQ(0U, std::filesystem::file_size(file));
-    EXPECT_EQ((folder / L"new").wstring(), file.parent_path().wstring());
-    EXPECT_EQ(L"TOL", file.filename().wstring().substr(0, 3));
-
-    sTemp = (folder / L"missing\\missing\\").wstring();
-    EXPECT_FALSE(TOLVA::GetTempFilename(sSecond));
-    EXPECT_TRUE(
-        trace.Complaints().starts_with("[E" + NAME + "... ending( GetTempFileName() failed ) : dwLastError = "));
+    ASSERT_EQ(2U, files.size());
+    EXPECT_EQ(folder / L"new", files.begin()->parent_path());
+    EXPECT_EQ(L"TOL", files.begin()->filename().wstring().substr(0, 3));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 #include <support/files.h>
 #include <support/golden.h>
 #include <support/import_patch.h>
+#include <support/noted_calls.h>
 #include <support/printers.h>
 #include <support/registry/registry.h>
 #include <support/registry_scope.h>
@@ -44,7 +46,7 @@ protected:
 
 TEST_F(Registry, WritesToTheByte)
 {
-    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
+    const RegistryKeyScope key(L"SYSTEM\\ZelkTest"), software(L"SOFTWARE\\ZelkTest");
     Golden golden;
     for (const std::wstring& sText : {std::wstring(), std::wstring(L"\x65E5 and more"), std::wstring(300, L'l')})
     {
@@ -59,22 +61,8 @@ TEST_F(Registry, WritesToTheByte)
         golden.Line(key.Get(L"Inner", L"v"));
     }
 
-    const auto create = PATCH_IMPORT(RegCreateKeyExW,
-                                     [&](HKEY hRoot, const wchar_t* pszPath, DWORD, wchar_t*, DWORD dwOptions,
-                                         REGSAM access, SECURITY_ATTRIBUTES* pSecurity, HKEY*, DWORD*) -> LSTATUS {
-                                         EXPECT_EQ(HKEY_LOCAL_MACHINE, hRoot);
-                                         EXPECT_STREQ(L"SOFTWARE\\a\\b", pszPath);
-                                         EXPECT_TRUE(dwOptions == 0 && access == 0x2001F && pSecurity == nullptr);
-                                         return ERROR_ACCESS_DENIED;
-                                     });
-    EXPECT_FALSE(velmor::Registry_Software().SetDword(L"a\\b", L"d", 1));
-}
-
-TEST_F(Registry, ARefusedWriteFails)
-{
-    const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
-    const auto set = PATCH_IMPORT(RegSetValueExW, [](auto...) -> LSTATUS { return ERROR_DISK_FULL; });
-    EXPECT_FALSE(system.SetDword(KEY, L"d", 1));
+    EXPECT_TRUE(velmor::Registry_Software().SetDword(L"ZelkTest\\b", L"d", 1));
+    golden.Line(software.Get(L"b", L"d"));
 }
 
 const RegistryData ANYTHING[] = {StringData(L"plain"),
@@ -159,159 +147,100 @@ TEST_F(Registry, EnumerationEndsAtANameThatIsTooLong)
     EXPECT_TRUE(velmor::Registry_Software().EnumerateKeys(L"SYSTEM\\ZelkTest", names)) << "the path is a full one";
     EXPECT_EQ((std::vector<string>{L"a", string(sLongest)}), names);
     EXPECT_FALSE(system.EnumerateKeys(L"ZelkTest", names));
-
-    for (const LSTATUS code : {LSTATUS{ERROR_ACCESS_DENIED}, LSTATUS{ERROR_KEY_DELETED}, LSTATUS{-1}})
-    {
-        names.clear();
-        const auto walk =
-            PATCH_IMPORT(RegEnumKeyExW, [=](HKEY, DWORD dwIndex, wchar_t* pszName, DWORD* pLength, auto...) -> LSTATUS {
-                EXPECT_EQ(255U, *pLength);
-                std::wcscpy(pszName, L"name");
-                *pLength = 4;
-                return dwIndex < 2 ? 0 : code;
-            });
-        EXPECT_TRUE(system.EnumerateKeys(L"SYSTEM\\ZelkTest", names));
-        EXPECT_EQ(2U, names.size()) << code;
-    }
 }
 
-/// The platform as the unloading of a mounted hive sees it; every call leaves its mark in `sCalls`.
+/// The platform as the unloading of a mounted hive sees it.
 struct MountedHive
 {
     std::wstring sMountKey;
-    int failingOpen = 0, failingAdjust = 0; ///< which call of its kind fails, counted from 1
-    bool bLookup = true;
-    LSTATUS unload = 0;
-    std::string sCalls;
-    int opens = 0, adjusts = 0;
+    NotedCalls calls;
     TempDirectory folder;
     ImportPatches patches;
 
     static HANDLE Token() { return reinterpret_cast<HANDLE>(0x70); }
     static HKEY Key() { return reinterpret_cast<HKEY>(0x60); }
-    static BOOL Answer(bool bFails, DWORD dwError)
-    {
-        ::SetLastError(dwError);
-        return !bFails;
-    }
     [[nodiscard]] std::string Log() const { return ReadFileBytes(folder / L"registry.log"); }
 
     MountedHive()
     {
         ReplaceKeys();
-        ReplaceToken();
         ReplacePrivileges();
+        ADD_PATCH(patches, CreateFileW,
+                  [this](auto original, const wchar_t* pszPath, DWORD dwAccess, DWORD dwShare, auto... others) {
+                      EXPECT_STREQ(L"X:\\Program Files\\velmor\\ZELK\\Logfiles\\registry.log", pszPath);
+                      EXPECT_EQ(DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}, dwShare);
+                      return original((folder / L"registry.log").c_str(), dwAccess, dwShare, others...);
+                  });
     }
     void ReplaceKeys()
     {
         ADD_PATCH(patches, RegOpenKeyExW,
                   [this](HKEY hRoot, const wchar_t* pszPath, DWORD, REGSAM access, HKEY* pKey) -> LSTATUS {
                       EXPECT_TRUE(hRoot == HKEY_LOCAL_MACHINE && access == KEY_READ);
-                      if (pszPath != sMountKey)
+                      if (pszPath != sMountKey || !calls.Allow("key"))
                           return ERROR_FILE_NOT_FOUND;
-                      sCalls += "key ";
                       *pKey = Key();
-                      return 0;
+                      return ERROR_SUCCESS;
                   });
         ADD_PATCH(patches, RegCloseKey, [this](HKEY hKey) -> LSTATUS {
             EXPECT_EQ(Key(), hKey);
-            sCalls += "close ";
-            return 0;
+            calls.Note("close");
+            return ERROR_SUCCESS;
         });
         ADD_PATCH(patches, RegUnLoadKeyW, [this](HKEY, const wchar_t* pszPath) -> LSTATUS {
-            EXPECT_EQ(sMountKey, pszPath);
-            sCalls += "UNLOAD ";
-            return unload;
-        });
-    }
-    void ReplaceToken()
-    {
-        ADD_PATCH(patches, CreateFileW,
-                  [this](auto original, const wchar_t* pszPath, DWORD dwAccess, DWORD dwShare,
-                         SECURITY_ATTRIBUTES* pSecurity, DWORD dwMode, DWORD dwFlags, HANDLE hTemplate) {
-                      EXPECT_STREQ(L"X:\\Program Files\\velmor\\ZELK\\Logfiles\\registry.log", pszPath);
-                      EXPECT_EQ(DWORD{FILE_SHARE_READ | FILE_SHARE_WRITE}, dwShare);
-                      const std::filesystem::path log = folder / L"registry.log";
-                      return original(log.c_str(), dwAccess, dwShare, pSecurity, dwMode, dwFlags, hTemplate);
-                  });
-        ADD_PATCH(patches, OpenProcessToken, [this](HANDLE, DWORD dwAccess, HANDLE* pToken) -> BOOL {
-            EXPECT_EQ(0x28U, dwAccess);
-            const bool bFails = ++opens == failingOpen;
-            *pToken = bFails ? nullptr : Token();
-            sCalls += bFails ? "" : "(";
-            return Answer(bFails, 5);
-        });
-        ADD_PATCH(patches, CloseHandle, [this](auto original, HANDLE handle) -> BOOL {
-            if (handle != Token())
-                return original(handle);
-            sCalls += ") ";
-            return TRUE;
+            return calls.Allow("UNLOAD", pszPath) ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
         });
     }
     void ReplacePrivileges()
     {
-        ADD_PATCH(patches, LookupPrivilegeValueW,
-                  [this](const wchar_t* pszSystem, const wchar_t* pszName, LUID* pLuid) -> BOOL {
-                      EXPECT_EQ(nullptr, pszSystem);
-                      const bool bRestore = std::wcscmp(pszName, L"SeRestorePrivilege") == 0;
-                      EXPECT_TRUE(bRestore || std::wcscmp(pszName, L"SeBackupPrivilege") == 0);
-                      sCalls += bRestore ? 'r' : 'b';
-                      pLuid->LowPart = bRestore ? 18 : 17;
-                      return Answer(!bLookup, 1313);
-                  });
+        ADD_PATCH(patches, OpenProcessToken, [this](HANDLE, DWORD dwAccess, HANDLE* pToken) -> BOOL {
+            const bool bAllowed = calls.Allow("token for", dwAccess);
+            *pToken = bAllowed ? Token() : nullptr;
+            return bAllowed;
+        });
+        ADD_PATCH(patches, CloseHandle, [this](auto original, HANDLE handle) -> BOOL {
+            if (handle != Token())
+                return original(handle);
+            calls.Note("close the token");
+            return TRUE;
+        });
+        ADD_PATCH(patches, LookupPrivilegeValueW, [this](const wchar_t*, const wchar_t* pszName, LUID* pLuid) -> BOOL {
+            pLuid->LowPart = static_cast<DWORD>(std::wcslen(pszName));
+            return calls.Allow("look up", pszName);
+        });
         ADD_PATCH(patches, AdjustTokenPrivileges,
                   [this](HANDLE hToken, BOOL bAll, TOKEN_PRIVILEGES* pNew, DWORD, TOKEN_PRIVILEGES* pPrevious,
                          DWORD*) -> BOOL {
-                      EXPECT_TRUE(hToken == Token() && !bAll && pNew->PrivilegeCount == 1);
-                      if (++adjusts == failingAdjust)
-                          return Answer(true, 87);
-                      const LUID_AND_ATTRIBUTES& privilege = pNew->Privileges[0];
-                      sCalls += std::to_string(privilege.Luid.LowPart) + (privilege.Attributes == 2 ? "+" : "-");
+                      EXPECT_TRUE(hToken == Token() && !bAll);
+                      const auto& [luid, dwAttributes] = pNew->Privileges[0];
+                      const bool bAllowed =
+                          calls.Allow("adjust", pNew->PrivilegeCount, "of", luid.LowPart, "to", dwAttributes);
+                      if (bAllowed)
+                          ::SetLastError(ERROR_NOT_ALL_ASSIGNED);
                       if (pPrevious != nullptr)
-                      {
-                          *pPrevious = *pNew;
-                          pPrevious->Privileges[0].Attributes = 0;
-                      }
-                      return Answer(false, ERROR_NOT_ALL_ASSIGNED);
+                          *pPrevious = {1, {{luid, 0}}};
+                      return bAllowed;
                   });
     }
 };
 
 TEST(MountedHives, AreUnloadedByTheDestruction)
 {
-    const struct
-    {
-        int failingOpen = 0, failingAdjust = 0;
-        bool bLookup = true;
-        LSTATUS unload = 0;
-    } rows[] = {{},
-                {.unload = 5},
-                {.bLookup = false},
-                {.failingOpen = 1},
-                {.failingAdjust = 1},
-                {.failingOpen = 2},
-                {.failingAdjust = 2},
-                {.failingOpen = 3},
-                {.failingAdjust = 4}};
     Golden golden;
-    for (const auto& row : rows)
+    for (int refused = 0, made = 0; refused <= made; ++refused)
         for (const bool bSystem : {true, false})
         {
             MountedHive hive;
             hive.sMountKey =
                 bSystem ? L"{D0B3D3F4-05F2-4671-80D5-B569ABD77343}\\" : L"{72000DEF-16EA-418f-99F7-40C42BBC5C22}\\";
-            hive.failingOpen = row.failingOpen;
-            hive.failingAdjust = row.failingAdjust;
-            hive.bLookup = row.bLookup;
-            hive.unload = row.unload;
+            hive.calls.refused = refused;
             if (bSystem)
                 velmor::Registry_System();
             else
                 velmor::Registry_Software();
-            golden.Line("== failing: open", row.failingOpen, "adjust", row.failingAdjust, "lookup", !row.bLookup,
-                        "unload", row.unload);
-            golden.Line(hive.sCalls);
-            golden.Line(hive.Log());
+            golden.Line("== refused: call", refused);
+            golden.Line(hive.calls.sNotes + hive.Log());
+            made = std::max(made, hive.calls.made);
         }
 }
 
@@ -320,7 +249,7 @@ TEST(MountedHives, WithoutOneNothingHappens)
     MountedHive hive;
     velmor::Registry_System();
     velmor::Registry_Software();
-    EXPECT_EQ("", hive.sCalls);
+    EXPECT_EQ("", hive.calls.sNotes);
     EXPECT_FALSE(std::filesystem::exists(hive.folder / L"registry.log"));
 }
 

@@ -1,6 +1,5 @@
 #include <numeric>
 
-#include <support/decimal_comma.h>
 #include <support/files.h>
 #include <support/import_patch.h>
 #include <support/trace/call_frame.h>
@@ -36,7 +35,7 @@ void TraceBytes(unsigned int count)
 
 TEST_F(TraceLines, EveryFormOfValue)
 {
-    const DecimalComma comma;
+    SetDecimalComma();
     TraceVars(L'\x65E5', '\xE9', L"two words", L"", static_cast<const wchar_t*>(nullptr), "caf\xE9",
               static_cast<const char*>(nullptr), std::wstring(L"cut\0off", 7), std::string("cut\0off", 7),
               velmor::string(L"\x421 \xD83D\xDE00"), velmor::string(L"\xD83D half a pair"), 0LL,

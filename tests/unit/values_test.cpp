@@ -1,5 +1,5 @@
-#include <atomic>
 #include <cwchar>
+#include <latch>
 #include <stdexcept>
 #include <thread>
 
@@ -103,14 +103,13 @@ TEST(String, ThreadsShareOneNarrowView)
     {
         const Text text(L"shared by all threads");
         constexpr int THREADS = 4;
-        std::atomic<int> waiting = THREADS;
+        std::latch ready(THREADS);
         const char* views[THREADS] = {};
         {
             std::vector<std::jthread> threads;
             for (const char*& pszView : views)
                 threads.emplace_back([&] {
-                    for (--waiting; waiting > 0;)
-                        std::this_thread::yield();
+                    ready.arrive_and_wait();
                     pszView = text.narrow_c_str();
                 });
         }
@@ -183,15 +182,10 @@ TEST(IpAddress, FormattingThrowsWinsocksCode)
 {
     EXPECT_EQ(WSAEAFNOSUPPORT, ThrownCode(ip_address(Text(L"none"))));
     EXPECT_STREQ("Network Error: code = -1", NetworkError(-1).what());
-    const auto patch = PATCH_IMPORT(
-        WSAAddressToStringA, [](SOCKADDR* pAddress, DWORD dwSize, WSAPROTOCOL_INFOA* pInfo, char*, DWORD* pLength) {
-            EXPECT_EQ(::htons(99), reinterpret_cast<SOCKADDR_IN*>(pAddress)->sin_port);
-            EXPECT_EQ(pAddress->sa_family == AF_INET ? 16U : 28U, dwSize);
-            EXPECT_EQ(nullptr, pInfo);
-            EXPECT_EQ(66U, *pLength);
-            ::WSASetLastError(WSAENOBUFS);
-            return SOCKET_ERROR;
-        });
+    const auto patch = PATCH_IMPORT(WSAAddressToStringA, [](auto...) {
+        ::WSASetLastError(WSAENOBUFS);
+        return SOCKET_ERROR;
+    });
     EXPECT_EQ(WSAENOBUFS, ThrownCode(ip_address()));
     EXPECT_EQ(WSAENOBUFS, ThrownCode(ip_address(Text(L"::1"))));
     EXPECT_EQ(WSAEAFNOSUPPORT, ThrownCode(ip_address(Text(L"none"))));

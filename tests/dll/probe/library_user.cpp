@@ -23,10 +23,15 @@ T* Find(const wchar_t* pszModule, const char* pszName)
 void UseEverything(char* pszAnswer, std::size_t size)
 {
     TOLVA();
+    velmor::string sVersion;
+    TOLVA::GetModuleProperty(TOLVA::TOLVA_GMP_VERSION, sVersion);
     std::vector<TOLVA::NIC_INFO> list;
     TOLVA::GetAdapterList(list);
+    std::size_t found = 0;
     for (const TOLVA::NIC_INFO& adapter : list)
     {
+        unsigned long ulIndex = 0;
+        found += TOLVA::GetAdapterIndex(adapter, ulIndex) && ulIndex != 0;
         std::vector<TOLVA::ROUTE_INFO> routes;
         TOLVA::GetAdapterRoutes(adapter, routes);
         std::vector<TOLVA::ASSOC_IP_ADDR> addresses;
@@ -45,5 +50,6 @@ void UseEverything(char* pszAnswer, std::size_t size)
 
     const bool bShown = TOLVA::ChangeAdapterOptions(NicInfo);
     const auto* pszShown = Find<wchar_t>(L"DEVMGR.DLL", "ShownCommandLine");
-    std::snprintf(pszAnswer, size, "%d %ls", bShown, pszShown != nullptr ? pszShown : L"-");
+    std::snprintf(pszAnswer, size, "%s lists %u %d %ls", sVersion.narrow_c_str(), static_cast<unsigned int>(found),
+                  bShown, pszShown != nullptr ? pszShown : L"-");
 }

@@ -50,6 +50,7 @@ struct FakeRoute
     UINT8 prefix = 0;
     std::string sNextHop = "10.0.0.1";
     DWORD dwMetric = 1;
+    [[nodiscard]] const std::string& OfFamily() const { return sNextHop; }
 };
 
 /// A unicast address of the platform, likewise.
@@ -62,6 +63,7 @@ struct FakeAddress
     int prefixOrigin = IpPrefixOriginManual, suffixOrigin = IpSuffixOriginManual;
     int dadState = IpDadStatePreferred;
     ULONG ulScope = 0;
+    [[nodiscard]] const std::string& OfFamily() const { return sAddress; }
 };
 
 /// An entry of the platform's adapter-address table. Where the record ends, poison follows: pointers that cannot be
@@ -104,19 +106,16 @@ protected:
     void Begin();
     /// The requests since then, each in a line that begins with "> ".
     std::string Asked() { return std::exchange(m_sAsked, {}); }
-    enum class Lines
-    {
-        Ends, ///< all but the verbose ones, and the last
-        All
-    };
     /// Writes into the golden text what a use of the library answers, what it asks of the platform and what it traces.
     template <class Run>
-    void Tell(const std::string& sTitle, Run run, Lines lines = Lines::Ends)
+    void Tell(const std::string& sTitle, Run run)
     {
         Begin();
         const std::string sAnswer = Show(run());
-        WriteDown(sTitle, sAnswer, lines);
+        WriteDown(sTitle, sAnswer);
     }
+    /// Writes down an answer, and what has been asked and traced since Begin.
+    void WriteDown(const std::string& sTitle, const std::string& sAnswer);
     /// Runs the body in a new process, where nothing of the library has been used yet, up to that process's end. What
     /// it tells is a golden text of its own.
     void InNewProcess(const std::string& sPart, const std::function<void()>& body);
@@ -157,7 +156,6 @@ private:
     void ReplaceDevices();
     void ReplaceCommands();
     void WarmUp();
-    void WriteDown(const std::string& sTitle, const std::string& sAnswer, Lines lines);
 
     std::string m_sAsked;
     std::set<std::string> m_created;                      ///< routes, by what makes two the same

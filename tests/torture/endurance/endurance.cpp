@@ -2,21 +2,22 @@
 // (nothing here is random) and the seconds (0: all).
 //   soak     every operation 10,000 times: what the process holds stays the same, and so do the answers
 //   threads  all operations from 8 threads at once for a minute: each answers what it answers one thread
+//   loads    a thousand times the library is loaded, used and unloaded: nothing is left
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
+#include <support/resources.h>
 #include <support/trace_file.h>
 #include <torture/faults/library.h>
 #include <torture/faults/machine.h>
 #include <torture/steps.h>
-
-#include "holdings.h"
 
 using namespace torture;
 
@@ -38,10 +39,11 @@ public:
     }
 
     [[nodiscard]] std::size_t Count() const noexcept { return m_names.size(); }
-    [[nodiscard]] long Succeeding() const
+    void Tell() const
     {
-        return static_cast<long>(
-            std::ranges::count_if(m_answers, [](const std::string& answer) { return answer.starts_with("true"); }));
+        Figure("operations", Count());
+        Figure("of them succeed",
+               std::ranges::count_if(m_answers, [](const std::string& answer) { return answer.starts_with("true"); }));
     }
     /// What is wrong with a further call; empty when it answers what it has answered first.
     std::string Repeat(std::size_t operation)
@@ -65,33 +67,90 @@ private:
     std::vector<std::string> m_answers;
 };
 
-void Soak(Operations& operations, const Budget& budget)
+/// Of the process's own committed pages; what it maps of files does not count.
+std::size_t PrivateKilobytes()
 {
-    constexpr int ROUNDS = 10000;
-    constexpr int WARM = 100;
-    const testing_support::TraceFile trace;
-    Holdings before = {};
-    int round = 0;
-    for (; round < ROUNDS && (round <= WARM || !budget.Over()); ++round)
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region = {};
+    for (const char* address = nullptr; ::VirtualQuery(address, &region, sizeof(region)) != 0;
+         address = static_cast<const char*>(region.BaseAddress) + region.RegionSize)
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE)
+            bytes += region.RegionSize;
+    return bytes / 1024;
+}
+
+/// Does something again and again, and ends the step where it leaves anything behind. In the first rounds the platform
+/// takes what it keeps from the first use.
+void Repeat(const std::string& what, int rounds, int warm, std::chrono::seconds time,
+            const std::function<void(int)>& run)
+{
+    // The heap grows in steps of its own; what is lost once in a hundred rounds is more than this.
+    constexpr std::size_t HEAP_STEP_KB = 256;
+    const struct
     {
-        if (round == WARM)
-            before = Held();
-        if (round % WARM == 0)
+        const char* name;
+        std::size_t (*count)();
+        std::size_t allowed;
+    } holdings[] = {{"handles", [] { return std::size_t{testing_support::CountHandles()}; }, 0},
+                    {"blocks", &testing_support::CountHeapBlocks, 0},
+                    {"private kilobytes", &PrivateKilobytes, HEAP_STEP_KB}};
+    std::size_t before[std::size(holdings)] = {}, after[std::size(holdings)] = {};
+    const auto Count = [&](std::size_t* pCounts) {
+        std::ranges::transform(holdings, pCounts, [](const auto& held) { return held.count(); });
+    };
+    const auto end = std::chrono::steady_clock::now() + time;
+    const auto IsOver = [&] { return time.count() != 0 && std::chrono::steady_clock::now() >= end; };
+    int round = 0;
+    for (; round < rounds && (round <= warm || !IsOver()); ++round)
+    {
+        if (round == warm)
+            Count(before);
+        run(round);
+    }
+    Count(after);
+    Figure(what.c_str(), round);
+    for (std::size_t i = 0; i < std::size(holdings); ++i)
+    {
+        Figure((what + ": " + holdings[i].name + " more").c_str(), static_cast<long>(after[i] - before[i]));
+        Check(after[i] <= before[i] + holdings[i].allowed, what + " leave " + holdings[i].name);
+    }
+}
+
+void Soak(std::chrono::seconds time)
+{
+    Operations operations;
+    operations.Tell();
+    const testing_support::TraceFile trace;
+    Repeat("rounds", 10000, 100, time, [&](int round) {
+        if (round % 100 == 0)
             trace.Empty();
         for (std::size_t i = 0; i < operations.Count(); ++i)
         {
             const std::string wrong = operations.Repeat(i);
             Check(wrong.empty(), wrong);
         }
-    }
-    const Holdings after = Held();
-    Figure("rounds", round);
-    CheckSame(before, after, "rounds");
+    });
 }
 
-void UseFromThreads(Operations& operations, const Budget& budget)
+/// The constructor reads the settings and the library's version, and traces.
+void LoadAndUse(int)
 {
-    const auto end = std::chrono::steady_clock::now() + (budget.Whole() ? std::chrono::seconds(60) : budget.Seconds());
+    const HMODULE library = ::LoadLibraryW(L"ZELK_NM.DLL");
+    Check(library != nullptr, "the library cannot be loaded");
+    const auto construct =
+        reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(::GetProcAddress(library, "_ZN5TOLVAC1Ev")));
+    Check(construct != nullptr, "the library does not export its constructor");
+    char object = 0; // the class has no data
+    construct(&object);
+    ::FreeLibrary(library);
+    Check(::GetModuleHandleW(L"ZELK_NM.DLL") == nullptr, "the library stays loaded");
+}
+
+void UseFromThreads(std::chrono::seconds time)
+{
+    Operations operations;
+    operations.Tell();
+    const auto end = std::chrono::steady_clock::now() + (time.count() == 0 ? std::chrono::seconds(60) : time);
     std::atomic<unsigned long> calls = 0;
     std::mutex mutex;
     std::string wrong;
@@ -115,13 +174,14 @@ void UseFromThreads(Operations& operations, const Budget& budget)
 
 int wmain(int argc, wchar_t** argv)
 {
-    const Budget budget(argc - 1, argv + 1);
+    const auto time = TimeFor(argc - 1, argv + 1);
     const std::wstring_view what = argc > 1 ? argv[1] : L"";
-    Check(what == L"soak" || what == L"threads", "usage: endurance soak|threads SEED SECONDS");
     SetUpAdapter(AdapterGuid());
-    Operations operations;
-    Figure("operations", operations.Count());
-    Figure("of them succeed", operations.Succeeding());
-    what == L"soak" ? Soak(operations, budget) : UseFromThreads(operations, budget);
+    if (what == L"soak")
+        Soak(time);
+    else if (what == L"threads")
+        UseFromThreads(time);
+    else
+        Repeat("loads", 1000, 10, time, &LoadAndUse);
     return 0;
 }

@@ -11,16 +11,19 @@
 
 #include <winsock2.h>
 
+#include <process.h>
 #include <windows.h>
 
 #include <support/files.h>
 #include <support/import_patch.h>
+#include <support/platform/handles.h>
 #include <support/trace/trace.h>
 #include <support/trace_file.h>
 #include <torture/steps.h>
 
 using namespace testing_support;
 using namespace torture;
+using Handle = velmor::UniqueToken;
 
 namespace
 {
@@ -59,8 +62,8 @@ int WriteLines(wchar_t** arguments)
     TheTrace.SetLogDirectory(arguments[2]);
     const Handle ready(::OpenSemaphoreW(SEMAPHORE_ALL_ACCESS, FALSE, READY));
     const Handle go(::OpenEventW(SYNCHRONIZE, FALSE, GO));
-    ::ReleaseSemaphore(ready.get(), 1, nullptr);
-    if (::WaitForSingleObject(go.get(), PATIENCE_MS) != WAIT_OBJECT_0)
+    ::ReleaseSemaphore(ready.Get(), 1, nullptr);
+    if (::WaitForSingleObject(go.Get(), PATIENCE_MS) != WAIT_OBJECT_0)
         return 1;
     std::optional<WithoutMutex> withoutMutex;
     if (arguments[3] != std::wstring_view(L"mutex"))
@@ -77,17 +80,11 @@ int WriteLines(wchar_t** arguments)
 
 Handle StartWriter(int process, int lines, const std::wstring& folder, bool mutex)
 {
-    wchar_t program[1024];
-    ::GetModuleFileNameW(nullptr, program, std::size(program));
-    std::wstring command = L'"' + std::wstring(program) + L"\" --write-lines " + std::to_wstring(process) + L' ' +
-                           std::to_wstring(lines) + L" \"" + folder + L"\" " + (mutex ? L"mutex" : L"none");
-    STARTUPINFOW start = {};
-    start.cb = sizeof(start);
-    PROCESS_INFORMATION made = {};
-    Check(::CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &made),
-          "a writer cannot be started");
-    ::CloseHandle(made.hThread);
-    return Handle(made.hProcess);
+    const std::intptr_t started =
+        ::_wspawnl(_P_NOWAIT, _wpgmptr, L"writer", L"--write-lines", std::to_wstring(process).c_str(),
+                   std::to_wstring(lines).c_str(), (L'"' + folder + L'"').c_str(), mutex ? L"mutex" : L"none", nullptr);
+    Check(started != -1, "a writer cannot be started");
+    return Handle(reinterpret_cast<HANDLE>(started));
 }
 
 /// Loading the library moves the log away, so nobody begins before everybody has loaded.
@@ -99,13 +96,13 @@ void RunWriters(int lines, const std::wstring& folder, bool mutex)
     for (int process = 0; process < PROCESSES; ++process)
         processes.push_back(StartWriter(process, lines, folder, mutex));
     for (int process = 0; process < PROCESSES; ++process)
-        Check(::WaitForSingleObject(ready.get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer is not ready in time");
-    ::SetEvent(go.get());
+        Check(::WaitForSingleObject(ready.Get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer is not ready in time");
+    ::SetEvent(go.Get());
     for (const Handle& process : processes)
     {
         DWORD exitCode = 99;
-        Check(::WaitForSingleObject(process.get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer does not end");
-        ::GetExitCodeProcess(process.get(), &exitCode);
+        Check(::WaitForSingleObject(process.Get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer does not end");
+        ::GetExitCodeProcess(process.Get(), &exitCode);
         Check(exitCode == 0, "a writer failed");
     }
 }
@@ -145,8 +142,7 @@ int wmain(int argc, wchar_t** argv)
 {
     if (argc == 6 && std::wstring_view(argv[1]) == L"--write-lines")
         return WriteLines(argv + 2);
-    const Budget budget(argc, argv);
-    const int lines = budget.Whole() ? 2000 : 150;
+    const int lines = TimeFor(argc, argv).count() == 0 ? 2000 : 150;
     const auto begin = std::chrono::steady_clock::now();
     const int wrong = Hammer(lines, true);
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;

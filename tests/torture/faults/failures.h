@@ -17,17 +17,12 @@ struct Failure
     bool bResultIsThirdArgument = false;
 };
 
-/// What is called instead of a function that would change the machine, that takes its time or that is missing here.
-struct StandIn
-{
-    const char* pszFunction;
-    void* pFunction;
-};
-
-/// How a function can fail: not at all, or in each of these ways. Null for a function that the tables do not know.
+/// How a function can fail: not at all, or in each of these ways of failures.txt. Null for a function that it does not
+/// know.
 const std::vector<Failure>* FindFailures(const char* pszFunction);
 
-/// Null for most functions.
+/// What is called instead of a function that would change the machine, that takes its time or that is missing here;
+/// null for most functions.
 void* FindStandIn(const char* pszFunction);
 
 /// What the stand-ins of the run time call when the library gives up.

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <deque>
 
+#include <support/image.h>
+
 namespace
 {
 
@@ -44,7 +46,6 @@ std::uintptr_t watchedBegin = 0, watchedEnd = 0;
 DWORD dwArmedThread = 0;
 Plan plan;
 injector::Counts counts;
-bool bRecording = false;
 bool bLeavesMemory = false;
 std::vector<Call> recorded;
 
@@ -161,7 +162,7 @@ void* Ask(Registers& registers)
         ++counts.ullAll;
         if (!slot.pFailures->empty() && !IsAlwaysThere(slot, registers))
         {
-            if (bRecording)
+            if (plan.uiFirst == 0)
                 recorded.push_back({&slot, PlaceOf(registers)});
             pFailure = Planned(slot);
         }
@@ -214,7 +215,7 @@ void* injector::Thunk(const char* pszFunction, void* pOriginal)
     const std::vector<Failure>* pFailures = FindFailures(pszFunction);
     if (pFailures == nullptr)
     {
-        std::fprintf(stderr, "%s is not in the tables: say in failures.cpp how it fails\n", pszFunction);
+        std::fprintf(stderr, "%s is not in failures.txt: say there how it fails\n", pszFunction);
         std::exit(2);
     }
     Slot& slot = slots.emplace_back(Slot{pszFunction, pCalled, pFailures, nullptr});
@@ -226,10 +227,7 @@ void* injector::Thunk(const char* pszFunction, void* pOriginal)
 void injector::Watch(HMODULE hModule)
 {
     watchedBegin = reinterpret_cast<std::uintptr_t>(hModule);
-    const auto* const pDos = reinterpret_cast<const IMAGE_DOS_HEADER*>(watchedBegin);
-    watchedEnd = watchedBegin +
-                 reinterpret_cast<const IMAGE_NT_HEADERS64*>(watchedBegin + static_cast<std::uintptr_t>(pDos->e_lfanew))
-                     ->OptionalHeader.SizeOfImage;
+    watchedEnd = watchedBegin + testing_support::Image(hModule).Header().SizeOfImage;
 }
 
 void injector::Arm(const Plan& newPlan)
@@ -258,11 +256,6 @@ injector::Counts injector::Count()
 void injector::LeaveMemory()
 {
     bLeavesMemory = true;
-}
-
-void injector::Record(bool bRecord)
-{
-    bRecording = bRecord;
 }
 
 const std::vector<Call>& injector::Recorded()

@@ -15,7 +15,8 @@ struct Slot
     void* pThunk;
 };
 
-/// Which of the calls fail, counted from 1. Only functions that can fail are counted.
+/// Which of the calls fail, counted from 1. Only functions that can fail are counted. Where none is to fail they are
+/// remembered.
 struct Plan
 {
     unsigned int uiFirst = 0;
@@ -57,8 +58,7 @@ Counts Count();
 
 /// From now on there is always memory for small blocks.
 void LeaveMemory();
-/// The calls since Arm are also remembered.
-void Record(bool bRecord);
+/// The calls since Arm.
 const std::vector<Call>& Recorded();
 
 } // namespace injector

@@ -1,51 +1,15 @@
 #include "library.h"
 
-#include <cstddef>
-#include <cstring>
+#include <support/image.h>
 
 #include "injector.h"
 #include "machine.h"
 
+using testing_support::Image;
+using testing_support::Import;
+
 namespace
 {
-
-template <class T>
-T* At(HMODULE hModule, DWORD dwOffset)
-{
-    return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(hModule) + dwOffset);
-}
-
-const IMAGE_OPTIONAL_HEADER64& Header(HMODULE hModule)
-{
-    const auto dwHeaders = static_cast<DWORD>(At<IMAGE_DOS_HEADER>(hModule, 0)->e_lfanew);
-    return At<IMAGE_NT_HEADERS64>(hModule, dwHeaders)->OptionalHeader;
-}
-
-/// Calls `fill` with the DLL, the name and the slot of each function that is imported, and puts what it answers there.
-template <class Fill>
-void FillSlots(HMODULE hModule, Fill fill)
-{
-    const DWORD dwImports = Header(hModule).DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (const auto* p = At<IMAGE_IMPORT_DESCRIPTOR>(hModule, dwImports); p->FirstThunk != 0; ++p)
-    {
-        // Bytes are copied because a linker may lay import tables out on four bytes, not eight.
-        auto* pSlot = At<std::byte>(hModule, p->FirstThunk);
-        const auto* pNames = At<std::byte>(hModule, p->OriginalFirstThunk);
-        IMAGE_THUNK_DATA64 import;
-        while (std::memcpy(&import, pNames, sizeof(import)), import.u1.Ordinal != 0)
-        {
-            const auto dwName = static_cast<DWORD>(import.u1.AddressOfData + offsetof(IMAGE_IMPORT_BY_NAME, Name));
-            void* pFunction = nullptr;
-            std::memcpy(&pFunction, pSlot, sizeof(pFunction));
-            pFunction = fill(At<char>(hModule, p->Name), At<char>(hModule, dwName), pFunction);
-            DWORD dwProtection = PAGE_READWRITE;
-            ::VirtualProtect(pSlot, sizeof(pFunction), PAGE_READWRITE, &dwProtection);
-            std::memcpy(pSlot, &pFunction, sizeof(pFunction));
-            pNames += sizeof(import);
-            pSlot += sizeof(pFunction);
-        }
-    }
-}
 
 /// One that is mapped already stays as it is: the system's loader would do the rest of its work on it.
 HMODULE Module(const char* pszName)
@@ -57,27 +21,29 @@ HMODULE Module(const char* pszName)
 } // namespace
 
 /// A DLL that the system only maps, so that its imports are there before its entry point runs.
-class Library::Image
+class Library::Mapped
 {
 public:
     /// Its imports are the platform's functions, or with `bThunks` their thunks.
-    Image(const wchar_t* pszName, bool bThunks)
+    Mapped(const wchar_t* pszName, bool bThunks)
         : m_hModule(::LoadLibraryExW(pszName, nullptr, DONT_RESOLVE_DLL_REFERENCES))
     {
-        FillSlots(m_hModule, [&](const char* pszDll, const char* pszFunction, void*) {
-            void* const pFunction = reinterpret_cast<void*>(::GetProcAddress(Module(pszDll), pszFunction));
-            return bThunks ? injector::Thunk(pszFunction, pFunction) : pFunction;
-        });
+        for (const Import& import : Image(m_hModule).ImportSlots())
+        {
+            auto* const pFunction =
+                reinterpret_cast<void*>(::GetProcAddress(Module(import.pszDll), import.pszFunction));
+            import.Redirect(bThunks ? injector::Thunk(import.pszFunction, pFunction) : pFunction);
+        }
     }
-    Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
-    ~Image() { ::FreeLibrary(m_hModule); }
+    Mapped(const Mapped&) = delete;
+    Mapped& operator=(const Mapped&) = delete;
+    ~Mapped() { ::FreeLibrary(m_hModule); }
 
     [[nodiscard]] HMODULE Handle() const noexcept { return m_hModule; }
     bool Announce(DWORD dwReason) const
     {
-        auto* const pEntryPoint =
-            At<BOOL WINAPI(HINSTANCE, DWORD, void*)>(m_hModule, Header(m_hModule).AddressOfEntryPoint);
+        const Image image(m_hModule);
+        auto* const pEntryPoint = image.At<BOOL WINAPI(HINSTANCE, DWORD, void*)>(image.Header().AddressOfEntryPoint);
         return pEntryPoint(m_hModule, dwReason, nullptr) != FALSE;
     }
 
@@ -92,12 +58,12 @@ Library::Library(bool bState)
         LoadState();
         return;
     }
-    m_library = std::make_unique<Image>(L"ZELK_NM.DLL", true);
+    m_library = std::make_unique<Mapped>(L"ZELK_NM.DLL", true);
     injector::Watch(m_library->Handle());
     injector::Continue();
     m_bLoaded = m_library->Announce(DLL_PROCESS_ATTACH);
     injector::Pause();
-    m_operations = std::make_unique<Image>(L"fault_operations.dll", false);
+    m_operations = std::make_unique<Mapped>(L"fault_operations.dll", false);
     m_operations->Announce(DLL_PROCESS_ATTACH);
     m_pCall = reinterpret_cast<decltype(m_pCall)>(
         reinterpret_cast<void*>(::GetProcAddress(m_operations->Handle(), "CallOperation")));
@@ -107,9 +73,8 @@ void Library::LoadState()
 {
     m_hState = ::LoadLibraryW(L"ZELK_STATE.DLL");
     m_hStateOperations = ::LoadLibraryW(L"fault_state_operations.dll");
-    FillSlots(m_hState, [](const char*, const char* pszFunction, void* pFunction) {
-        return injector::Thunk(pszFunction, pFunction);
-    });
+    for (const Import& import : Image(m_hState).ImportSlots())
+        import.Redirect(injector::Thunk(import.pszFunction, import.Target()));
     injector::Watch(m_hState);
     m_pCall = reinterpret_cast<decltype(m_pCall)>(
         reinterpret_cast<void*>(::GetProcAddress(m_hStateOperations, "CallOperation")));

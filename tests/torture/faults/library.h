@@ -10,8 +10,6 @@ class Library
 public:
     /// Loads it, with the calls of its entry point counted. ZELK_STATE.DLL is loaded by the system, uncounted.
     explicit Library(bool bState);
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
     ~Library(); ///< counts those of its unloading too
 
     [[nodiscard]] bool IsLoaded() const noexcept { return m_bLoaded; }
@@ -22,12 +20,12 @@ public:
     bool Call(unsigned int uiOperation, bool bNewThread, bool bCounted, Answer& answer);
 
 private:
-    class Image;
+    class Mapped;
     void LoadState();
     struct Request;
     static DWORD WINAPI Run(void* pRequest);
 
-    std::unique_ptr<Image> m_library, m_operations;
+    std::unique_ptr<Mapped> m_library, m_operations;
     HMODULE m_hState = nullptr, m_hStateOperations = nullptr;
     bool m_bLoaded = false;
     decltype(&CallOperation) m_pCall = nullptr;

@@ -10,9 +10,11 @@
 
 #include <iphlpapi.h>
 
+#include <support/operations.h>
+#include <support/registry_scope.h>
 #include <support/resources.h>
 
-#include "operations.h"
+using namespace testing_support;
 
 namespace
 {
@@ -20,17 +22,10 @@ namespace
 const std::wstring CONTROL_SET = L"SYSTEM\\CurrentControlSet\\";
 const std::wstring NETWORK = L"\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\";
 
-/// Writes a value of HKEY_LOCAL_MACHINE; texts, and lists of one text.
-void Set(const std::wstring& sKey, const wchar_t* pszName, std::wstring sText, DWORD dwType = REG_SZ)
+void Set(const std::wstring& sKey, const wchar_t* pszName, const RegistryData& data)
 {
-    sText.append(dwType == REG_MULTI_SZ ? 2 : 1, L'\0');
-    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (CONTROL_SET + sKey).c_str(), pszName, dwType, sText.data(),
-                      static_cast<DWORD>(sText.size() * sizeof(wchar_t)));
-}
-
-void Set(const std::wstring& sKey, const wchar_t* pszName, DWORD dwValue)
-{
-    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (CONTROL_SET + sKey).c_str(), pszName, REG_DWORD, &dwValue, sizeof(dwValue));
+    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (CONTROL_SET + sKey).c_str(), pszName, data.dwType, data.bytes.data(),
+                      static_cast<DWORD>(data.bytes.size()));
 }
 
 std::size_t CountFiles(const std::filesystem::path& folder)
@@ -71,23 +66,24 @@ std::wstring AdapterGuid()
 void SetUpAdapter(const std::wstring& sGuid)
 {
     const std::wstring sClass = L"Control\\Class" + NETWORK + ADAPTER_KEY;
-    Set(sClass, L"NetCfgInstanceId", sGuid);
-    Set(sClass, L"DriverDesc", L"Card");
-    Set(sClass, L"DeviceInstanceID", ADAPTER_DEVICE);
-    Set(sClass, L"*SpeedDuplex", L"0");
-    Set(sClass + L"\\Ndi\\params\\*SpeedDuplex\\Enum", L"0", L"Auto Negotiation");
-    Set(L"Control\\Network" + NETWORK + sGuid + L"\\Connection", L"Name", L"lan");
+    Set(sClass, L"NetCfgInstanceId", StringData(sGuid));
+    Set(sClass, L"DriverDesc", StringData(L"Card"));
+    Set(sClass, L"DeviceInstanceID", StringData(ADAPTER_DEVICE));
+    Set(sClass, L"*SpeedDuplex", StringData(L"0"));
+    Set(sClass + L"\\Ndi\\params\\*SpeedDuplex\\Enum", L"0", StringData(L"Auto Negotiation"));
+    Set(L"Control\\Network" + NETWORK + sGuid + L"\\Connection", L"Name", StringData(L"lan"));
     const std::wstring sIpv4 = L"services\\Tcpip\\Parameters\\Interfaces\\" + sGuid;
-    Set(sIpv4, L"EnableDHCP", 1);
-    Set(sIpv4, L"IPAutoconfigurationEnabled", 0UL);
-    Set(sIpv4, L"Domain", L"example.com");
-    Set(sIpv4, L"NameServer", L"192.0.2.53");
-    Set(sIpv4, L"DefaultGateway", L"192.0.2.1", REG_MULTI_SZ);
+    Set(sIpv4, L"EnableDHCP", DwordData(1));
+    Set(sIpv4, L"IPAutoconfigurationEnabled", DwordData(0));
+    Set(sIpv4, L"Domain", StringData(L"example.com"));
+    Set(sIpv4, L"NameServer", StringData(L"192.0.2.53"));
+    Set(sIpv4, L"DefaultGateway", StringData({L"192.0.2.1\0", 10}, REG_MULTI_SZ));
     const std::wstring sIpv6 = L"services\\Tcpip6\\Parameters\\Interfaces\\" + sGuid;
-    Set(sIpv6, L"Dhcpv6State", 0UL);
-    Set(sIpv6, L"NameServer", L"2001:db8::53");
-    Set(L"services\\NetBT\\Parameters\\Interfaces\\Tcpip_" + sGuid, L"NetbiosOptions", 2);
-    Set(L"Control\\DeviceClasses\\{AD498944-762F-11D0-8DCB-00C04FC3358C}\\##?#3", L"DeviceInstance", ADAPTER_DEVICE);
+    Set(sIpv6, L"Dhcpv6State", DwordData(0));
+    Set(sIpv6, L"NameServer", StringData(L"2001:db8::53"));
+    Set(L"services\\NetBT\\Parameters\\Interfaces\\Tcpip_" + sGuid, L"NetbiosOptions", DwordData(2));
+    Set(L"Control\\DeviceClasses\\{AD498944-762F-11D0-8DCB-00C04FC3358C}\\##?#3", L"DeviceInstance",
+        StringData(ADAPTER_DEVICE));
 }
 
 void SetWindows(const std::wstring& sProgram, const std::wstring& sWindows)
@@ -100,5 +96,5 @@ Resources CountResources()
 {
     const std::size_t files = CountFiles(L".") + CountFiles(L"temp"); // first, because it takes memory for a while
     const bool bTraceFree = IsTraceFree();
-    return {testing_support::CountHandles(), testing_support::CountHeapBlocks(), files, bTraceFree};
+    return {CountHandles(), CountHeapBlocks(), files, bTraceFree};
 }

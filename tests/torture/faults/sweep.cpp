@@ -13,7 +13,6 @@ namespace
 {
 
 constexpr unsigned int ALL = ~0U;
-constexpr unsigned int MOST_COMPLAINTS = 20;
 constexpr unsigned int CONSTRUCTOR = 0; ///< TOLVA(), which reads the level of the trace and empties its file
 constexpr unsigned int AFTER_LOADING = 4;
 
@@ -103,10 +102,7 @@ void Sweep::Complain(const std::string& sWhat)
 
 bool Sweep::Run()
 {
-    if (m_kind.dSeconds > 0)
-        AtRandom();
-    else
-        Everything();
+    TryOperations();
     m_library.reset();
     const injector::Counts counts = injector::Count();
     m_figures["calls seen"] = counts.ullAll;
@@ -118,42 +114,42 @@ bool Sweep::Run()
     return m_uiComplaints == 0;
 }
 
-void Sweep::Everything()
+/// What this process is to try.
+std::vector<unsigned int> Sweep::Operations()
 {
+    std::vector<unsigned int> operations;
     for (unsigned int i = 0; Loaded().Name(i, m_reference); ++i)
-    {
-        const bool bPlanted = std::string(m_reference.name).starts_with(PLANTED);
-        if (m_kind.IsStep() ? bPlanted : m_kind.sWhat != m_reference.name)
-            continue;
-        m_figures["operations"] = i + 1;
-        Take(i);
-        for (const Case& tried : Cases())
-            if (m_uiComplaints < (m_kind.IsPlanted() ? 1 : MOST_COMPLAINTS))
-                Try(tried);
-        if (m_kind.IsLoading())
-            break;
-    }
+        if (m_kind.IsStep() ? !std::string(m_reference.name).starts_with(PLANTED) : m_kind.sWhat == m_reference.name)
+            operations.push_back(i);
+    m_figures["operations"] = operations.size();
+    if (m_kind.IsLoading())
+        operations.resize(1);
+    return operations;
 }
 
-void Sweep::AtRandom()
+/// All cases of all operations, or at random until the time is over.
+void Sweep::TryOperations()
 {
     constexpr std::size_t CASES_A_TURN = 20;
-    unsigned int uiOperations = 0;
-    while (Loaded().Name(uiOperations, m_reference) && !std::string(m_reference.name).starts_with(PLANTED))
-        ++uiOperations;
-    Unload();
-    m_figures["operations"] = uiOperations;
-
+    const bool bRandom = m_kind.dSeconds > 0;
+    const unsigned int uiMost = m_kind.IsPlanted() ? 1 : 20; // complaints
     std::mt19937 random(m_kind.uiSeed);
     const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(m_kind.dSeconds);
-    while (std::chrono::steady_clock::now() < end && m_uiComplaints < MOST_COMPLAINTS)
+    const auto IsOver = [&] {
+        return m_uiComplaints >= uiMost || (bRandom && std::chrono::steady_clock::now() >= end);
+    };
+    const std::vector<unsigned int> operations = Operations();
+    for (std::size_t i = 0; (bRandom || i < operations.size()) && !IsOver(); ++i)
     {
-        Take(static_cast<unsigned int>(random()) % uiOperations);
+        Take(operations[bRandom ? random() % operations.size() : i]);
         std::vector<Case> cases = Cases();
-        std::shuffle(cases.begin(), cases.end(), random);
-        cases.resize(std::min(cases.size(), CASES_A_TURN));
+        if (bRandom)
+        {
+            std::shuffle(cases.begin(), cases.end(), random);
+            cases.resize(std::min(cases.size(), CASES_A_TURN));
+        }
         for (const Case& tried : cases)
-            if (std::chrono::steady_clock::now() < end)
+            if (!IsOver())
                 Try(tried);
     }
 }
@@ -206,9 +202,7 @@ void Sweep::Take(unsigned int uiOperation)
 /// others in one way.
 std::vector<Sweep::Case> Sweep::Cases()
 {
-    injector::Record(true);
     Perform({}, m_answer);
-    injector::Record(false);
     const std::vector<Call> calls = injector::Recorded();
     Unload();
     std::map<std::pair<const Slot*, std::size_t>, std::vector<unsigned int>> places;

@@ -32,8 +32,6 @@ class Sweep
 {
 public:
     Sweep(const Kind& kind, std::FILE* pReport);
-    Sweep(const Sweep&) = delete;
-    Sweep& operator=(const Sweep&) = delete;
 
     /// False where there is something to complain of. Writes its figures too.
     bool Run();
@@ -50,8 +48,8 @@ private:
     [[noreturn]] void GiveUp(const std::string& sWhy);
     void Complain(const std::string& sWhat);
 
-    void Everything();
-    void AtRandom();
+    std::vector<unsigned int> Operations();
+    void TryOperations();
     void Take(unsigned int uiOperation);
     std::vector<Case> Cases();
     void Try(const Case& tried);

@@ -9,6 +9,7 @@
 
 #include <state/machine/persistent_route.h>
 #include <state/values/ip_prefix.h>
+#include <support/values/ipv6_groups.h>
 
 #include "fuzz.h"
 
@@ -52,6 +53,28 @@ void TryAddress(std::string_view text)
         fuzz::Require(IpPrefix{*IpAddress::Parse("255.255.255.255"), *length}.Network().address == address);
 }
 
+void CompareGroups(std::string_view text, bool parsed, const velmor::Ipv6Groups& groups)
+{
+    const auto address = IpAddress::Parse(text);
+    if (!address || address->IsIpv4() || text.find('.') != std::string_view::npos)
+        return;
+    fuzz::Require(parsed == (velmor::CountSingleColons(text) > 0));
+    for (std::size_t i = 0; parsed && i < groups.size(); ++i)
+        fuzz::Require(groups[i] == (address->Bytes()[2 * i] << 8 | address->Bytes()[2 * i + 1]));
+}
+
+/// As the trace writes them. It takes more than addresses; those it reads as they are meant.
+void TryGroups(std::string_view text)
+{
+    velmor::Ipv6Groups groups = {};
+    const bool parsed = velmor::ParseIpv6Groups(text, groups);
+    const std::wstring wide(text.begin(), text.end());
+    velmor::Ipv6Groups wideGroups = {};
+    fuzz::Require(velmor::ParseIpv6Groups(std::wstring_view(wide), wideGroups) == parsed &&
+                  (!parsed || wideGroups == groups));
+    CompareGroups(text, parsed, groups);
+}
+
 void TryPrefix(std::string_view text)
 {
     const auto prefix = IpPrefix::Parse(text);
@@ -83,6 +106,7 @@ void TryRoute(std::string_view text)
 void fuzz::Try(std::string_view text)
 {
     TryAddress(text);
+    TryGroups(text);
     TryPrefix(text);
     TryRoute(text);
 }

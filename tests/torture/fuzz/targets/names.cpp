@@ -1,12 +1,15 @@
-// GUIDs, and the texts by which a user names an adapter.
+// GUIDs, hardware addresses, and the texts by which a user names an adapter.
 
 #include <algorithm>
+#include <string>
 
 #include <state/desired/adapter_name.h>
 #include <state/desired/machine_names.h>
 #include <state/platform/utf8.h>
 #include <state/values/guid.h>
+#include <state/values/hardware_address.h>
 #include <state/values/printable.h>
+#include <support/values/hardware_address_text.h>
 
 #include "fuzz.h"
 
@@ -22,6 +25,38 @@ void TryGuid(std::string_view text)
     const std::string bare = printed.substr(1, printed.size() - 2);
     fuzz::Require(zelk::Guid::Parse(printed) == guid && zelk::Guid::Parse(bare) == guid);
     fuzz::Require(zelk::EqualIgnoringCase(printed, text) || zelk::EqualIgnoringCase(bare, text));
+}
+
+/// An empty one where the text is none.
+zelk::HardwareAddress ParseLoosely(std::string_view text)
+{
+    const std::wstring wide(text.begin(), text.end());
+    unsigned char bytes[8] = {};
+    unsigned int count = 0;
+    if (velmor::ParseHardwareAddress(std::wstring_view(wide), bytes, count) != nullptr)
+        return {};
+    fuzz::Require(count >= 6 && count <= std::size(bytes));
+    return zelk::HardwareAddress(std::span(bytes).first(count));
+}
+
+/// The library's parser, which takes any separator, and the stricter one of state/.
+void TryHardwareAddress(std::string_view text)
+{
+    const zelk::HardwareAddress loose = ParseLoosely(text);
+    if (loose != zelk::HardwareAddress())
+    {
+        const std::string printed = loose.ToText();
+        fuzz::Require(velmor::string(printed.c_str()) == velmor::HexPairs(loose.Bytes().data(), loose.Bytes().size()) &&
+                      ParseLoosely(printed) == loose);
+        fuzz::Require(zelk::HardwareAddress::Parse(printed) == loose);
+    }
+    const auto strict = zelk::HardwareAddress::Parse(text);
+    if (!strict)
+        return;
+    fuzz::Require(strict->Bytes().size() >= 6 && strict->Bytes().size() <= 8);
+    fuzz::Require(zelk::HardwareAddress::Parse(strict->ToText()) == strict);
+    fuzz::Require(zelk::HardwareAddress::Parse(zelk::HexPairs(strict->Bytes(), ":")) == strict);
+    fuzz::Require(text.find_first_of("-:") == std::string_view::npos || loose == *strict);
 }
 
 void TryAdapter(std::string_view text)
@@ -44,6 +79,7 @@ void TryPrintable(std::string_view text)
 void fuzz::Try(std::string_view text)
 {
     TryGuid(text);
+    TryHardwareAddress(text);
     TryAdapter(text);
     TryPrintable(text);
     const std::string name(text);
