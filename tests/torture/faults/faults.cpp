@@ -91,26 +91,39 @@ bool FindPlanted()
     return bFound;
 }
 
+/// The kinds of process that a step takes, in each generation.
+std::vector<Kind> KindsOf(const std::string& sStep, unsigned int uiSeed)
+{
+    constexpr bool COLD = true;
+    std::vector<std::pair<unsigned int, bool>> kinds = {{3, false}, {4, false}, {3, COLD}};
+    if (sStep == "load")
+        kinds = {{3, COLD}, {4, COLD}};
+    if (sStep == "state")
+        kinds = {{3, false}};
+    std::vector<Kind> all;
+    for (const auto& [uiLevel, bCold] : kinds)
+        all.push_back({0, uiSeed, uiLevel, bCold, sStep});
+    return all;
+}
+
 bool RunAll(const std::string& sStep, unsigned int uiSeed, double dSeconds)
 {
+    const std::vector<Kind> kinds = KindsOf(sStep, uiSeed);
     std::map<std::string, unsigned long long> figures;
     bool bRight = true;
     for (const wchar_t* pszProgram : {PROGRAM, PROGRAM_5_2})
-        for (const unsigned int level : {3U, 4U})
-            for (const bool bCold : {false, true})
-            {
-                if ((sStep == "load" && !bCold) || (sStep == "state" && (bCold || level != 3)))
-                    continue;
-                const double dShare = dSeconds / (sStep == "load" ? 4 : sStep == "state" ? 2 : 8);
-                const Report report = Start(pszProgram, {dShare, uiSeed, level, bCold, sStep});
-                for (const auto& [sName, ullValue] : report.figures)
-                    figures[sName] = sName.starts_with("operations") || sName == "platform functions"
-                                         ? std::max(figures[sName], ullValue)
-                                         : figures[sName] + ullValue;
-                for (const std::string& sComplaint : report.complaints)
-                    std::cerr << (pszProgram == PROGRAM ? "" : "5.2: ") << sComplaint << '\n';
-                bRight = bRight && report.complaints.empty();
-            }
+        for (Kind kind : kinds)
+        {
+            kind.dSeconds = dSeconds / static_cast<double>(2 * kinds.size());
+            const Report report = Start(pszProgram, kind);
+            for (const auto& [sName, ullValue] : report.figures)
+                figures[sName] = sName.starts_with("operations") || sName == "platform functions"
+                                     ? std::max(figures[sName], ullValue)
+                                     : figures[sName] + ullValue;
+            for (const std::string& sComplaint : report.complaints)
+                std::cerr << (pszProgram == PROGRAM ? "" : "5.2: ") << sComplaint << '\n';
+            bRight = bRight && report.complaints.empty();
+        }
     for (const auto& [sName, ullValue] : figures)
         std::cout << sName << '\t' << ullValue << std::endl;
     return bRight;
