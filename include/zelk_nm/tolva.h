@@ -77,6 +77,7 @@ class AbstractNetworkAPI;
 ///   IsDnsAutomatic() answer `true`, GetAutoconfigStatus() and GetNetBIOSOverTcpipStatus() answer `true`,
 ///   GetAdapterDomain() returns an empty text, and GetAdapterSpeed() the measured speed.
 /// - GetAdapterList() leaves the fields of the record as they were and traces a warning.
+/// - CanChangeAdapterOptions() skips the subkeys that it cannot read and succeeds.
 /// .
 /// Tables of IP Helper that cannot be read are a failure, except for GetAdaptersIpAddrs() before Vista. A caller that
 /// has to tell the two cases apart reads the machine with `zelk_state_read()` of ZELK_STATE.DLL or with `zelkctl`:
