@@ -66,7 +66,7 @@ def batches(folder, options):
     for group, (key, sources) in enumerate(alike.items()):
         count = -(-len(sources) // TOGETHER)
         for i in range(count):
-            yield Batch(f"{folder}{group}-{i}", sources[i::count], list(key))
+            yield Batch(f"{folder.replace('/', '-')}{group}-{i}", sources[i::count], list(key))
 
 
 def main(folders):
