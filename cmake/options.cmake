@@ -2,7 +2,7 @@
 
 option(ZELK_NM_SANITIZE "Undefined behaviour traps in Debug builds" ON)
 option(ZELK_NM_COVERAGE "Count executed lines" OFF)
-option(ZELK_NM_PRECOMPILE "Precompile other projects' headers for the product too, not only for its tests" OFF)
+option(ZELK_NM_PRECOMPILE "Precompile other projects' headers for the product too, not only for its tests" ON)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -56,9 +56,9 @@ if(ZELK_NM_COVERAGE)
   target_link_options(zelk_nm_options INTERFACE --coverage)
 endif()
 
-# zelk_nm_precompile(TARGET HEADER...): the headers of other projects, which take most of the time to compile, are
-# compiled once. The product is compiled so only where it is asked for: a source of it has to include what it uses, and the
-# release build shows where one does not.
+# zelk_nm_precompile(TARGET HEADER...): the headers of other projects, which take about half of the time to compile, are
+# compiled once. A source still has to include what it uses: the debug preset compiles the product without, and shows where
+# one does not.
 function(zelk_nm_precompile target)
   if(ZELK_NM_PRECOMPILE)
     zelk_nm_precompile_always(${target} ${ARGN})
