@@ -14,7 +14,8 @@ bool IsDisabled(const Adapter& adapter)
 
 void Join(Adapter& adapter, const Device& device)
 {
-    adapter.deviceInstance = device.instance;
+    if (!device.instance.empty())
+        adapter.deviceInstance = device.instance;
     adapter.present = device.present;
     adapter.deviceProblem = device.problem;
     if (!adapter.description && !device.description.empty())

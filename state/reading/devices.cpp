@@ -30,8 +30,8 @@ using UniqueDeviceSet = std::unique_ptr<void, Release<::SetupDiDestroyDeviceInfo
 
 constexpr const char* MISSING = "Which devices are disabled or have failed is not known.";
 
-/// A text among the registry properties of a device; empty where it has none.
-std::string Property(HDEVINFO set, SP_DEVINFO_DATA& device, DWORD property)
+/// A text among the registry properties of a device; empty where it has none, nothing when it cannot be read.
+std::optional<std::string> Property(Reading& reading, HDEVINFO set, SP_DEVINFO_DATA& device, DWORD property)
 {
     TableBuffer buffer(512);
     DWORD type = REG_NONE;
@@ -42,15 +42,22 @@ std::string Property(HDEVINFO set, SP_DEVINFO_DATA& device, DWORD property)
         size = length;
         return done ? NO_ERROR : ::GetLastError();
     });
-    return code == NO_ERROR && type == REG_SZ ? ToUtf8(DecodeText(buffer.First(length))) : std::string();
+    if (code == NO_ERROR)
+        return type == REG_SZ ? ToUtf8(DecodeText(buffer.First(length))) : std::string();
+    if (code == ERROR_INVALID_DATA || code == ERROR_FILE_NOT_FOUND) // it has none
+        return std::string();
+    reading.Report(code, "SetupDiGetDeviceRegistryProperty", MISSING);
+    return std::nullopt;
 }
 
-std::string InstanceOf(HDEVINFO set, SP_DEVINFO_DATA& device)
+/// Empty when it cannot be read.
+std::string InstanceOf(Reading& reading, HDEVINFO set, SP_DEVINFO_DATA& device)
 {
     wchar_t instance[MAX_DEVICE_ID_LEN + 1] = {};
-    if (!::SetupDiGetDeviceInstanceIdW(set, &device, instance, MAX_DEVICE_ID_LEN, nullptr))
-        return {};
-    return ToUtf8(std::wstring_view(instance));
+    if (::SetupDiGetDeviceInstanceIdW(set, &device, instance, MAX_DEVICE_ID_LEN, nullptr))
+        return ToUtf8(std::wstring_view(instance));
+    reading.Report(::GetLastError(), "SetupDiGetDeviceInstanceId", MISSING);
+    return {};
 }
 
 /// A device that the tree of running ones lacks was in the machine once.
@@ -79,10 +86,16 @@ std::string ClassSubkey(const std::string& driver)
 void AddDevice(Reading& reading, HDEVINFO set, SP_DEVINFO_DATA& data, Devices& devices)
 {
     Device device;
-    device.instance = InstanceOf(set, data);
-    device.description = Property(set, data, SPDRP_DEVICEDESC);
+    device.instance = InstanceOf(reading, set, data);
+    device.description = Property(reading, set, data, SPDRP_DEVICEDESC).value_or("");
     ReadStatus(reading, data, device);
-    const std::string subkey = ClassSubkey(Property(set, data, SPDRP_DRIVER));
+    const auto driver = Property(reading, set, data, SPDRP_DRIVER);
+    if (!driver) // whose device it is, is not known
+    {
+        devices.readable = false;
+        return;
+    }
+    const std::string subkey = ClassSubkey(*driver);
     if (!subkey.empty())
         devices.byClassKey.emplace(subkey, std::move(device));
     else if (device.present.value_or(false))
@@ -101,14 +114,16 @@ Devices ReadDevices(Reading& reading)
         return devices;
     }
     const UniqueDeviceSet owner(set);
+    devices.readable = true;
     SP_DEVINFO_DATA data = {};
     data.cbSize = sizeof(data);
     for (DWORD i = 0; ::SetupDiEnumDeviceInfo(set, i, &data); ++i)
         AddDevice(reading, set, data, devices);
-    const DWORD code = ::GetLastError();
-    devices.readable = code == ERROR_NO_MORE_ITEMS;
-    if (!devices.readable)
+    if (const DWORD code = ::GetLastError(); code != ERROR_NO_MORE_ITEMS)
+    {
+        devices.readable = false;
         reading.Report(code, "SetupDiEnumDeviceInfo", MISSING);
+    }
     return devices;
 }
 

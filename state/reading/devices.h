@@ -24,7 +24,7 @@ struct Device
 /// All installed devices of the network class, those too that are not in the machine now.
 struct Devices
 {
-    bool readable = false;
+    bool readable = false; ///< completely: a device that is not among them is not installed
     std::unordered_map<std::string, Device> byClassKey; ///< by the subkey of the class key, such as "0007"
     std::vector<Device> withoutDriver;                  ///< present ones that have no subkey
 };
