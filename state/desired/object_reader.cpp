@@ -40,10 +40,10 @@ void ObjectReader::Finish()
         return;
     std::string known;
     for (const std::string_view key : m_known)
-        known += (known.empty() ? "" : ", ") + std::string(key);
+        known += (known.empty() ? "; known here are " : ", ") + std::string(key);
     for (const auto& member : m_object.items())
         if (std::ranges::find(m_known, member.key()) == m_known.end())
-            Refuse(PlaceOf(m_place, std::string_view(member.key())), "is not a known key; known here are " + known);
+            Refuse(PlaceOf(m_place, std::string_view(member.key())), "is not a known key" + known);
 }
 
 } // namespace zelk
