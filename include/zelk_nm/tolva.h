@@ -627,7 +627,8 @@ public:
     /// IPv4 addresses are changed by the functions DeleteIPAddress and SetAdapterIpAddress of IP Helper, without a
     /// gateway. IPv6 addresses are skipped, which is a success; an invalid address is passed to the system as
     /// 255.255.255.255. The current addresses are those of GetAdaptersIpAddrs(), with its limits; one that no longer
-    /// exists counts as removed. One caller at a time.
+    /// exists counts as removed. The first call looks for SetAdapterIpAddress; if it is not found then, no IPv4 address
+    /// can be added until the library is loaded again. One caller at a time.
     static bool SetAdaptersIpAddrs(const NIC_INFO& NicInfo, const std::vector<ASSOC_IP_ADDR>& IpAddrs);
 
     /// @}

@@ -93,7 +93,7 @@ constexpr Operation OPERATIONS[] = {
     OPERATION(
         GetAdaptersIpAddrs(a.NicInfo, a.IpAddrs),
         "!assigned=[192.0.2.10 prefix 24 if 0 manual dad 0 scope 0, 2001:db8::7 prefix 0 if 0 manual dad 0 scope 0];"),
-    OPERATION(SetAdaptersIpAddrs(a.NicInfo, a.IpAddrs)),
+    OPERATION(SetAdaptersIpAddrs(a.NicInfo, a.IpAddrs), "^"),
     OPERATION(IsDhcpEnabled(a.NicInfo, a.enFamily, a.bFlag)),
     OPERATION(IsDhcpEnabled(a.NicInfo, TOLVA::FAMILY_IPV4, a.bOtherFlag)),
     OPERATION(RenewDhcp(a.NicInfo, a.enFamily)),

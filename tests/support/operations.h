@@ -43,7 +43,7 @@ struct Arguments
 
 /// A call of an operation, and what else than its answer without failures it may give with `true`, by contract: parts
 /// of the text, separated by "|". "*" is anything. After `false` anything is allowed with "!", else everything stays
-/// as it was.
+/// as it was. With "^" its first call may spoil all later ones: it looks for a function of the platform only then.
 struct Operation
 {
     const char* pszName;
