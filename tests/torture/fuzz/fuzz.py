@@ -4,10 +4,13 @@
 The seconds are shared among the targets, of which two run at a time. With 0 seconds each target makes ZELK_FUZZ_RUNS
 runs, 100,000,000 by default, which takes hours. Inputs that reach something new are kept in build/fuzz/corpus.
 
+fuzz.py --build: only builds the targets.
+
 fuzz.py --keep: makes the corpus of the repository of those and its own inputs: the fewest that reach every edge, the
 shorter ones first, as far as there is room. Inputs that somebody has written are called "seed" and stay.
 """
 
+import fcntl
 import os
 import re
 import shutil
@@ -46,6 +49,14 @@ def call(*command: str | Path) -> None:
 
 
 def build() -> None:
+    """Waits for another one that builds."""
+    BUILD.mkdir(parents=True, exist_ok=True)
+    with open(BUILD / ".lock", "w", encoding="ascii") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        build_alone()
+
+
+def build_alone() -> None:
     if not (BUILD / "build.ninja").exists():
         call("cmake", "-S", HERE, "-B", BUILD, "-G", "Ninja")
     call("ninja", "-C", BUILD, *TARGETS)
@@ -100,6 +111,8 @@ def keep(target: str) -> None:
 
 def main() -> int:
     build()
+    if sys.argv[1:] == ["--build"]:
+        return 0
     if sys.argv[1:] == ["--keep"]:
         for target in TARGETS:
             keep(target)
