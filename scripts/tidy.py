@@ -39,16 +39,20 @@ class Batch:
         self.file = TREE / "tidy" / f"{name}.cpp"
         self.file.write_text("".join(f'#include "{source}"\n' for source in sources))
 
+    def compiles(self):
+        command = ["clang++-16", *self.options, "-w", "-fsyntax-only", self.file]
+        return subprocess.run(command, cwd=TREE, capture_output=True, check=False).returncode == 0
+
     def parts(self):
         """Neighbours are the likeliest to share a name, so every second source goes into the other part."""
         return [Batch(f"{self.name}.{i}", self.sources[i::2], self.options) for i in (0, 1)]
 
     def findings(self):
+        if len(self.sources) > 1 and not self.compiles():
+            return "".join(part.findings() for part in self.parts())
         command = ["clang-tidy-16", "--quiet", "--warnings-as-errors=*", "--checks=-bugprone-suspicious-include",
                    f"--config-file={TOP / '.clang-tidy'}", self.file, "--", *self.options]
         run = subprocess.run(command, cwd=TREE, capture_output=True, text=True, check=False)
-        if len(self.sources) > 1 and "[clang-diagnostic-error" in run.stdout:
-            return "".join(part.findings() for part in self.parts())
         if run.returncode != 0 and not run.stdout:
             return f"{self.name}: clang-tidy ended with {run.returncode}\n{run.stderr}"
         return run.stdout
