@@ -18,7 +18,7 @@ from pathlib import Path
 
 TOP = Path(__file__).resolve().parent.parent
 TREE = TOP / "build/clang"
-TOGETHER = 16
+TOGETHER = 32
 
 
 def options_of_sources():
