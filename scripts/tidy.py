@@ -3,8 +3,7 @@
 them. Exit code 1 when it finds something.
 
 Most of the time goes into the headers of other projects. So sources of one folder are analysed together, as one file that
-includes them, a dozen at a time. Those that do not compile together (two of them use a name for different things) are
-parted until they do.
+includes them. Those that do not compile together (two of them use a name for different things) are parted.
 """
 
 import json
@@ -19,6 +18,8 @@ from pathlib import Path
 TOP = Path(__file__).resolve().parent.parent
 TREE = TOP / "build/clang"
 TOGETHER = 32
+PLACE = re.compile(r"^(/[^:]+):\d+:\d+: ", re.M)
+ERROR = re.compile(r"^(?=\S+: (?:fatal )?error: )", re.M)
 
 
 def options_of_sources():
@@ -39,17 +40,25 @@ class Batch:
         self.file = TREE / "tidy" / f"{name}.cpp"
         self.file.write_text("".join(f'#include "{source}"\n' for source in sources))
 
-    def compiles(self):
-        command = ["clang++-16", *self.options, "-w", "-fsyntax-only", self.file]
-        return subprocess.run(command, cwd=TREE, capture_output=True, check=False).returncode == 0
+    def complaints(self):
+        """What the compiler says of these sources as one file: nothing if they go together."""
+        if len(self.sources) == 1:
+            return []
+        command = ["clang++-16", *self.options, "-w", "-fsyntax-only", "-ferror-limit=0", "-fno-caret-diagnostics",
+                   self.file]
+        run = subprocess.run(command, cwd=TREE, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
+        return ERROR.split(run.stderr)[1:] if run.returncode != 0 else []
 
-    def parts(self):
-        """Neighbours are the likeliest to share a name, so every second source goes into the other part."""
-        return [Batch(f"{self.name}.{i}", self.sources[i::2], self.options) for i in (0, 1)]
+    def misfits(self, complaints):
+        """Sources without which the others may go together. An error and its notes name those that share a name."""
+        misfits = set()
+        for complaint in complaints:
+            named = [path for path in PLACE.findall(complaint) if path in self.sources]
+            if named and not misfits.intersection(named):
+                misfits.add(named[0])
+        return misfits or set(self.sources[1::2])
 
     def findings(self):
-        if len(self.sources) > 1 and not self.compiles():
-            return "".join(part.findings() for part in self.parts())
         command = ["clang-tidy-16", "--quiet", "--warnings-as-errors=*", "--checks=-bugprone-suspicious-include",
                    f"--config-file={TOP / '.clang-tidy'}", self.file, "--", *self.options]
         run = subprocess.run(command, cwd=TREE, capture_output=True, text=True, check=False)
@@ -58,24 +67,46 @@ class Batch:
         return run.stdout
 
 
-def batches(folder, options):
-    alike = {}
-    for source in sorted(options):
-        if source.startswith(f"{TOP / folder}/") and source.endswith(".cpp"):
-            alike.setdefault(tuple(options[source]), []).append(source)
-    for group, (key, sources) in enumerate(alike.items()):
-        count = -(-len(sources) // TOGETHER)
-        for i in range(count):
-            yield Batch(f"{folder.replace('/', '-')}{group}-{i}", sources[i::count], list(key))
+def go_together(batch):
+    """The batch as far as it compiles, and the sources that are left over."""
+    left = []
+    while complaints := batch.complaints():
+        misfits = batch.misfits(complaints)
+        left += sorted(misfits)
+        batch = Batch(batch.name, [source for source in batch.sources if source not in misfits], batch.options)
+    return batch, left
+
+
+def batches(name, sources, options, pool):
+    """What is left over by all batches of the same options makes others."""
+    count = -(-len(sources) // TOGETHER)
+    planned = [Batch(f"{name}-{i}", sources[i::count], options) for i in range(count)]
+    left = []
+    for batch, more in pool.map(go_together, planned):
+        yield batch
+        left += more
+    if left:
+        yield from batches(f"{name}-rest", left, options, pool)
+
+
+def all_batches(folders, pool):
+    options = options_of_sources()
+    for folder in folders:
+        alike = {}
+        for source in sorted(options):
+            if source.startswith(f"{TOP / folder}/") and source.endswith(".cpp"):
+                alike.setdefault(tuple(options[source]), []).append(source)
+        for group, (key, sources) in enumerate(alike.items()):
+            yield from batches(f"{folder.replace('/', '-')}{group}", sources, list(key), pool)
 
 
 def main(folders):
     (TREE / "tidy").mkdir(exist_ok=True)
-    options = options_of_sources()
-    work = [batch for folder in folders for batch in batches(folder, options)]
-    if not work:
-        sys.exit("tidy: build/clang compiles nothing of these folders")
     with ThreadPoolExecutor(os.cpu_count()) as pool:
+        work = list(all_batches(folders, pool))
+        if not work:
+            sys.exit("tidy: build/clang compiles nothing of these folders")
+        work.sort(key=lambda batch: len(batch.sources), reverse=True) # no long one is the last
         found = "".join(pool.map(Batch.findings, work))
     # A header's findings come once from every batch.
     found = "".join(dict.fromkeys(re.split(r"(?=^/[^\n]*: (?:warning|error): )", found, flags=re.M)))
