@@ -1,7 +1,7 @@
 # zelk_nm_options: how every source of this project is compiled and linked.
 
 option(ZELK_NM_SANITIZE "Undefined behaviour traps in Debug builds" ON)
-option(ZELK_NM_COVERAGE "Count executed lines" OFF)
+option(ZELK_NM_COVERAGE "Count what is executed (clang)" OFF)
 option(ZELK_NM_PRECOMPILE "Precompile other projects' headers for the product too, not only for its tests" ON)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -52,8 +52,12 @@ if(ZELK_NM_SANITIZE)
 endif()
 
 if(ZELK_NM_COVERAGE)
-  target_compile_options(zelk_nm_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:--coverage>)
-  target_link_options(zelk_nm_options INTERFACE --coverage)
+  # Clang's counters follow the source: a branch is a condition that somebody wrote, not a jump that was compiled.
+  target_compile_options(zelk_nm_options INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-fprofile-instr-generate;-fcoverage-mapping;-fprofile-update=atomic>)
+  add_library(zelk_nm_counters STATIC ${PROJECT_SOURCE_DIR}/tests/coverage/counters.cpp)
+  target_compile_definitions(zelk_nm_counters PRIVATE ZELK_PROFILES=L"Z:${PROJECT_BINARY_DIR}/profiles")
+  target_link_libraries(zelk_nm_options INTERFACE zelk_nm_counters)
 endif()
 
 # zelk_nm_precompile(TARGET HEADER...): the headers of the platform and of the standard library, which take much of the

@@ -5,7 +5,9 @@ add_library(zelk_nm_test_options INTERFACE)
 target_compile_options(zelk_nm_test_options INTERFACE
   $<$<CONFIG:Release>:-O1;-g0>
   # GCC 12 finds faults in optimised std::wstring that are not there.
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-stringop-overread>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-stringop-overread>
+  # What tests execute is not counted itself.
+  $<$<BOOL:${ZELK_NM_COVERAGE}>:-fno-profile-instr-generate;-fno-coverage-mapping>)
 
 # zelk_nm_add_test_program(NAME SOURCES <file>... [INTERNALS] [PLATFORM] [DLL] [OLDER] [TIMEOUT <seconds>])
 #

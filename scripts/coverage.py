@@ -1,23 +1,22 @@
 #!/usr/bin/env python3
-"""coverage.py [--list]: sums up the counters of build/coverage.
+"""coverage.py [--list]: sums up the counters of build/coverage, and of build/coverage-fuzz those of the parsers.
 
-The branches of lines that hold a condition count, except for those that only an exception takes. On other lines the
-compiler makes branches of its own, which free temporary objects. Every branch of src/ and state/ that counts and is never
-taken needs a reason in scripts/branches-never-taken.txt. --list shows also those that have one.
+A branch is one side of a condition that stands in the source. Every branch of src/ and state/ that is never taken needs a
+reason in scripts/branches-never-taken.txt. --list shows also those that have one.
 """
 
 import json
 import re
 import subprocess
 import sys
+from collections import Counter
 from dataclasses import dataclass, field
 from fnmatch import fnmatch
 from pathlib import Path
 
 TOP = Path(__file__).resolve().parent.parent
 REASONS = TOP / "scripts/branches-never-taken.txt"
-TEXT_OR_COMMENT = re.compile(r'"(\\.|[^"\\])*"|//.*')
-CONDITION = re.compile(r"\b(if|while|for|switch|case|default)\b|\?|&&|\|\|")
+FUZZERS = sorted(path.name for path in (TOP / "tests/torture/fuzz/corpus").iterdir())
 
 
 @dataclass
@@ -46,19 +45,24 @@ class Folder:
 
 @dataclass
 class Missed:
-    """A line with branches that are never taken."""
+    """A branch that is never taken."""
     place: str
-    branches: int
-    code: str
+    code: str  # which side of which condition
     reason: str | None
 
 
-def read_counters(folders: list[Folder]) -> list[dict]:
-    command = ["gcovr", "--gcov-executable", "x86_64-w64-mingw32-gcov-posix", "--root", ".", "--json",
-               # The counters of threads that run at once can become negative, which gcovr cannot read.
-               "--gcov-ignore-parse-errors", "--exclude-throw-branches", "--exclude-unreachable-branches",
-               *(f"--filter={folder.name}" for folder in folders), "build/coverage"]
-    return json.loads(subprocess.run(command, cwd=TOP, check=True, stdout=subprocess.PIPE, text=True).stdout)["files"]
+def read_counters(tree: Path, *modules: str) -> dict[str, dict]:
+    """By the name of the source. The modules are patterns for the programs and libraries that were run."""
+    merged = tree / "all.profdata"
+    subprocess.run(["llvm-profdata-16", "merge", "--sparse", "--failure-mode=all", "-o", merged,
+                    *sorted(tree.glob("profiles/*.profraw"))], check=True)
+    first, *others = [path for pattern in modules for path in sorted(tree.glob(pattern)) if path.is_file()]
+    command = ["llvm-cov-16", "export", "--skip-functions", "--skip-expansions", f"--instr-profile={merged}", first,
+               *(f"--object={module}" for module in others)]
+    exported = subprocess.run(command, cwd=TOP, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    # The compiler knows a source by "./" and the folder that it ran in.
+    start = f"{tree.relative_to(TOP)}/"
+    return {file["filename"].removeprefix(start): file for file in json.loads(exported.stdout)["data"][0]["files"]}
 
 
 def read_reasons() -> list[tuple[str, str, str]]:
@@ -66,29 +70,41 @@ def read_reasons() -> list[tuple[str, str, str]]:
     return [tuple(line.split("\t")) for line in lines]
 
 
-def reason_for(name: str, code: str, reasons: list[tuple[str, str, str]]) -> str | None:
-    return next((why for path, pattern, why in reasons if fnmatch(name, path) and re.search(pattern, code)), None)
+def is_decided_by_compiler(line: str, condition: str) -> bool:
+    return "if constexpr" in line or condition == "true"
 
 
-def has_condition(code: str) -> bool:
-    """Not so a function that is left to the compiler."""
-    return "= default" not in code and CONDITION.search(TEXT_OR_COMMENT.sub("", code)) is not None
+def text_between(source: list[str], region: tuple[int, int, int, int]) -> str:
+    first, start, last, end = region
+    lines = source[first - 1:last]
+    lines[-1] = lines[-1][:end - 1]
+    lines[0] = lines[0][start - 1:]
+    return " ".join(line.strip() for line in lines)
 
 
-def add_file(file: dict, folder: Folder, reasons: list) -> list[Missed]:
+def branches_of(file: dict) -> Counter:
+    """How often each side of each condition was taken. A template has its conditions once for each use."""
+    counts = Counter()
+    for *region, true_count, false_count, _, _, _ in file["branches"]:
+        counts[(*region, "true")] += true_count
+        counts[(*region, "false")] += false_count
+    return counts
+
+
+def add_file(name: str, file: dict, parser: dict | None, folder: Folder, reasons: list) -> list[Missed]:
+    source = (TOP / name).read_text().splitlines()
+    parsed = branches_of(parser) if parser else {}
+    counts = {branch: count + parsed.get(branch, 0) for branch, count in branches_of(file).items()
+              if not is_decided_by_compiler(source[branch[0] - 1], text_between(source, branch[:4]))}
+    lines = file["summary"]["lines"]
+    folder.shares["lines"].add(lines["covered"], lines["count"])
+    folder.shares["branches"].add(sum(count > 0 for count in counts.values()), len(counts))
     missed = []
-    source = (TOP / file["file"]).read_text().splitlines()
-    for line in file["lines"]:
-        if line["gcovr/noncode"]:
-            continue
-        code = source[line["line_number"] - 1].strip()
-        branches = [branch for branch in line["branches"] if not branch["throw"] and has_condition(code)]
-        taken = sum(branch["count"] > 0 for branch in branches)
-        folder.shares["lines"].add(line["count"] > 0, 1)
-        folder.shares["branches"].add(taken, len(branches))
-        if taken < len(branches):
-            missed.append(Missed(f"{file['file']}:{line['line_number']}", len(branches) - taken, code,
-                                 reason_for(file["file"], code, reasons)))
+    for (*region, side), count in sorted(counts.items()):
+        if count == 0:
+            code = f"never {side}: {text_between(source, region)}"
+            reason = next((why for path, pattern, why in reasons if fnmatch(name, path) and re.search(pattern, code)), None)
+            missed.append(Missed(f"{name}:{region[0]}", code, reason))
     return missed
 
 
@@ -96,19 +112,20 @@ def main(show_all: bool) -> int:
     folders = [Folder("src/", ("branches", 98)), Folder("state/", ("branches", 98)), Folder("cli/", ("lines", 90))]
     reasons = read_reasons()
     missed = []
-    for file in read_counters(folders):
-        folder = next(folder for folder in folders if file["file"].startswith(folder.name))
-        found = add_file(file, folder, reasons)
-        missed += found if folder.wanted[0] == "branches" else []
+    parsers = read_counters(TOP / "build/coverage-fuzz", *FUZZERS)
+    for name, file in read_counters(TOP / "build/coverage", "bin/*.exe", "bin/*.DLL", "tests/*/*.exe").items():
+        folder = next((folder for folder in folders if name.startswith(folder.name)), None)
+        if folder:
+            found = add_file(name, file, parsers.get(name), folder, reasons)
+            missed += found if folder.wanted[0] == "branches" else []
     for folder in folders:
         for what, share in folder.shares.items():
             wanted = f"; {folder.wanted[1]} % or more is wanted" if folder.wanted[0] == what else ""
             print(f"{folder.name:<7} {what:<9} {share.percent:6.2f} %, {share.reached} of {share.of}{wanted}")
-    unexplained = [line for line in missed if line.reason is None]
-    print(f"branches never taken: {sum(line.branches for line in missed)}, "
-          f"without a reason: {sum(line.branches for line in unexplained)}")
-    for line in missed if show_all else unexplained:
-        print(f"{line.place}: {line.branches}: {line.code}" + (f" ({line.reason})" if line.reason else ""))
+    unexplained = [branch for branch in missed if branch.reason is None]
+    print(f"branches never taken: {len(missed)}, without a reason: {len(unexplained)}")
+    for branch in missed if show_all else unexplained:
+        print(f"{branch.place}: {branch.code}" + (f" ({branch.reason})" if branch.reason else ""))
     return 0 if all(folder.is_enough() for folder in folders) and not unexplained else 1
 
 

@@ -34,14 +34,18 @@ needed=(
 if [ "${1:-}" = test ]; then
     needed+=(chromium:/usr/bin/chromium) # as large as all the others together
 fi
+if [ "${1:-}" = check ] || [ "${1:-}" = coverage ]; then
+    needed+=(
+        clang-16:/usr/bin/clang++-16
+        lld-16:/usr/bin/ld.lld-16
+        libclang-rt-16-dev:/usr/lib/llvm-16/lib/clang/16/lib/linux/libclang_rt.fuzzer-x86_64.a
+    )
+fi
 if [ "${1:-}" = coverage ]; then
-    needed+=(gcovr:/usr/bin/gcovr)
+    needed+=(llvm-16:/usr/bin/llvm-cov-16)
 fi
 if [ "${1:-}" = check ]; then
     needed+=(
-        clang-16:/usr/bin/clang++-16
-        libclang-rt-16-dev:/usr/lib/llvm-16/lib/clang/16/lib/linux/libclang_rt.fuzzer-x86_64.a
-        lld-16:/usr/bin/ld.lld-16
         clang-tidy-16:/usr/bin/clang-tidy-16
         clang-format-14:/usr/bin/clang-format-14
         cppcheck:/usr/bin/cppcheck

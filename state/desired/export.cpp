@@ -35,7 +35,7 @@ DesiredIp ConfigurationOf(const Adapter& adapter, Family family)
     DesiredIp ip;
     if (family == Family::IPV4)
         ip.dhcp = settings.configured.dhcp;
-    if (ip.dhcp != true)
+    if (family == Family::IPV6 || ip.dhcp == false) // static addresses say that there is no DHCP
         ip.addresses = ConfiguredAddresses(adapter, family);
     ip.gateways = settings.configured.gateways;
     ip.dnsServers = settings.configured.dnsServers;
@@ -98,15 +98,19 @@ public:
              [&](const auto& value) { return HardwareAddressStands(m_adapter, value); });
     }
 
-    /// Leaves out what the checks refuse, by the place in the state of this adapter alone.
-    void SieveFaults()
+    /// Leaves out what the checks refuse, by its place in the state of this adapter.
+    void Drop(std::string_view place)
     {
-        std::vector<Fault> faults;
-        DesiredState alone;
-        alone.adapters = {m_desired};
-        CheckDesiredState(m_machine, {&m_adapter}, alone, faults);
-        for (const Fault& fault : faults)
-            Drop(fault.place.substr(std::string_view("/adapters/0").size()));
+        for (const Family family : FAMILIES)
+            DropOfIp(family, place);
+        if (place.starts_with("/routes"))
+            LeaveOut(m_desired.routes, "routes");
+        if (place.starts_with("/hardwareAddress"))
+            LeaveOut(m_desired.hardwareAddress, "hardwareAddress");
+        if (place == "/ipv4") // not a DHCP client, and its addresses are left out
+            LeaveOut(m_desired.ipv4.dhcp, "ipv4.dhcp");
+        if (place == "/ipv6") // not bound, but not without addresses and gateways
+            LeaveOut(m_desired.ipv6.enabled, "ipv6.enabled");
     }
 
 private:
@@ -134,8 +138,9 @@ private:
         const IpSettings& settings = m_adapter.Of(family);
         const std::string path = PathPrefixOf(family);
         Keep(ip.dhcp, path + "dhcp", [&](bool value) { return DhcpStands(m_adapter, value); });
-        Keep(ip.addresses, path + "addresses",
-             [&](const auto& value) { return AddressesStand(m_adapter, family, value); });
+        Keep(ip.addresses, path + "addresses", [&](const auto& value) {
+            return (family == Family::IPV6 || ip.dhcp) && AddressesStand(m_adapter, family, value);
+        });
         Keep(ip.gateways, path + "gateways",
              [&](const auto& value) { return GatewaysStand(m_adapter, family, value); });
         Keep(ip.dnsServers, path + "dnsServers",
@@ -146,32 +151,23 @@ private:
         Keep(ip.netbios, path + "netbios", [&](NetbiosSetting value) { return NetbiosStands(settings, value); });
     }
 
-    void Drop(std::string_view place)
+    void DropOfIp(Family family, std::string_view place)
     {
-        for (const Family family : FAMILIES)
-        {
-            DesiredIp& ip = m_desired.Of(family);
-            const std::string start = family == Family::IPV4 ? "/ipv4/" : "/ipv6/";
-            const std::string path = PathPrefixOf(family);
-            if (place.starts_with(start + "addresses"))
-                LeaveOut(ip.addresses, path + "addresses");
-            if (place.starts_with(start + "gateways"))
-                LeaveOut(ip.gateways, path + "gateways");
-            if (place.starts_with(start + "dnsServers"))
-                LeaveOut(ip.dnsServers, path + "dnsServers");
-            if (place.starts_with(start + "metric"))
-                LeaveOut(ip.metric, path + "metric");
-            if (place.starts_with(start + "mtu"))
-                LeaveOut(ip.mtu, path + "mtu");
-            if (place.starts_with(start + "dnsSuffix"))
-                LeaveOut(ip.dnsSuffix, path + "dnsSuffix");
-        }
-        if (place.starts_with("/routes"))
-            LeaveOut(m_desired.routes, "routes");
-        if (place.starts_with("/hardwareAddress"))
-            LeaveOut(m_desired.hardwareAddress, "hardwareAddress");
-        if (place == "/ipv4") // not a DHCP client, and its addresses are left out
-            LeaveOut(m_desired.ipv4.dhcp, "ipv4.dhcp");
+        DesiredIp& ip = m_desired.Of(family);
+        const std::string start = family == Family::IPV4 ? "/ipv4/" : "/ipv6/";
+        const std::string path = PathPrefixOf(family);
+        if (place.starts_with(start + "addresses"))
+            LeaveOut(ip.addresses, path + "addresses");
+        if (place.starts_with(start + "gateways"))
+            LeaveOut(ip.gateways, path + "gateways");
+        if (place.starts_with(start + "dnsServers"))
+            LeaveOut(ip.dnsServers, path + "dnsServers");
+        if (place.starts_with(start + "metric"))
+            LeaveOut(ip.metric, path + "metric");
+        if (place.starts_with(start + "mtu"))
+            LeaveOut(ip.mtu, path + "mtu");
+        if (place.starts_with(start + "dnsSuffix"))
+            LeaveOut(ip.dnsSuffix, path + "dnsSuffix");
     }
 
     const Machine& m_machine;
@@ -179,6 +175,22 @@ private:
     DesiredAdapter& m_desired;
     std::vector<std::string>& m_leftOut;
 };
+
+/// Adapters together can have what none may have beside another: an address that an unplugged one has stored too. What
+/// is left out of one adapter is a fault of another one then.
+void LeaveOutFaults(const Machine& machine, const std::vector<const Adapter*>& adapters, Export& exported)
+{
+    std::vector<Fault> faults;
+    CheckDesiredState(machine, adapters, exported.state, faults);
+    const std::size_t before = exported.leftOut.size();
+    for (const Fault& fault : faults)
+        for (std::size_t i = 0; i < adapters.size(); ++i)
+            if (const std::string start = "/adapters/" + std::to_string(i); fault.place.starts_with(start + '/'))
+                Sieve(machine, *adapters[i], exported.state.adapters[i], exported.leftOut)
+                    .Drop(std::string_view(fault.place).substr(start.size()));
+    if (exported.leftOut.size() > before)
+        LeaveOutFaults(machine, adapters, exported);
+}
 
 DesiredIdentity IdentityOf(const Machine& machine)
 {
@@ -235,11 +247,10 @@ Export ExportState(const Machine& machine, const std::vector<const Adapter*>& ad
         desired.adapter = UniqueName(machine, *adapter);
         if (!machine.environment.protocolBinding) // as it is, because nothing could change it
             desired.ipv6.enabled.reset();
-        Sieve sieve(machine, *adapter, desired, result.leftOut);
-        sieve.Run();
-        sieve.SieveFaults();
+        Sieve(machine, *adapter, desired, result.leftOut).Run();
         result.state.adapters.push_back(std::move(desired));
     }
+    LeaveOutFaults(machine, adapters, result);
     if (identity)
         result.state.identity = IdentityOf(machine);
     return result;

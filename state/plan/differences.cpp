@@ -22,8 +22,10 @@ Json JsonOf(const T& value)
 
 Json AddressesOf(const IpSettings& settings)
 {
+    if (!settings.addresses)
+        return nullptr;
     Json list = Json::array();
-    for (const Address& address : settings.addresses.value_or(std::vector<Address>()))
+    for (const Address& address : *settings.addresses)
         list.push_back({{"address", address.prefixLength ? IpPrefix{address.address, *address.prefixLength}.ToText()
                                                          : address.address.ToText()},
                         {"origin", JsonOf(address.origin)}});
@@ -33,9 +35,12 @@ Json AddressesOf(const IpSettings& settings)
 /// With who gave them: the routes of a DHCP server are not the adapter's own.
 Json GatewaysOf(const Adapter& adapter, Family family)
 {
+    const auto& gateways = adapter.Of(family).gateways;
+    if (!gateways)
+        return nullptr;
     const auto own = StaticGatewaysInUse(adapter, family);
     Json list = Json::array();
-    for (const Gateway& gateway : adapter.Of(family).gateways.value_or(std::vector<Gateway>()))
+    for (const Gateway& gateway : *gateways)
     {
         const bool manual = std::ranges::find(own, gateway.address, &Gateway::address) != own.end();
         list.push_back({{"address", gateway.address.ToText()},
@@ -94,7 +99,7 @@ public:
         for (const Family family : FAMILIES)
             CompareIp(family);
         if (desired.routes && !RoutesStand(m_adapter, *desired.routes))
-            Add("routes", RoutesOf(StaticRoutes(m_adapter)), RoutesOf(*desired.routes));
+            Add("routes", m_adapter.routes ? RoutesOf(StaticRoutes(m_adapter)) : Json(), RoutesOf(*desired.routes));
     }
 
 private:

@@ -3,7 +3,7 @@
 #include <source_location>
 #include <string_view>
 
-#include <state/machine/machine.h>
+#include <state/plan/plan.h>
 
 namespace fuzz
 {
@@ -19,5 +19,8 @@ std::string_view TakeUntil(std::string_view& text, char separator);
 
 /// A machine with two adapters, lan0 and lan1, of which the first one is configured.
 const zelk::Machine& SmallMachine();
+
+/// What holds for every plan that has no fault: its steps can be done and shown, and a report takes it.
+void CheckPlan(const zelk::Plan& plan);
 
 } // namespace fuzz
