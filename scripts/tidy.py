@@ -17,7 +17,7 @@ from pathlib import Path
 
 TOP = Path(__file__).resolve().parent.parent
 TREE = TOP / "build/clang"
-TOGETHER = 32
+TOGETHER = 48
 PLACE = re.compile(r"^(/[^:]+):\d+:\d+: ", re.M)
 ERROR = re.compile(r"^(?=\S+: (?:fatal )?error: )", re.M)
 

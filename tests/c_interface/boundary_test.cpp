@@ -1,6 +1,5 @@
-// The boundary of ZELK_STATE.DLL: whatever is passed to it, and whatever it runs out of, ends in a defined result.
+// The boundary of ZELK_STATE.DLL: whatever is passed to it ends in a defined result.
 
-#include <cstdlib>
 #include <functional>
 #include <future>
 #include <iterator>
@@ -12,7 +11,6 @@
 
 #include <support/golden.h>
 #include <support/image.h>
-#include <support/import_patch.h>
 
 #include "outcome.h"
 
@@ -96,23 +94,6 @@ TEST(Boundary, SeveralThreadsReadAtOnce)
     EXPECT_THAT(*expected.begin(), HasSubstr("\"adapters\":["));
     for (auto& thread : threads)
         EXPECT_EQ(expected, thread.get());
-}
-
-TEST(Boundary, WhatFindsNoMemoryIsAResult)
-{
-    std::size_t most = SIZE_MAX;
-    const testing_support::ImportPatch<void* (*)(std::size_t)> patch(
-        "malloc", [&](std::size_t size) -> void* { return size < most ? std::malloc(size) : nullptr; },
-        ::GetModuleHandleW(L"ZELK_STATE.DLL"));
-    const Outcome outcome = Give([&](auto... texts) {
-        most = 1 << 10;
-        const int iCode = zelk_state_plan(NOTHING, nullptr, texts...);
-        most = SIZE_MAX;
-        return iCode;
-    });
-    EXPECT_EQ(ZELK_STATE_FAILED, outcome.iCode);
-    EXPECT_EQ("out of memory", outcome.json.value("reason", ""));
-    EXPECT_EQ(ZELK_STATE_DONE, Give([](auto... texts) { return zelk_state_plan(NOTHING, nullptr, texts...); }).iCode);
 }
 
 TEST(StateImage, ExportsTheInterfaceAndImportsSystemDllsAndTheLibrary)

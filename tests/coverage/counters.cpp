@@ -37,14 +37,8 @@ struct Header
 {
     std::uint64_t magic = 0xFF6C70726F667281; // "\xFFlprofr\x81"
     std::uint64_t version = 8;
-    std::uint64_t binaryIdsSize = 0;
-    std::uint64_t recordCount = 0;
-    std::uint64_t paddingBeforeCounters = 0;
-    std::uint64_t counterCount = 0;
-    std::uint64_t paddingAfterCounters = 0;
-    std::uint64_t namesSize = 0;
-    std::uint64_t countersDelta = 0;
-    std::uint64_t namesDelta = 0;
+    std::uint64_t binaryIdsSize = 0, recordCount = 0, paddingBeforeCounters = 0, counterCount = 0;
+    std::uint64_t paddingAfterCounters = 0, namesSize = 0, countersDelta = 0, namesDelta = 0;
     std::uint64_t lastKindOfValue = 1;
 };
 
@@ -126,8 +120,6 @@ struct Counting
 {
     Counting() { platform = {CreateFileW, CreateFileMappingW, MapViewOfFile, UnmapViewOfFile, CloseHandle}; }
     ~Counting() { Save(); }
-    Counting(const Counting&) = delete;
-    Counting& operator=(const Counting&) = delete;
 };
 __attribute__((init_priority(101))) const Counting counting;
 

@@ -112,28 +112,25 @@ TEST_F(PendingChanges, OfDoubtAreRefusedWithTheirReason)
     };
     const struct
     {
-        std::wstring file;
         std::string text;
         const char* fault;
+        std::wstring file = L"0123456789abcdef.json";
     } wrongs[] = {
-        {L"0123456789abcdef.json", good.substr(0, good.size() / 2), "this is not JSON"},
-        {L"0123456789abcdef.json", "", "this is not JSON"},
-        {L"0123456789abcdef.json", std::string(100000, '['), "more than 100 deep"},
-        {L"0123456789abcdef.json", with("\"phase\": \"applying\"", R"("phase": "applying", "phase": "waiting")"),
-         "\"phase\""},
-        {L"0123456789abcdef.json", with("\"recordVersion\": 1", "\"recordVersion\": 2"), "not that of this version"},
-        {L"0123456789abcdef.json", with(ID, "../../../0123456"), "/id must be the id of a change"},
-        {L"0123456789abcdef.json", with("applying", "waiting"), "lacks \"confirmWithin\""},
-        {L"0123456789abcdef.json", with("\"steps\"", "\"step\""), "lacks \"steps\""},
-        {L"0123456789abcdef.json", with("guid:{00000001", "name:{00000001"), "/before/adapters/0 must name"},
-        {L"0123456789abcdef.json", with("192.0.2.10/24", "192.0.2.10"), "/before/adapters/0/ipv4/addresses/0"},
-        {L"0123456789abcdef.json",
-         with("\"stored\": []",
-              R"("stored": [{"key": "SOFTWARE\\Microsoft", "name": "Evil", "type": 4, "data": "00"}])"),
+        {good.substr(0, good.size() / 2), "this is not JSON"},
+        {"", "this is not JSON"},
+        {std::string(100000, '['), "more than 100 deep"},
+        {with("\"phase\": \"applying\"", R"("phase": "applying", "phase": "waiting")"), "\"phase\""},
+        {with("\"recordVersion\": 1", "\"recordVersion\": 2"), "not that of this version"},
+        {with(ID, "../../../0123456"), "/id must be the id of a change"},
+        {with("applying", "waiting"), "lacks \"confirmWithin\""},
+        {with("\"steps\"", "\"step\""), "lacks \"steps\""},
+        {with("guid:{00000001", "name:{00000001"), "/before/adapters/0 must name"},
+        {with("192.0.2.10/24", "192.0.2.10"), "/before/adapters/0/ipv4/addresses/0"},
+        {with("\"stored\": []", R"("stored": [{"key": "SOFTWARE\\Microsoft", "name": "a", "type": 4, "data": "00"}])"),
          "/stored/0 is no setting"},
-        {L"0123456789abcdef.json", with(MachineId(), "00000000-0000-0000-0000-000000000000"), "another machine"},
-        {L"fedcba9876543210.json", good, "another name"},
-        {L"evil.json", good, "such a name"},
+        {with(MachineId(), "00000000-0000-0000-0000-000000000000"), "another machine"},
+        {good, "another name", L"fedcba9876543210.json"},
+        {good, "such a name", L"evil.json"},
     };
     for (const auto& wrong : wrongs)
     {

@@ -126,19 +126,6 @@ TEST(Export, LeavesOutWhatIsInUseOtherwiseThanConfigured)
     EXPECT_TRUE(PlanFor(windows.machine, exported().state).differences.empty());
 }
 
-TEST(Export, OfTwoAdaptersThatHaveStoredTheSameAddressIsNoDesiredState)
-{
-    SimulatedWindows windows = Start();
-    Adapter ghost = windows.Find("lan0");
-    ghost.guid = Guid::Parse("{00000000-0000-0000-0000-000000000099}");
-    ghost.connectionName = "ghost";
-    ghost.status = AdapterStatus::NOT_PRESENT;
-    windows.machine.adapters.push_back(ghost);
-    const auto exported = ExportState(windows.machine, ExportedAdapters(windows.machine), false);
-    EXPECT_FALSE(exported.state.adapters.back().ipv4.addresses);
-    EXPECT_TRUE(PlanFor(windows.machine, exported.state).differences.empty());
-}
-
 /// Whether every address that the machine has now and will have again is there in between.
 bool KeepsAddresses(const Machine& before, const Plan& plan, const Machine& now)
 {

@@ -124,6 +124,27 @@ TEST(Reading, FindsAdaptersInEveryState)
     EXPECT_TRUE(machine == ReadMachine()) << "two readings of the same machine";
 }
 
+TEST(Reading, KnowsTheWordsOfTheTablesAndTakesNewOnes)
+{
+    FakeWindows windows;
+    for (int i = 0; i < 8; ++i)
+    {
+        const std::string number = std::to_string(i + 1);
+        FakeAdapter adapter = MakeAdapter(static_cast<ULONG>(i) + 1, L"lan");
+        adapter.status = static_cast<IF_OPER_STATUS>(i);
+        adapter.type = static_cast<IFTYPE>(i % 2 == 0 ? 23 + i : 131);
+        adapter.addresses = {{"192.0.2." + number + "/24", static_cast<NL_PREFIX_ORIGIN>(i),
+                              static_cast<NL_SUFFIX_ORIGIN>(i), 600, static_cast<NL_DAD_STATE>(i)}};
+        windows.adapters.push_back(adapter);
+        windows.routes.push_back({"10." + number + ".0.0/16", "192.0.2.99", adapter.index, 1,
+                                  static_cast<NL_ROUTE_PROTOCOL>(i), static_cast<NL_ROUTE_ORIGIN>(i)});
+    }
+    testing_support::Golden golden;
+    for (const Adapter& adapter : ReadMachine().adapters)
+        for (Json row = ToJson(adapter); const char* const key : {"type", "status", "hidden", "ipv4", "routes"})
+            golden.Line(key, (key[0] == 'i' ? row[key]["addresses"] : row[key]).dump());
+}
+
 /// A static adapter and a DHCP client, as Windows keeps them.
 struct Office : FakeWindows
 {

@@ -1,7 +1,6 @@
 // Machines of all kinds, put together as the input chooses: what is exported of one changes nothing of it, another one
 // can be planned to become like it, and what that touches can be planned back.
 
-#include <algorithm>
 #include <array>
 
 #include <state/desired/export.h>
