@@ -23,12 +23,13 @@ ERROR = re.compile(r"^(?=\S+: (?:fatal )?error: )", re.M)
 
 
 def options_of_sources():
-    """The compiler's options for every source: what stands before the output in its command."""
+    """The compiler's options for every source: what stands before the output in its command. A name of another source
+    in the same file would only seem to be shadowed; the compiler looks at each alone."""
     options = {}
     for entry in json.loads((TREE / "compile_commands.json").read_text()):
         words = shlex.split(entry["command"].split(" -o ")[0])
         first = next(i for i, word in enumerate(words) if word.startswith("-"))
-        options[entry["file"]] = [*words[first:], "-Wno-error"]
+        options[entry["file"]] = [*words[first:], "-Wno-error", "-Wno-shadow"]
     return options
 
 
