@@ -155,19 +155,16 @@ private:
     {
         DesiredIp& ip = m_desired.Of(family);
         const std::string start = family == Family::IPV4 ? "/ipv4/" : "/ipv6/";
-        const std::string path = PathPrefixOf(family);
-        if (place.starts_with(start + "addresses"))
-            LeaveOut(ip.addresses, path + "addresses");
-        if (place.starts_with(start + "gateways"))
-            LeaveOut(ip.gateways, path + "gateways");
-        if (place.starts_with(start + "dnsServers"))
-            LeaveOut(ip.dnsServers, path + "dnsServers");
-        if (place.starts_with(start + "metric"))
-            LeaveOut(ip.metric, path + "metric");
-        if (place.starts_with(start + "mtu"))
-            LeaveOut(ip.mtu, path + "mtu");
-        if (place.starts_with(start + "dnsSuffix"))
-            LeaveOut(ip.dnsSuffix, path + "dnsSuffix");
+        const auto drop = [&](auto& value, const std::string& name) {
+            if (place.starts_with(start + name))
+                LeaveOut(value, PathPrefixOf(family) + name);
+        };
+        drop(ip.addresses, "addresses");
+        drop(ip.gateways, "gateways");
+        drop(ip.dnsServers, "dnsServers");
+        drop(ip.metric, "metric");
+        drop(ip.mtu, "mtu");
+        drop(ip.dnsSuffix, "dnsSuffix");
     }
 
     const Machine& m_machine;
@@ -176,8 +173,8 @@ private:
     std::vector<std::string>& m_leftOut;
 };
 
-/// Adapters together can have what none may have beside another: an address that an unplugged one has stored too. What
-/// is left out of one adapter is a fault of another one then.
+/// Leaves out what the checks refuse. They look at all adapters together: two may have stored the same address. Once it
+/// is left out of one of them, it can be refused for the other one, so they look again.
 void LeaveOutFaults(const Machine& machine, const std::vector<const Adapter*>& adapters, Export& exported)
 {
     std::vector<Fault> faults;

@@ -24,7 +24,7 @@ PROFILE_SECTION(".lprfc$Z") std::uint64_t counters_end = 0;
 PROFILE_SECTION(".lprfn$A") const char names_begin = 0; // the readers expect one byte here
 PROFILE_SECTION(".lprfn$Z") const char names_end = 0;
 
-/// Describes a function; only the size matters here.
+/// Describes a function.
 struct Record
 {
     std::uint64_t name, hash, counters, function, values;
@@ -63,7 +63,7 @@ DWORD BytesBetween(const void* pBegin, const void* pEnd)
     return static_cast<DWORD>(static_cast<const char*>(pEnd) - static_cast<const char*>(pBegin));
 }
 
-/// One for every set of functions.
+/// The same for modules of the same functions, which share a file.
 std::uint64_t IdOfModule(std::size_t recordCount)
 {
     std::uint64_t id = recordCount;

@@ -64,6 +64,13 @@ TEST(Values, AreReadStrictlyAndWrittenInOneForm)
     });
 }
 
+TEST(Values, PrefixesContainTheAddressesOfTheirNetwork)
+{
+    EXPECT_TRUE(IpPrefix::Parse("192.0.2.150/27")->Contains(*IpAddress::Parse("192.0.2.159")));
+    EXPECT_FALSE(IpPrefix::Parse("192.0.2.150/27")->Contains(*IpAddress::Parse("192.0.2.160")));
+    EXPECT_FALSE(IpPrefix::Parse("0.0.0.0/0")->Contains(*IpAddress::Parse("::")));
+}
+
 std::vector<std::byte> Bytes(std::u16string_view text, std::size_t extra = 0)
 {
     const auto units = std::as_bytes(std::span(text));
