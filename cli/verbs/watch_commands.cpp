@@ -9,7 +9,7 @@
 
 #include <state/notifications/adapter_event.h>
 #include <state/notifications/change_notifications.h>
-#include <state/reading/read_machine.h>
+#include <state/reading/read_anew.h>
 
 #include "answer/cell_text.h"
 #include "answer/failure.h"

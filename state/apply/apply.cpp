@@ -9,7 +9,7 @@
 #include <state/apply/take_back.h>
 #include <state/desired/standing.h>
 #include <state/plan/restore.h>
-#include <state/reading/read_machine.h>
+#include <state/reading/read_anew.h>
 
 namespace zelk
 {

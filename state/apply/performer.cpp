@@ -8,7 +8,7 @@
 #include <state/apply/stored_settings.h>
 #include <state/platform/system_message.h>
 #include <state/platform/utf8.h>
-#include <state/reading/read_machine.h>
+#include <state/reading/read_anew.h>
 
 namespace zelk
 {

@@ -2,7 +2,7 @@
 
 #include <state/apply/look_schedule.h>
 #include <state/apply/performer.h>
-#include <state/reading/read_machine.h>
+#include <state/reading/read_anew.h>
 
 namespace zelk
 {

@@ -99,7 +99,7 @@ public:
     /// What the system may still write to stays for good.
     ~Request()
     {
-        constexpr DWORD PATIENCE_MS = 5000;
+        constexpr DWORD PATIENCE_MS = 1000;
         if (!m_pending)
             return;
         const bool over = ::CancelIPChangeNotify(m_overlapped.get())

@@ -1,7 +1,6 @@
 #include <state/reading/read_machine.h>
 
 #include <algorithm>
-#include <future>
 #include <iterator>
 #include <optional>
 #include <set>
@@ -80,11 +79,6 @@ Machine ReadMachine(const ReadOptions& options)
     if (options.identity)
         ReadIdentity(reading, parameters);
     return std::move(reading.machine);
-}
-
-Machine ReadAnew(const ReadOptions& options)
-{
-    return std::async(std::launch::async, [&] { return ReadMachine(options); }).get();
 }
 
 } // namespace zelk

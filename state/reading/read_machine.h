@@ -24,8 +24,4 @@ struct ReadOptions
 /// @throws std::bad_alloc when memory is out.
 Machine ReadMachine(const ReadOptions& options = {});
 
-/// The same, read on a thread of its own, for who reads again and again: some systems keep what they have read of the
-/// resolver's settings for each thread.
-Machine ReadAnew(const ReadOptions& options = {});
-
 } // namespace zelk

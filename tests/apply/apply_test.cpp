@@ -15,7 +15,7 @@
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
 #include <state/desired_walk.h>
-#include <state/reading/read_machine.h>
+#include <state/reading/read_anew.h>
 #include <support/golden.h>
 #include <support/import_patch.h>
 
