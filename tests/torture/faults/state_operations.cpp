@@ -22,33 +22,42 @@ struct Texts
 
 constexpr const char* NOTHING = R"({"adapters": []})";
 
+/// Desired states.
+struct Documents
+{
+    std::string sExported; ///< this machine as it is
+    std::string sChanged;  ///< what only the registry keeps of one adapter
+    std::string sBack;     ///< the same as it was before
+};
+
 struct Operation
 {
     const char* pszName;
-    int (*pCall)(const char* pszExported, char** ppszResult, char** ppszError);
+    int (*pCall)(const Documents& documents, char** ppszResult, char** ppszError);
+    bool bChanges = false;
 };
 
-#define OPERATION(function, ...)                                                                                       \
-    {                                                                                                                  \
-#function "(" #__VA_ARGS__ ")",                                                                                \
-            []([[maybe_unused]] const char* pszExported, char** ppszResult,                                            \
-               char** ppszError) { return function(__VA_ARGS__ __VA_OPT__(, ) ppszResult, ppszError); }                \
-    }
+#define CALL(function, ...)                                                                                            \
+#function "(" #__VA_ARGS__ ")",                                                                                    \
+        []([[maybe_unused]] const Documents& documents, char** ppszResult,                                             \
+           char** ppszError) { return function(__VA_ARGS__ __VA_OPT__(, ) ppszResult, ppszError); }
 
 constexpr Operation OPERATIONS[] = {
-    OPERATION(zelk_state_version),
-    OPERATION(zelk_state_read, nullptr),
-    OPERATION(zelk_state_read, R"({"identity": false})"),
-    OPERATION(zelk_state_export, nullptr),
-    OPERATION(zelk_state_export, R"({"adapters": ["none"]})"),
-    OPERATION(zelk_state_plan, NOTHING, nullptr),
-    OPERATION(zelk_state_plan, pszExported, nullptr),
-    OPERATION(zelk_state_plan, "[", nullptr),
-    OPERATION(zelk_state_apply, NOTHING, nullptr, nullptr, nullptr),
-    OPERATION(zelk_state_pending, nullptr),
-    OPERATION(zelk_state_confirm, R"({"timeout": 1})"),
-    OPERATION(zelk_state_restore, R"({"timeout": 1})", nullptr, nullptr),
-    OPERATION(zelk_state_restore, R"({"discard": true})", nullptr, nullptr),
+    {CALL(zelk_state_version)},
+    {CALL(zelk_state_read, nullptr)},
+    {CALL(zelk_state_read, R"({"identity": false})")},
+    {CALL(zelk_state_export, nullptr)},
+    {CALL(zelk_state_export, R"({"adapters": ["none"]})")},
+    {CALL(zelk_state_plan, NOTHING, nullptr)},
+    {CALL(zelk_state_plan, documents.sExported.c_str(), nullptr)},
+    {CALL(zelk_state_plan, "[", nullptr)},
+    {CALL(zelk_state_apply, NOTHING, nullptr, nullptr, nullptr)},
+    {CALL(zelk_state_apply, documents.sChanged.c_str(), R"({"timeout": 1})", nullptr, nullptr), true},
+    {CALL(zelk_state_apply, documents.sChanged.c_str(), R"({"confirmWithin": 60})", nullptr, nullptr), true},
+    {CALL(zelk_state_pending, nullptr)},
+    {CALL(zelk_state_confirm, R"({"timeout": 1})")},
+    {CALL(zelk_state_restore, R"({"timeout": 1})", nullptr, nullptr)},
+    {CALL(zelk_state_restore, R"({"discard": true})", nullptr, nullptr)},
 };
 
 /// Whether exactly one of the two texts is there, and is JSON.
@@ -61,20 +70,47 @@ bool IsAsPromised(int iCode, const Texts& texts)
     return bResult ? !document.is_discarded() : document.is_object() && document.value("exitCode", -1) == iCode;
 }
 
-/// This machine's configuration as a desired state.
-std::string Exported()
+void Free(const Texts& texts)
 {
-    Texts texts;
-    zelk_state_export(nullptr, &texts.pszResult, &texts.pszError);
-    const std::string sExported = texts.pszResult != nullptr ? texts.pszResult : NOTHING;
     zelk_state_free(texts.pszResult);
     zelk_state_free(texts.pszError);
-    return sExported;
+}
+
+std::string Registry(const std::string& sGuid, const char* pszSuffix, const char* pszNetbios)
+{
+    const nlohmann::json ipv4 = {{"dnsSuffix", pszSuffix}, {"netbios", pszNetbios}};
+    return nlohmann::json{{"adapters", {{{"adapter", "guid:" + sGuid}, {"ipv4", ipv4}}}}}.dump();
+}
+
+Documents MakeDocuments(const std::wstring& sGuid)
+{
+    const std::string sNarrow(sGuid.begin(), sGuid.end()); // of ASCII alone
+    Documents documents = {NOTHING, Registry(sNarrow, "other.example", "enabled"),
+                           Registry(sNarrow, "example.com", "disabled")};
+    Texts texts;
+    if (zelk_state_export(nullptr, &texts.pszResult, &texts.pszError) == 0)
+        documents.sExported = texts.pszResult;
+    Free(texts);
+    return documents;
+}
+
+/// Whether the machine is as asked for if the code says so. It is as before afterwards.
+bool IsDoneAndTakenBack(const Documents& documents, int iCode)
+{
+    Texts texts[3];
+    const bool bDone =
+        zelk_state_plan(documents.sChanged.c_str(), nullptr, &texts[0].pszResult, &texts[0].pszError) == 0;
+    zelk_state_restore(nullptr, nullptr, nullptr, &texts[1].pszResult, &texts[1].pszError);
+    const bool bBack = zelk_state_apply(documents.sBack.c_str(), nullptr, nullptr, nullptr, &texts[2].pszResult,
+                                        &texts[2].pszError) == 0;
+    for (const Texts& each : texts)
+        Free(each);
+    return bDone == (iCode == 0) && bBack;
 }
 
 } // namespace
 
-bool CallOperation(unsigned int uiOperation, const wchar_t*, void (*pCount)(bool bBegin), Answer& answer)
+bool CallOperation(unsigned int uiOperation, const wchar_t* pszGuid, void (*pCount)(bool bBegin), Answer& answer)
 {
     if (uiOperation >= std::size(OPERATIONS))
         return false;
@@ -83,13 +119,13 @@ bool CallOperation(unsigned int uiOperation, const wchar_t*, void (*pCount)(bool
     std::snprintf(answer.allowed, sizeof(answer.allowed), "code=");
     if (pCount == nullptr)
         return true;
-    static const std::string sExported = Exported();
+    static const Documents documents = MakeDocuments(pszGuid);
     Texts texts;
     int iCode = -1;
     try
     {
         pCount(true);
-        iCode = OPERATIONS[uiOperation].pCall(sExported.c_str(), &texts.pszResult, &texts.pszError);
+        iCode = OPERATIONS[uiOperation].pCall(documents, &texts.pszResult, &texts.pszError);
     }
     catch (...)
     {
@@ -97,13 +133,13 @@ bool CallOperation(unsigned int uiOperation, const wchar_t*, void (*pCount)(bool
     }
     pCount(false);
     answer.bResult = true;
-    if (IsAsPromised(iCode, texts))
+    const bool bSound = !OPERATIONS[uiOperation].bChanges || IsDoneAndTakenBack(documents, iCode);
+    if (bSound && IsAsPromised(iCode, texts))
         std::snprintf(answer.text, sizeof(answer.text), "code=%d;", iCode);
     else
         std::snprintf(answer.text, sizeof(answer.text), "broken=%d %.500s %.500s;", iCode,
                       texts.pszResult != nullptr ? texts.pszResult : "no result",
                       texts.pszError != nullptr ? texts.pszError : "no error");
-    zelk_state_free(texts.pszResult);
-    zelk_state_free(texts.pszError);
+    Free(texts);
     return true;
 }
