@@ -34,13 +34,11 @@ public:
     {
     }
 
-    void Check(const std::vector<Difference>& differences)
+    void Check()
     {
         bool running = false;
-        for (const Difference& difference : differences)
+        for (const Difference& difference : Differences(m_machine, {m_target}, {}))
         {
-            if (difference.adapter != m_target.name)
-                continue;
             CheckDifference(difference);
             running = running || IsOfRunningAdapter(difference);
         }
@@ -321,7 +319,7 @@ Plan MakePlan(const Machine& machine, std::vector<Target> targets, const Desired
     const std::size_t count = faults.size();
     for (const Target& target : plan.targets)
         if (const Adapter* const adapter = FindAdapter(machine, target.guid))
-            Feasibility(machine, target, *adapter, faults).Check(plan.differences);
+            Feasibility(machine, target, *adapter, faults).Check();
     if (identity.workgroup && machine.identity.membership && machine.identity.membership != Membership::WORKGROUP &&
         machine.identity.workgroup != identity.workgroup)
         faults.push_back(
