@@ -34,13 +34,15 @@ std::wstring WithoutLoneSurrogates(std::wstring_view text)
     return result;
 }
 
+/// Empty where the system cannot convert the text.
 std::wstring UpperCase(std::string_view text)
 {
     const std::wstring wide = FromUtf8(text);
-    const int length = static_cast<int>(wide.size());
+    const int size = static_cast<int>(wide.size());
     std::wstring result(wide.size(), L'\0');
-    if (length > 0)
-        ::LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, wide.c_str(), length, result.data(), length);
+    const int length =
+        size > 0 ? ::LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, wide.c_str(), size, result.data(), size) : 0;
+    result.resize(static_cast<std::size_t>(length));
     return result;
 }
 
@@ -75,7 +77,10 @@ std::wstring FromUtf8(std::string_view text)
 
 bool EqualIgnoringCase(std::string_view left, std::string_view right)
 {
-    return UpperCase(left) == UpperCase(right);
+    if (left == right)
+        return true;
+    const std::wstring upperCase = UpperCase(left);
+    return !upperCase.empty() && upperCase == UpperCase(right);
 }
 
 } // namespace zelk

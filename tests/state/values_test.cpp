@@ -6,11 +6,13 @@
 
 #include <state/fields/field.h>
 #include <state/machine/persistent_route.h>
+#include <state/platform/utf8.h>
 #include <state/values/guid.h>
 #include <state/values/hardware_address.h>
 #include <state/values/ip_prefix.h>
 #include <state/values/registry_data.h>
 #include <support/golden.h>
+#include <support/import_patch.h>
 
 using namespace zelk;
 
@@ -94,6 +96,26 @@ TEST(RegistryData, WithoutTerminatorsAndOfOddSizes)
     EXPECT_FALSE(DecodeNumber(Bytes(u"\x0201")));
     EXPECT_FALSE(DecodeNumber(Bytes(u"\x0201\x0403", 1)));
     EXPECT_EQ((std::vector<std::string_view>{"a", "b", "c"}), SplitList(" a, b;c,,"));
+}
+
+TEST(Utf8, HasNoHalfOfAPair)
+{
+    EXPECT_EQ("a\xF0\x90\x80\x80", ToUtf8(u"a\xD800\xDC00"));
+    for (const char16_t* const text : {u"a\xD800", u"a\xDC00", u"a\xDFFF", u"a\xDBFF"})
+        EXPECT_EQ("a\xEF\xBF\xBD", ToUtf8(text));
+    EXPECT_EQ("\xEF\xBF\xBD"
+              "b",
+              ToUtf8(u"\xD800"
+                     "b"));
+    EXPECT_EQ("\xEE\x80\x80", ToUtf8(u"\xE000"));
+}
+
+TEST(Utf8, IsComparedEvenWhereTheSystemCannotConvertIt)
+{
+    EXPECT_TRUE(EqualIgnoringCase("lan \xC3\xA4", "LAN \xC3\x84"));
+    const auto patch = PATCH_IMPORT(LCMapStringW, [](auto...) { return 0; });
+    EXPECT_TRUE(EqualIgnoringCase("lan0", "lan0"));
+    EXPECT_FALSE(EqualIgnoringCase("lan0", "lan1"));
 }
 
 } // namespace
