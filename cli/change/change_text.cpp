@@ -36,12 +36,12 @@ Table::Cell LinesOf(const Json& value)
     return lines;
 }
 
-/// What is in use, and below it what is configured where that is something else.
+/// What is in use, as far as that could be read, and below it what is configured where that is something else.
 Table::Cell BeforeLines(const Json& before)
 {
     if (!before.is_object() || !before.contains("inUse"))
         return LinesOf(before);
-    Table::Cell lines = LinesOf(before["inUse"]);
+    Table::Cell lines = before["inUse"].is_null() ? Table::Cell{"unknown"} : LinesOf(before["inUse"]);
     if (before["configured"].is_null())
         return lines;
     const Table::Cell configured = LinesOf(before["configured"]);
