@@ -111,7 +111,9 @@ const std::pair<std::string_view, void*> STAND_INS[] = {
     {" Sleep ", Address(&SleepShortly)},
     {" LoadLibraryW ", Address(&LoadLibraryThatIsThere)},
     {" SetupDiEnumDeviceInfo ", Address(&FirstAlone)},
-    {" SetupDiSetClassInstallParamsW SetupDiCallClassInstaller ", Address(&Yes)},
+    {" SetupDiSetClassInstallParamsW SetupDiCallClassInstaller _ZN5TOLVA13EnableAdapterERKNS_8NIC_INFOE "
+     "_ZN5TOLVA14DisableAdapterERKNS_8NIC_INFOE ",
+     Address(&Yes)},
     {" _wspawnlp DeviceProperties_RunDLLW SetAdapterIpAddress CreateIpForwardEntry CreateIpForwardEntry2 "
      "DeleteIpForwardEntry DeleteIpForwardEntry2 DeleteIPAddress LsaSetInformationPolicy ",
      Address(&Done)},

@@ -28,6 +28,7 @@ struct Documents
     std::string sExported; ///< this machine as it is
     std::string sChanged;  ///< what only the registry keeps of one adapter
     std::string sBack;     ///< the same as it was before
+    std::string sDisabled; ///< what a stand-in of the platform only claims to do
 };
 
 struct Operation
@@ -54,6 +55,7 @@ constexpr Operation OPERATIONS[] = {
     {CALL(zelk_state_apply, NOTHING, nullptr, nullptr, nullptr)},
     {CALL(zelk_state_apply, documents.sChanged.c_str(), R"({"timeout": 1})", nullptr, nullptr), true},
     {CALL(zelk_state_apply, documents.sChanged.c_str(), R"({"confirmWithin": 60})", nullptr, nullptr), true},
+    {CALL(zelk_state_apply, documents.sDisabled.c_str(), R"({"timeout": 1})", nullptr, nullptr), true},
     {CALL(zelk_state_pending, nullptr)},
     {CALL(zelk_state_confirm, R"({"timeout": 1})")},
     {CALL(zelk_state_restore, R"({"timeout": 1})", nullptr, nullptr)},
@@ -76,17 +78,22 @@ void Free(const Texts& texts)
     zelk_state_free(texts.pszError);
 }
 
+std::string Desired(const std::string& sGuid, nlohmann::json settings)
+{
+    settings["adapter"] = "guid:" + sGuid;
+    return nlohmann::json{{"adapters", {settings}}}.dump();
+}
+
 std::string Registry(const std::string& sGuid, const char* pszSuffix, const char* pszNetbios)
 {
-    const nlohmann::json ipv4 = {{"dnsSuffix", pszSuffix}, {"netbios", pszNetbios}};
-    return nlohmann::json{{"adapters", {{{"adapter", "guid:" + sGuid}, {"ipv4", ipv4}}}}}.dump();
+    return Desired(sGuid, {{"ipv4", {{"dnsSuffix", pszSuffix}, {"netbios", pszNetbios}}}});
 }
 
 Documents MakeDocuments(const std::wstring& sGuid)
 {
     const std::string sNarrow(sGuid.begin(), sGuid.end()); // of ASCII alone
     Documents documents = {NOTHING, Registry(sNarrow, "other.example", "enabled"),
-                           Registry(sNarrow, "example.com", "disabled")};
+                           Registry(sNarrow, "example.com", "disabled"), Desired(sNarrow, {{"enabled", false}})};
     Texts texts;
     if (zelk_state_export(nullptr, &texts.pszResult, &texts.pszError) == 0)
         documents.sExported = texts.pszResult;
@@ -97,12 +104,13 @@ Documents MakeDocuments(const std::wstring& sGuid)
 /// Whether the machine is as asked for if the code says so. It is as before afterwards.
 bool IsDoneAndTakenBack(const Documents& documents, int iCode)
 {
-    Texts texts[3];
+    Texts texts[4];
     const bool bDone =
         zelk_state_plan(documents.sChanged.c_str(), nullptr, &texts[0].pszResult, &texts[0].pszError) == 0;
-    zelk_state_restore(nullptr, nullptr, nullptr, &texts[1].pszResult, &texts[1].pszError);
-    const bool bBack = zelk_state_apply(documents.sBack.c_str(), nullptr, nullptr, nullptr, &texts[2].pszResult,
-                                        &texts[2].pszError) == 0;
+    zelk_state_restore(R"({"timeout": 1})", nullptr, nullptr, &texts[1].pszResult, &texts[1].pszError);
+    zelk_state_restore(R"({"discard": true})", nullptr, nullptr, &texts[2].pszResult, &texts[2].pszError);
+    const bool bBack = zelk_state_apply(documents.sBack.c_str(), nullptr, nullptr, nullptr, &texts[3].pszResult,
+                                        &texts[3].pszError) == 0;
     for (const Texts& each : texts)
         Free(each);
     return bDone == (iCode == 0) && bBack;

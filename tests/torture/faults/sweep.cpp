@@ -127,10 +127,10 @@ std::vector<unsigned int> Sweep::Operations()
     return operations;
 }
 
-/// All cases of all operations, or at random until the time is over.
+/// All cases of all operations, or at random until the time is over: first those of places that are still to be tried.
 void Sweep::TryOperations()
 {
-    constexpr std::size_t CASES_A_TURN = 20;
+    constexpr std::size_t CASES_A_TURN = 8;
     const bool bRandom = m_kind.dSeconds > 0;
     const unsigned int uiMost = m_kind.IsPlanted() ? 1 : 20; // complaints
     std::mt19937 random(m_kind.uiSeed);
@@ -138,14 +138,18 @@ void Sweep::TryOperations()
     const auto IsOver = [&] {
         return m_uiComplaints >= uiMost || (bRandom && std::chrono::steady_clock::now() >= end);
     };
-    const std::vector<unsigned int> operations = Operations();
+    std::vector<unsigned int> operations = Operations();
+    if (bRandom)
+        std::shuffle(operations.begin(), operations.end(), random);
     for (std::size_t i = 0; (bRandom || i < operations.size()) && !IsOver(); ++i)
     {
-        Take(operations[bRandom ? random() % operations.size() : i]);
+        Take(operations[i % operations.size()]);
         std::vector<Case> cases = Cases();
         if (bRandom)
         {
             std::shuffle(cases.begin(), cases.end(), random);
+            std::stable_partition(cases.begin(), cases.end(),
+                                  [&](const Case& one) { return !m_known.contains(one.place); });
             cases.resize(std::min(cases.size(), CASES_A_TURN));
         }
         for (const Case& tried : cases)
@@ -205,7 +209,7 @@ std::vector<Sweep::Case> Sweep::Cases()
     Perform({}, m_answer);
     const std::vector<Call> calls = injector::Recorded();
     Unload();
-    std::map<std::pair<const Slot*, std::size_t>, std::vector<unsigned int>> places;
+    std::map<Place, std::vector<unsigned int>> places;
     for (unsigned int i = 0; i < calls.size(); ++i)
         places[{calls[i].pSlot, calls[i].place}].push_back(i + 1);
     m_figures["places that call the platform"] += places.size();
@@ -220,12 +224,12 @@ std::vector<Sweep::Case> Sweep::Cases()
         if (bKnown && m_kind.uiLevel == 4)
             continue; // a line more of the trace
         if (bKnown)
-            cases.push_back({{first, cases.size() % 2 == 0 ? first : ALL, first % ways}, first % 2 == 0});
+            cases.push_back({{first, cases.size() % 2 == 0 ? first : ALL, first % ways}, first % 2 == 0, place});
         else
             for (const unsigned int n : std::set{first, second, numbers.back()})
                 for (unsigned int way = 0; way < ways; ++way)
                     for (const unsigned int last : {n, ALL})
-                        cases.push_back({{n, last, way}, (n + way) % 2 == 0});
+                        cases.push_back({{n, last, way}, (n + way) % 2 == 0, place});
     }
     m_before = CountResources();
     return cases;
@@ -234,6 +238,7 @@ std::vector<Sweep::Case> Sweep::Cases()
 void Sweep::Try(const Case& tried)
 {
     m_tried = tried;
+    m_known.insert(tried.place);
     ullBegin = ::GetTickCount64();
     Perform(tried, m_answer);
     m_pFailed = injector::Count().pFirstFailed;

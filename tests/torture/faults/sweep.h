@@ -37,10 +37,12 @@ public:
     bool Run();
 
 private:
+    using Place = std::pair<const Slot*, std::size_t>; ///< from which a function is called
     struct Case
     {
         Plan plan;
         bool bNewThread = false;
+        Place place = {};
     };
 
     static DWORD WINAPI Watch(void*);
@@ -69,7 +71,7 @@ private:
     const Slot* m_pFailed = nullptr; ///< the first that failed in it
     Answer m_reference = {}, m_answer = {}, m_next = {};
     Resources m_before = {};
-    std::set<std::pair<const Slot*, std::size_t>> m_known; ///< places that an operation has been tried with
-    std::set<unsigned int> m_failing;                      ///< operations that fail in any case
+    std::set<Place> m_known;          ///< places that an operation has been tried with
+    std::set<unsigned int> m_failing; ///< operations that fail in any case
     std::map<std::string, unsigned long long> m_figures;
 };
