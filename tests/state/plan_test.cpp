@@ -126,20 +126,6 @@ TEST(Export, LeavesOutWhatIsInUseOtherwiseThanConfigured)
     EXPECT_TRUE(PlanFor(windows.machine, exported().state).differences.empty());
 }
 
-TEST(Export, ChangesNothingWhereTwoAdaptersHaveStoredTheSameAddress)
-{
-    SimulatedWindows windows = Start();
-    windows.Find("lan0").status = AdapterStatus::UNPLUGGED;
-    Adapter absent = windows.Find("lan0");
-    absent.guid = Guid::Parse("{00000000-0000-0000-0000-000000000099}");
-    absent.connectionName = "absent";
-    absent.status = AdapterStatus::NOT_PRESENT;
-    windows.machine.adapters.push_back(absent);
-    const auto exported = ExportState(windows.machine, ExportedAdapters(windows.machine), false);
-    EXPECT_FALSE(exported.state.adapters.back().ipv4.addresses);
-    EXPECT_TRUE(PlanFor(windows.machine, exported.state).differences.empty());
-}
-
 /// Whether every address that the machine has now and will have again is there in between.
 bool KeepsAddresses(const Machine& before, const Plan& plan, const Machine& now)
 {
