@@ -75,17 +75,18 @@ std::optional<std::vector<Gateway>> StaticGateways(StoredKey& key)
     for (std::size_t i = 0; i < addresses->size(); ++i)
     {
         const auto address = IpAddress::Parse((*addresses)[i]);
-        if (!address)
-            return key.Refuse<std::vector<Gateway>>(L"DefaultGateway", "holds something that is not an address").value;
+        if (!address || !address->IsIpv4())
+            return key.Refuse<std::vector<Gateway>>(L"DefaultGateway", "holds something that is not an IPv4 address")
+                .value;
         if (!address->IsUnspecified())
             gateways.push_back({*address, MetricAt(*metrics, i)});
     }
     return gateways;
 }
 
-std::optional<AutomaticOr<std::vector<IpAddress>>> StaticDnsServers(StoredKey& key)
+std::optional<AutomaticOr<std::vector<IpAddress>>> StaticDnsServers(StoredKey& key, Family family)
 {
-    auto servers = key.AddressesInText(L"NameServer").Or({});
+    auto servers = key.AddressesInText(L"NameServer", family).Or({});
     if (!servers)
         return std::nullopt;
     if (servers->empty())
@@ -103,10 +104,12 @@ std::optional<AutomaticOr<std::uint32_t>> NumberOrAutomatic(StoredKey& key, std:
 }
 
 /// What the registry leaves open is what is in use: from Vista on the system may keep the metric elsewhere.
-void ReadInterfaceSettings(StoredKey& key, IpSettings& settings, bool isActiveKnown, bool vista)
+void ReadInterfaceSettings(StoredKey& key, Family family, const MachineSettings& machine, bool vista,
+                           IpSettings& settings)
 {
+    const bool isActiveKnown = !vista || !machine.unreadInterfaces.contains(family);
     ConfiguredIp& configured = settings.configured;
-    configured.dnsServers = StaticDnsServers(key);
+    configured.dnsServers = StaticDnsServers(key, family);
     configured.dnsSuffix = key.Text(L"Domain").Or({});
     configured.metric = NumberOrAutomatic(key, L"InterfaceMetric");
     if (configured.metric == AutomaticOr<std::uint32_t>() && !isActiveKnown)
@@ -161,8 +164,8 @@ void ReadLease(StoredKey& key, IpSettings& settings)
         lease.server = Server(key);
     lease.obtained = Time(key, L"LeaseObtainedTime");
     lease.expires = Time(key, L"LeaseTerminatesTime");
-    lease.gateways = key.Addresses(L"DhcpDefaultGateway").Or({});
-    lease.dnsServers = key.AddressesInText(L"DhcpNameServer").Or({});
+    lease.gateways = key.Addresses(L"DhcpDefaultGateway", Family::IPV4).Or({});
+    lease.dnsServers = key.AddressesInText(L"DhcpNameServer", Family::IPV4).Or({});
     lease.dnsSuffix = key.Text(L"DhcpDomain").Or({});
 }
 
@@ -189,7 +192,7 @@ void ReadIpv4(Adapter& adapter, const std::wstring& guid, const MachineSettings&
     configured.autoconfiguration = Autoconfiguration(key, machine);
     if (ipv4.enabled == true)
         ipv4.autoconfiguration = configured.autoconfiguration;
-    ReadInterfaceSettings(key, ipv4, !vista || !machine.unreadInterfaces.contains(Family::IPV4), vista);
+    ReadInterfaceSettings(key, Family::IPV4, machine, vista, ipv4);
     ReadLease(key, ipv4);
 }
 
@@ -221,7 +224,7 @@ void ReadIpv6(Adapter& adapter, const std::wstring& guid, const MachineSettings&
                                "The configured IPv6 settings are not known.");
     if (const auto state = key.Number(L"Dhcpv6State"); state.value)
         ipv6.dhcp = *state.value != 0;
-    ReadInterfaceSettings(key, ipv6, !vista || !machine.unreadInterfaces.contains(Family::IPV6), vista);
+    ReadInterfaceSettings(key, Family::IPV6, machine, vista, ipv6);
     ConcludeConfigured(adapter);
 }
 

@@ -102,34 +102,35 @@ Stored<IpAddress> StoredKey::Address(std::wstring_view name)
 }
 
 template <class List>
-Stored<std::vector<IpAddress>> StoredKey::ParseAddresses(std::wstring_view name, const List& texts)
+Stored<std::vector<IpAddress>> StoredKey::ParseAddresses(std::wstring_view name, Family family, const List& texts)
 {
     std::vector<IpAddress> addresses;
     for (const std::string_view text : texts)
     {
         const auto address = IpAddress::Parse(text);
-        if (!address)
-            return Refuse<std::vector<IpAddress>>(name, "holds something that is not an address");
+        if (!address || address->GetFamily() != family)
+            return Refuse<std::vector<IpAddress>>(name, std::string("holds something that is not an ") +
+                                                            FamilyName(family) + " address");
         if (!address->IsUnspecified())
             addresses.push_back(*address);
     }
     return {std::move(addresses), true};
 }
 
-Stored<std::vector<IpAddress>> StoredKey::Addresses(std::wstring_view name)
+Stored<std::vector<IpAddress>> StoredKey::Addresses(std::wstring_view name, Family family)
 {
     const auto texts = Texts(name);
     if (!texts.value)
         return {std::nullopt, texts.readable};
-    return ParseAddresses(name, *texts.value);
+    return ParseAddresses(name, family, *texts.value);
 }
 
-Stored<std::vector<IpAddress>> StoredKey::AddressesInText(std::wstring_view name)
+Stored<std::vector<IpAddress>> StoredKey::AddressesInText(std::wstring_view name, Family family)
 {
     const auto text = Text(name);
     if (!text.value)
         return {std::nullopt, text.readable};
-    return ParseAddresses(name, SplitList(*text.value));
+    return ParseAddresses(name, family, SplitList(*text.value));
 }
 
 } // namespace zelk

@@ -51,9 +51,9 @@ public:
     /// A text that is one address. An empty one is as good as none.
     [[nodiscard]] Stored<IpAddress> Address(std::wstring_view name);
     /// A list of texts, each an address; unspecified ones left out.
-    [[nodiscard]] Stored<std::vector<IpAddress>> Addresses(std::wstring_view name);
+    [[nodiscard]] Stored<std::vector<IpAddress>> Addresses(std::wstring_view name, Family family);
     /// Addresses in one text, separated by commas or blanks; unspecified ones left out.
-    [[nodiscard]] Stored<std::vector<IpAddress>> AddressesInText(std::wstring_view name);
+    [[nodiscard]] Stored<std::vector<IpAddress>> AddressesInText(std::wstring_view name, Family family);
 
     /// Reports that the value makes no sense; gives what stands for such a value.
     template <class T>
@@ -70,7 +70,7 @@ private:
     template <class T, class Decode>
     Stored<T> Read(std::wstring_view name, bool (*isOfType)(DWORD), std::string_view kind, Decode&& decode);
     template <class List>
-    Stored<std::vector<IpAddress>> ParseAddresses(std::wstring_view name, const List& texts);
+    Stored<std::vector<IpAddress>> ParseAddresses(std::wstring_view name, Family family, const List& texts);
 
     std::wstring m_path;
     std::vector<Problem>* m_problems;

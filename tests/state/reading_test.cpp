@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <random>
 #include <set>
 
 #include <gtest/gtest.h>
 
+#include <state/desired/export.h>
+#include <state/desired/json_form.h>
 #include <state/fake_windows.h>
 #include <state/fields/schema.h>
+#include <state/plan/plan.h>
 #include <state/reading/read_machine.h>
 #include <support/files.h>
 #include <support/golden.h>
@@ -208,6 +212,68 @@ struct Office : FakeWindows
             Set(routesKey, route, StringData(L""));
     }
 };
+
+/// The two adapters, with settings and rows of tables that nobody would have made, more of them each time.
+struct OddOffice : Office
+{
+    explicit OddOffice(unsigned int seed) : random(seed) { majorVersion = One<ULONG>({5, 6, 10}); }
+
+    void Change()
+    {
+        FakeAdapter& adapter = adapters[random() % 2];
+        const std::wstring classKey = CONTROL + L"Class" + NETWORK + L"000" + std::to_wstring(adapter.index);
+        Set(One<std::wstring>({Ipv4Key(adapter), Ipv4Key(adapter), Ipv6Key(adapter), classKey}),
+            One<const wchar_t*>(
+                {L"IPAddress",          L"SubnetMask",      L"DefaultGateway",      L"DefaultGatewayMetric",
+                 L"NameServer",         L"Domain",          L"InterfaceMetric",     L"MTU",
+                 L"EnableDHCP",         L"DhcpIPAddress",   L"DhcpSubnetMask",      L"DhcpServer",
+                 L"DhcpDefaultGateway", L"DhcpNameServer",  L"LeaseTerminatesTime", L"Dhcpv6State",
+                 L"NetworkAddress",     L"Characteristics", L"DriverDate",          L"DriverDesc",
+                 L"*SpeedDuplex"}),
+            One({StringData(L""), StringData(L"0.0.0.0"), StringData(L"192.0.2.7 2001:db8::7"), StringData(L"\xD800"),
+                 ListData({}), ListData({L"0.0.0.0", L"192.0.2.8"}), ListData({L"255.255.255.0"}), ListData({L"::"}),
+                 DwordData(0), DwordData(1), DwordData(576), DwordData(0x7FFFFFFF)}));
+        adapter.status = One({IfOperStatusUp, IfOperStatusDown, IfOperStatusNotPresent});
+        adapter.dhcpServer = One<std::string>({"", "255.255.255.255", "198.51.100.1"});
+        adapter.dnsServers = {One<std::string>({"192.0.2.53", "127.0.0.1", "fec0:0:0:ffff::1", "2001:db8::53"})};
+        adapter.addresses[0].prefix = One<std::string>({"192.0.2.7/24", "0.0.0.0/0", "169.254.1.1/16", "10.1.1.1/32"});
+        const bool ipv4 = random() % 2 == 0;
+        routes.push_back({ipv4 ? One<std::string>({"0.0.0.0/0", "198.18.0.0/15", "192.0.2.7/32"})
+                               : One<std::string>({"::/0", "2001:db8:5::/48", "ff00::/8"}),
+                          ipv4 ? One<std::string>({"0.0.0.0", "192.0.2.1"}) : One<std::string>({"::", "fe80::ff"}),
+                          One<ULONG>({3, 5, 99}), One<ULONG>({0, 1, 256}),
+                          static_cast<NL_ROUTE_PROTOCOL>(random() % 20), static_cast<NL_ROUTE_ORIGIN>(random() % 5)});
+    }
+
+    template <class T>
+    T One(std::initializer_list<T> values)
+    {
+        return values.begin()[random() % values.size()];
+    }
+
+    std::mt19937 random;
+};
+
+TEST(Reading, DescribesAnyMachineSoThatItCanBeKept)
+{
+    for (unsigned int seed = std::random_device()(), last = seed + 6; seed != last; ++seed)
+    {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        OddOffice windows(seed);
+        for (int i = 0; i < 25; ++i)
+        {
+            windows.Change();
+            const Machine machine = ReadMachine();
+            ASSERT_TRUE(machine == ReadMachine()) << ToJson(machine).dump();
+            std::vector<Fault> faults;
+            const Json exported = ToJson(ExportState(machine, ExportedAdapters(machine), true).state);
+            const DesiredState state = ParseDesiredState(exported.dump(), faults);
+            const Plan plan = MakePlan(machine, state, faults);
+            ASSERT_TRUE(faults.empty()) << faults[0].place << ' ' << faults[0].text << '\n' << exported.dump();
+            ASSERT_TRUE(plan.differences.empty()) << ToJson(plan).dump() << '\n' << ToJson(machine).dump();
+        }
+    }
+}
 
 /// With the devices of the two, and one that is switched off.
 struct OfficeWithDevices : Office
