@@ -109,6 +109,11 @@ LONG WINAPI TellVersion(OSVERSIONINFOW* version)
     return 0;
 }
 
+ULONG MaskOf(const zelk::IpPrefix& prefix)
+{
+    return htonl(static_cast<ULONG>(~0ULL << (32 - prefix.length)));
+}
+
 DWORD OldRoutes(MIB_IPFORWARDTABLE* table, ULONG* size)
 {
     if (const DWORD code = theWindows->Count("GetIpForwardTable"))
@@ -124,10 +129,12 @@ DWORD OldRoutes(MIB_IPFORWARDTABLE* table, ULONG* size)
     for (const FakeRoute& route : theWindows->routes)
     {
         const auto destination = zelk::IpPrefix::Parse(route.destination).value();
+        if (!destination.address.IsIpv4())
+            continue; // another table has them
         MIB_IPFORWARDROW& row = table->table[table->dwNumEntries++];
         row = {};
         row.dwForwardDest = SocketInet(destination.address.ToText()).Ipv4.sin_addr.s_addr;
-        row.dwForwardMask = destination.length == 0 ? 0 : htonl(~0U << (32 - destination.length));
+        row.dwForwardMask = MaskOf(destination);
         row.dwForwardNextHop = SocketInet(route.nextHop).Ipv4.sin_addr.s_addr;
         row.dwForwardIfIndex = route.index;
         row.dwForwardMetric1 = route.metric;
@@ -385,7 +392,7 @@ DWORD FakeWindows::OldAddresses(MIB_IPADDRTABLE* table, ULONG* size)
         MIB_IPADDRROW& row = table->table[table->dwNumEntries++];
         row.dwIndex = adapter.index;
         row.dwAddr = SocketInet(prefix.address.ToText()).Ipv4.sin_addr.s_addr;
-        row.dwMask = htonl(~0U << (32 - prefix.length));
+        row.dwMask = MaskOf(prefix);
     }
     return NO_ERROR;
 }
