@@ -1,6 +1,7 @@
 #include <state/apply/ipv6_binding.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <winsock2.h>
@@ -36,7 +37,7 @@ struct ReleaseInterface
 template <class T>
 using UniqueInterface = std::unique_ptr<T, ReleaseInterface>;
 
-/// Where a call of COM puts an interface; it is owned when the call is over.
+/// Where a call of COM puts an interface. It is owned only when the statement with the call is over.
 template <class T>
 class Out
 {
@@ -80,14 +81,12 @@ public:
         constexpr DWORD PATIENCE_MS = 5000;
         HRESULT code =
             ::CoCreateInstance(NETWORK_CONFIGURATION, nullptr, CLSCTX_INPROC_SERVER, CONFIGURATION, Out(m_whole));
-        if (SUCCEEDED(code))
+        if (code == S_OK)
             code = m_whole->QueryInterface(CONFIGURATION_LOCK, Out(m_lock));
-        if (SUCCEEDED(code))
+        if (code == S_OK)
             code = m_lock->AcquireWriteLock(PATIENCE_MS, L"zelkctl", nullptr);
-        if (code == S_FALSE)
-            code = NETCFG_E_NO_WRITE_LOCK;
-        if (FAILED(code))
-            return code;
+        if (code != S_OK) // S_FALSE: another program has the lock
+            return FAILED(code) ? code : NETCFG_E_NO_WRITE_LOCK;
         m_locked = true;
         code = m_whole->Initialize(nullptr);
         m_initialized = SUCCEEDED(code);
@@ -118,23 +117,42 @@ std::string TextOf(const GUID& guid)
     return ToUtf8(text);
 }
 
-/// Whether the path leads down to the adapter.
-bool LeadsTo(INetCfgBindingPath& path, const Guid& adapter)
+/// The GUID of what an interface leads down to, where it has one.
+std::optional<Guid> LowerGuid(INetCfgBindingInterface& hop)
 {
-    UniqueInterface<IEnumNetCfgBindingInterface> hops;
-    if (path.EnumBindingInterfaces(Out(hops)) != S_OK)
-        return false;
+    UniqueInterface<INetCfgComponent> lower;
+    GUID guid = {};
+    HRESULT code = hop.GetLowerComponent(Out(lower));
+    if (code == S_OK)
+        code = lower->GetInstanceGuid(&guid);
+    return code == S_OK ? Guid::Parse(TextOf(guid)) : std::nullopt;
+}
+
+/// Gives the elements of an enumeration to a function until it wants no more. S_OK when it wants no more, S_FALSE at
+/// the end.
+template <class Element, class Enumeration, class Function>
+HRESULT ForEach(Enumeration& enumeration, Function function)
+{
     for (;;)
     {
-        UniqueInterface<INetCfgBindingInterface> hop;
-        UniqueInterface<INetCfgComponent> lower;
-        GUID guid = {};
-        if (hops->Next(1, Out(hop), nullptr) != S_OK)
-            return false;
-        if (hop->GetLowerComponent(Out(lower)) == S_OK && lower->GetInstanceGuid(&guid) == S_OK &&
-            Guid::Parse(TextOf(guid)) == adapter)
-            return true;
+        UniqueInterface<Element> element;
+        const HRESULT code = enumeration.Next(1, Out(element), nullptr);
+        if (code != S_OK)
+            return code;
+        if (const HRESULT done = function(*element); done != S_FALSE)
+            return done;
     }
+}
+
+/// S_OK when the path leads down to the adapter, S_FALSE when it does not.
+HRESULT LeadsTo(INetCfgBindingPath& path, const Guid& adapter)
+{
+    UniqueInterface<IEnumNetCfgBindingInterface> hops;
+    const HRESULT code = path.EnumBindingInterfaces(Out(hops));
+    if (code != S_OK)
+        return code;
+    return ForEach<INetCfgBindingInterface>(
+        *hops, [&](INetCfgBindingInterface& hop) { return LowerGuid(hop) == adapter ? S_OK : S_FALSE; });
 }
 
 HRESULT Bind(const Configuration& configuration, const Guid& adapter, bool wanted)
@@ -147,20 +165,19 @@ HRESULT Bind(const Configuration& configuration, const Guid& adapter, bool wante
         code = protocol->QueryInterface(COMPONENT_BINDINGS, Out(bindings));
     if (code == S_OK)
         code = bindings->EnumBindingPaths(EBP_BELOW, Out(paths));
-    if (code != S_OK)
-        return FAILED(code) ? code : HRESULT_FROM_WIN32(ERROR_NOT_FOUND); // S_FALSE: the protocol is not installed
     bool found = false;
-    for (;;)
-    {
-        UniqueInterface<INetCfgBindingPath> path;
-        if (paths->Next(1, Out(path), nullptr) != S_OK)
-            return found ? configuration->Apply() : HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-        if (!LeadsTo(*path, adapter))
-            continue;
-        found = true;
-        if (code = path->Enable(wanted ? TRUE : FALSE); FAILED(code))
-            return code;
-    }
+    if (code == S_OK)
+        code = ForEach<INetCfgBindingPath>(*paths, [&](INetCfgBindingPath& path) {
+            const HRESULT leads = LeadsTo(path, adapter);
+            if (leads != S_OK)
+                return leads;
+            found = true;
+            const HRESULT enabled = path.Enable(wanted ? TRUE : FALSE);
+            return FAILED(enabled) ? enabled : S_FALSE; // there may be more
+        });
+    if (FAILED(code))
+        return code;
+    return found ? configuration->Apply() : HRESULT_FROM_WIN32(ERROR_NOT_FOUND); // or the protocol is not installed
 }
 
 } // namespace
