@@ -1,7 +1,6 @@
 #include <state/plan/plan.h>
 
 #include <algorithm>
-#include <set>
 
 #include <state/desired/checks.h>
 #include <state/desired/machine_names.h>
@@ -16,8 +15,6 @@ namespace zelk
 {
 namespace
 {
-
-using Prefixes = std::vector<IpPrefix>;
 
 /// What can be set of an adapter only while it runs.
 bool IsOfRunningAdapter(const Difference& difference)
@@ -90,172 +87,157 @@ private:
     std::vector<Fault>& m_faults;
 };
 
-/// Plans the steps of all adapters, on a copy of the machine that follows what is planned across adapters.
+/// Plans the steps of all adapters, on a copy of the machine that follows what is planned across adapters. One that has
+/// gone gets no steps; its differences say so.
 class Planner
 {
 public:
-    Planner(const Machine& machine, const std::vector<Target>& targets, std::vector<Step>& steps)
-        : m_machine(machine), m_targets(targets), m_steps(steps)
+    Planner(const Machine& machine, const std::vector<Target>& targets, std::vector<Step>& steps) : m_machine(machine)
     {
+        for (const Target& target : targets)
+            if (const auto found = std::ranges::find(m_machine.adapters, target.guid, &Adapter::guid);
+                found != m_machine.adapters.end())
+                m_items.push_back({target, target.desired, *found, {*found, m_machine.environment, steps}});
     }
 
     void Plan()
     {
-        for (const Target& target : m_targets)
-            StartDevice(target);
-        for (const Target& target : m_targets)
-            Bind(target, true);
-        for (const Target& target : m_targets)
-            RemoveRoutes(target);
-        for (const Target& target : m_targets)
-            GiveUpAddresses(target);
-        for (const Target* target : InOrder())
-            PlanAdapter(*target);
-        for (const Target& target : m_targets)
-            FinishDevice(target);
+        for (Item& item : m_items)
+            StartDevice(item);
+        for (Item& item : m_items)
+            Bind(item, true);
+        for (Item& item : m_items)
+            RemoveRoutes(item);
+        for (Item& item : m_items)
+            GiveUpAddresses(item);
+        for (Item* item : InOrder())
+            PlanAdapter(*item);
+        for (Item& item : m_items)
+            FinishDevice(item);
     }
 
 private:
-    [[nodiscard]] const Adapter* Now(const Target& target) const { return FindAdapter(m_machine, target.guid); }
-
-    StepList StepsOf(const Adapter& adapter) { return {adapter, m_machine.environment, m_steps}; }
-
-    void StartDevice(const Target& target)
+    struct Item
     {
-        const Adapter* const adapter = Now(target);
-        const DesiredAdapter& desired = target.desired;
-        if (adapter == nullptr)
+        const Target& target;
+        const DesiredAdapter& desired;
+        Adapter& adapter; ///< of the copy
+        StepList steps;
+        bool flushed = false; ///< its addresses are replaced
+    };
+
+    static void StartDevice(Item& item)
+    {
+        const auto& wanted = item.desired.hardwareAddress;
+        if (item.desired.enabled == true && item.adapter.enabled != true)
+            item.steps.Add("Enables the adapter", LibraryCall{LibraryOperation::ENABLE_ADAPTER, ""}, {"enabled"});
+        if (!wanted || HardwareAddressStands(item.adapter, *wanted))
             return;
-        StepList steps = StepsOf(*adapter);
-        if (desired.enabled == true && adapter->enabled != true)
-            steps.Add("Enables the adapter", LibraryCall{LibraryOperation::ENABLE_ADAPTER, ""}, {"enabled"});
-        if (!desired.hardwareAddress || HardwareAddressStands(*adapter, *desired.hardwareAddress))
-            return;
-        const auto* const address = std::get_if<HardwareAddress>(&*desired.hardwareAddress);
-        steps.Add(address != nullptr ? "Sets the hardware address " + address->ToText() + " and restarts the adapter"
-                                     : "Leaves the hardware address to the driver and restarts the adapter",
-                  LibraryCall{LibraryOperation::SET_HARDWARE_ADDRESS, address != nullptr ? address->ToText() : ""},
-                  {"hardwareAddress"});
+        const auto* const address = std::get_if<HardwareAddress>(&*wanted);
+        item.steps.Add(address != nullptr
+                           ? "Sets the hardware address " + address->ToText() + " and restarts the adapter"
+                           : "Leaves the hardware address to the driver and restarts the adapter",
+                       LibraryCall{LibraryOperation::SET_HARDWARE_ADDRESS, address != nullptr ? address->ToText() : ""},
+                       {"hardwareAddress"});
     }
 
-    void Bind(const Target& target, bool wanted)
+    static void Bind(Item& item, bool wanted)
     {
-        const Adapter* const adapter = Now(target);
-        if (adapter != nullptr && target.desired.ipv6.enabled == wanted && adapter->ipv6.enabled != wanted)
-            StepsOf(*adapter).Add(wanted ? "Binds IPv6 to the adapter" : "Unbinds IPv6 from the adapter",
-                                  Ipv6Binding{wanted}, {"ipv6.enabled"});
+        if (item.desired.ipv6.enabled == wanted && item.adapter.ipv6.enabled != wanted)
+            item.steps.Add(wanted ? "Binds IPv6 to the adapter" : "Unbinds IPv6 from the adapter", Ipv6Binding{wanted},
+                           {"ipv6.enabled"});
     }
 
-    void FinishDevice(const Target& target)
+    static void FinishDevice(Item& item)
     {
-        const Adapter* const adapter = Now(target);
-        const DesiredAdapter& desired = target.desired;
-        if (adapter == nullptr)
-            return;
-        StepList steps = StepsOf(*adapter);
-        if (desired.connectionName && adapter->connectionName != desired.connectionName)
-            steps.Add("Renames the connection to \"" + *desired.connectionName + '"',
-                      Command{Program::NETSH,
-                              {"interface", "set", "interface", "name=" + steps.ConnectionName(),
-                               "newname=" + *desired.connectionName}},
-                      {"connectionName"});
-        if (desired.enabled == false && adapter->enabled != false)
-            steps.Add("Disables the adapter", LibraryCall{LibraryOperation::DISABLE_ADAPTER, ""}, {"enabled"});
+        const auto& name = item.desired.connectionName;
+        if (name && item.adapter.connectionName != name)
+            item.steps.Add(
+                "Renames the connection to \"" + *name + '"',
+                Command{Program::NETSH,
+                        {"interface", "set", "interface", "name=" + item.steps.ConnectionName(), "newname=" + *name}},
+                {"connectionName"});
+        if (item.desired.enabled == false && item.adapter.enabled != false)
+            item.steps.Add("Disables the adapter", LibraryCall{LibraryOperation::DISABLE_ADAPTER, ""}, {"enabled"});
     }
 
-    void RemoveRoutes(const Target& target)
+    static void RemoveRoutes(Item& item)
     {
-        const Adapter* const adapter = Now(target);
-        if (adapter == nullptr)
-            return;
-        const bool flushed = ReplacesAddresses(*adapter, target.desired.ipv4, target.exact);
-        if (flushed)
-            m_flushed.insert(target.guid);
-        StepList steps = StepsOf(*adapter);
-        if (target.desired.routes)
-            PlanRouteRemovals(*adapter, *target.desired.routes, flushed, steps);
+        item.flushed = ReplacesAddresses(item.adapter, item.desired.ipv4, item.target.exact);
+        if (item.desired.routes)
+            PlanRouteRemovals(item.adapter, *item.desired.routes, item.flushed, item.steps);
     }
 
     /// Whether the adapter is to get an address that it does not have now.
-    static bool Gains(const Target& target, const Adapter& adapter, const IpAddress& address)
+    static bool Gains(const Item& item, const IpAddress& address)
     {
-        const auto& wanted = target.desired.Of(address.GetFamily()).addresses;
+        const auto& wanted = item.desired.Of(address.GetFamily()).addresses;
         const auto same = [&](const IpPrefix& prefix) { return prefix.address == address; };
         return wanted && std::ranges::any_of(*wanted, same) &&
-               std::ranges::none_of(AddressesInUse(adapter, address.GetFamily()), same);
+               std::ranges::none_of(AddressesInUse(item.adapter, address.GetFamily()), same);
     }
 
-    [[nodiscard]] bool IsGainedByAnother(const Target& target, const IpAddress& address) const
+    [[nodiscard]] bool IsGainedByAnother(const Item& item, const IpAddress& address) const
     {
-        return std::ranges::any_of(m_targets, [&](const Target& other) {
-            const Adapter* const adapter = Now(other);
-            return other.guid != target.guid && adapter != nullptr && Gains(other, *adapter, address);
-        });
+        return std::ranges::any_of(m_items,
+                                   [&](const Item& other) { return &other != &item && Gains(other, address); });
     }
 
     /// An address that moves to another adapter has to go before it comes.
-    void GiveUpAddresses(const Target& target)
+    void GiveUpAddresses(Item& item)
     {
-        const auto adapter = std::ranges::find(m_machine.adapters, target.guid, &Adapter::guid);
-        const auto& wanted = target.desired.ipv4.addresses;
-        if (adapter == m_machine.adapters.end() || !wanted || adapter->ipv4.configured.dhcp != false)
+        IpSettings& ip = item.adapter.ipv4;
+        const auto& wanted = item.desired.ipv4.addresses;
+        if (!wanted || ip.configured.dhcp != false)
             return;
-        StepList steps = StepsOf(*adapter);
-        for (const IpPrefix& address : AddressesInUse(*adapter, Family::IPV4))
+        for (const IpPrefix& address : AddressesInUse(item.adapter, Family::IPV4))
         {
             const auto same = [&](const auto& one) { return one.address == address.address; };
-            if (std::ranges::any_of(*wanted, same) || !IsGainedByAnother(target, address.address))
+            if (std::ranges::any_of(*wanted, same) || !IsGainedByAnother(item, address.address))
                 continue;
-            PlanRemoval(address.address, steps);
-            std::erase_if(*adapter->ipv4.addresses, same);
-            if (adapter->ipv4.configured.addresses)
-                std::erase_if(*adapter->ipv4.configured.addresses, same);
+            PlanRemoval(address.address, item.steps);
+            std::erase_if(*ip.addresses, same);
+            if (ip.configured.addresses)
+                std::erase_if(*ip.configured.addresses, same);
         }
     }
 
     /// Those that give something up that another one gets come first.
-    [[nodiscard]] std::vector<const Target*> InOrder() const
+    [[nodiscard]] std::vector<Item*> InOrder()
     {
-        std::vector<const Target*> targets;
-        for (const Target& target : m_targets)
-            targets.push_back(&target);
-        std::ranges::stable_partition(targets, [&](const Target* target) {
-            const Adapter* const adapter = Now(*target);
-            return adapter != nullptr && std::ranges::any_of(FAMILIES, [&](Family family) {
-                       return std::ranges::any_of(AddressesInUse(*adapter, family), [&](const IpPrefix& address) {
-                           return IsGainedByAnother(*target, address.address);
-                       });
-                   });
+        std::vector<Item*> items;
+        for (Item& item : m_items)
+            items.push_back(&item);
+        std::ranges::stable_partition(items, [&](const Item* item) {
+            return std::ranges::any_of(FAMILIES, [&](Family family) {
+                return std::ranges::any_of(AddressesInUse(item->adapter, family), [&](const IpPrefix& address) {
+                    return IsGainedByAnother(*item, address.address);
+                });
+            });
         });
-        return targets;
+        return items;
     }
 
-    void PlanAdapter(const Target& target)
+    void PlanAdapter(Item& item)
     {
-        const Adapter* const adapter = Now(target);
-        if (adapter == nullptr)
-            return;
-        const DesiredAdapter& desired = target.desired;
-        StepList steps = StepsOf(*adapter);
-        PlanIpv4(*adapter, desired.ipv4, target.exact, steps);
-        PlanIpv6(*adapter, desired.ipv6, steps);
+        auto& [target, desired, adapter, steps, flushed] = item;
+        PlanIpv4(adapter, desired.ipv4, target.exact, steps);
+        PlanIpv6(adapter, desired.ipv6, steps);
         if (desired.routes)
-            PlanRouteAdditions(*adapter, *desired.routes, m_flushed.contains(target.guid), steps);
+            PlanRouteAdditions(adapter, *desired.routes, flushed, steps);
         for (const Family family : FAMILIES)
         {
             const DesiredIp& ip = desired.Of(family);
             if (ip.dnsServers)
-                PlanDnsServers(m_machine, *adapter, family, desired, steps);
-            PlanInterface(*adapter, family, ip, steps);
+                PlanDnsServers(m_machine, adapter, family, desired, steps);
+            PlanInterface(adapter, family, ip, steps);
         }
-        PlanStored(*adapter, desired.ipv4, steps);
-        Bind(target, false);
+        PlanStored(adapter, desired.ipv4, steps);
+        Bind(item, false);
     }
 
     Machine m_machine;
-    std::set<Guid> m_flushed; ///< whose addresses are replaced
-    const std::vector<Target>& m_targets;
-    std::vector<Step>& m_steps;
+    std::vector<Item> m_items;
 };
 
 void PlanIdentity(const Identity& now, const DesiredIdentity& wanted, std::vector<Step>& steps)
