@@ -40,13 +40,12 @@ unsigned int WINAPI Perform(void* argument)
 [[noreturn]] void Refuse(const char* step)
 {
     const DWORD code = ::GetLastError();
-    throw StateError({code, step, "No thread can read the machine", SystemMessage(code)});
+    throw StateError({code, step, "The machine cannot be read on a thread of its own", SystemMessage(code)});
 }
 
 } // namespace
 
-// The standard library's futures would do, but on this platform they go on asking without a pause, and for ever, once
-// the system refuses to wait.
+// Not a future of the standard library: on this platform its wait spins without end once the system refuses to wait.
 Machine ReadAnew(const ReadOptions& options)
 {
     const auto task = std::make_shared<Task>(Task{options, {}, nullptr});
@@ -55,7 +54,7 @@ Machine ReadAnew(const ReadOptions& options)
         reinterpret_cast<HANDLE>(::_beginthreadex(nullptr, 0, Perform, argument.get(), 0, nullptr)));
     if (!thread)
         Refuse("_beginthreadex");
-    static_cast<void>(argument.release()); // is the thread's now
+    static_cast<void>(argument.release()); // owned by the thread from here on
     if (::WaitForSingleObject(thread.get(), INFINITE) != WAIT_OBJECT_0)
         Refuse("WaitForSingleObject");
     if (task->failure)

@@ -101,7 +101,7 @@ Documents MakeDocuments(const std::wstring& sGuid)
     return documents;
 }
 
-/// Whether the machine is as asked for if the code says so. It is as before afterwards.
+/// Whether the machine is as asked for exactly if the code says so; what only claims to be done is not. Undoes the change.
 bool IsDoneAndTakenBack(const Documents& documents, int iCode)
 {
     Texts texts[4];
