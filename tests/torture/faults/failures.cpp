@@ -94,6 +94,25 @@ void WINAPI SleepShortly(DWORD)
     ::Sleep(0);
 }
 
+constexpr DWORD HASTE = 8; ///< how many times as fast time runs, so that more cases are tried
+
+BOOL WINAPI CountFast(LARGE_INTEGER* pCount)
+{
+    const BOOL bCounted = ::QueryPerformanceCounter(pCount);
+    pCount->QuadPart *= HASTE;
+    return bCounted;
+}
+
+DWORD WINAPI WaitFast(HANDLE handle, DWORD dwTime)
+{
+    return ::WaitForSingleObject(handle, dwTime == INFINITE ? INFINITE : dwTime / HASTE);
+}
+
+DWORD WINAPI WaitFastForOne(DWORD dwCount, const HANDLE* pHandles, BOOL bAll, DWORD dwTime)
+{
+    return ::WaitForMultipleObjects(dwCount, pHandles, bAll, dwTime == INFINITE ? INFINITE : dwTime / HASTE);
+}
+
 HMODULE WINAPI LoadLibraryThatIsThere(const wchar_t* pszName)
 {
     return ::LoadLibraryW(::lstrcmpiW(pszName, L"DEVMGR.DLL") == 0 ? ALWAYS_THERE : pszName);
@@ -109,6 +128,9 @@ const std::pair<std::string_view, void*> STAND_INS[] = {
     {" abort _amsg_exit ", Address(&Abort)},
     {" RegCreateKeyExW ", Address(&CreateScratchKey)},
     {" Sleep ", Address(&SleepShortly)},
+    {" QueryPerformanceCounter ", Address(&CountFast)},
+    {" WaitForSingleObject ", Address(&WaitFast)},
+    {" WaitForMultipleObjects ", Address(&WaitFastForOne)},
     {" LoadLibraryW ", Address(&LoadLibraryThatIsThere)},
     {" SetupDiEnumDeviceInfo ", Address(&FirstAlone)},
     {" SetupDiSetClassInstallParamsW SetupDiCallClassInstaller _ZN5TOLVA13EnableAdapterERKNS_8NIC_INFOE "
