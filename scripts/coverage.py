@@ -71,7 +71,8 @@ def read_reasons() -> list[tuple[str, str, str]]:
 
 
 def is_decided_by_compiler(line: str, condition: str) -> bool:
-    return "if constexpr" in line or condition == "true"
+    # A switch has a case for each word of its enumeration, which the compiler checks, and counts one for all others.
+    return "if constexpr" in line or condition == "true" or line.strip() == f"switch ({condition})"
 
 
 def text_between(source: list[str], region: tuple[int, int, int, int]) -> str:

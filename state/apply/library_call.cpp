@@ -19,45 +19,38 @@ TOLVA::NIC_INFO NicInfoOf(const Adapter& adapter)
     TOLVA::NIC_INFO info;
     info.sNicFriendlyName = TextOf(adapter.friendlyName);
     info.sNicEnum = TextOf(adapter.classKey);
-    info.sNicGuid = FromUtf8(adapter.guid ? adapter.guid->ToText() : "");
+    info.sNicGuid = FromUtf8(adapter.guid.value_or(Guid()).ToText());
     info.sNicName = TextOf(DeviceNameOf(adapter));
     info.sNicPci = TextOf(adapter.deviceInstance);
     return info;
 }
 
-bool CallForMachine(const LibraryCall& call)
+/// The default one, which is the driver's, for an empty text.
+TOLVA::HARDWARE_ADDRESS HardwareAddressOf(const std::string& text)
 {
-    const velmor::string argument = FromUtf8(call.argument);
-    switch (call.operation)
-    {
-    case LibraryOperation::SET_COMPUTER_NAME: return TOLVA::SetComputerNameW(argument);
-    case LibraryOperation::SET_PRIMARY_DNS_SUFFIX: return TOLVA::SetPrimaryDnsSuffix(argument);
-    case LibraryOperation::SET_WORKGROUP_NAME: return TOLVA::SetWorkgroupName(argument);
-    default: return false;
-    }
+    const HardwareAddress address = HardwareAddress::Parse(text).value_or(HardwareAddress());
+    const auto bytes = address.Bytes();
+    return bytes.empty() ? TOLVA::HARDWARE_ADDRESS()
+                         : TOLVA::HARDWARE_ADDRESS(bytes.data(), static_cast<unsigned int>(bytes.size()));
 }
 
 } // namespace
 
 bool Call(const LibraryCall& call, const Adapter* adapter)
 {
-    if (adapter == nullptr)
-        return CallForMachine(call);
-    const TOLVA::NIC_INFO info = NicInfoOf(*adapter);
+    const TOLVA::NIC_INFO info = adapter != nullptr ? NicInfoOf(*adapter) : TOLVA::NIC_INFO();
+    const velmor::string argument = FromUtf8(call.argument);
     switch (call.operation)
     {
     case LibraryOperation::ENABLE_ADAPTER: return TOLVA::EnableAdapter(info);
     case LibraryOperation::DISABLE_ADAPTER: return TOLVA::DisableAdapter(info);
     case LibraryOperation::SET_HARDWARE_ADDRESS:
-    {
-        const auto address = HardwareAddress::Parse(call.argument).value_or(HardwareAddress());
-        const auto bytes = address.Bytes();
-        return TOLVA::SetHardwareAddress(
-            info, bytes.empty() ? TOLVA::HARDWARE_ADDRESS()
-                                : TOLVA::HARDWARE_ADDRESS(bytes.data(), static_cast<unsigned int>(bytes.size())));
+        return TOLVA::SetHardwareAddress(info, HardwareAddressOf(call.argument));
+    case LibraryOperation::SET_COMPUTER_NAME: return TOLVA::SetComputerNameW(argument);
+    case LibraryOperation::SET_PRIMARY_DNS_SUFFIX: return TOLVA::SetPrimaryDnsSuffix(argument);
+    case LibraryOperation::SET_WORKGROUP_NAME: break;
     }
-    default: return false;
-    }
+    return TOLVA::SetWorkgroupName(argument);
 }
 
 } // namespace zelk

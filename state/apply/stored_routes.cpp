@@ -13,10 +13,8 @@ namespace
 
 std::wstring NameOf(const StoredRoute& route)
 {
-    constexpr IpAddress::Ipv4Bytes ALL_ONES = {255, 255, 255, 255};
-    const IpPrefix mask = IpPrefix{IpAddress(ALL_ONES), route.destination.length}.Network();
-    return FromUtf8(route.destination.address.ToText() + ',' + mask.address.ToText() + ',' + route.nextHop.ToText() +
-                    ',' + std::to_string(route.metric.value_or(1)));
+    return FromUtf8(route.destination.address.ToText() + ',' + MaskOf(route.destination.length).ToText() + ',' +
+                    route.nextHop.ToText() + ',' + std::to_string(route.metric.value_or(1)));
 }
 
 LSTATUS RemoveOthers(HKEY key, const StoredRoute& route, const std::wstring& kept)

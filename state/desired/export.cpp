@@ -138,9 +138,8 @@ private:
         const IpSettings& settings = m_adapter.Of(family);
         const std::string path = PathPrefixOf(family);
         Keep(ip.dhcp, path + "dhcp", [&](bool value) { return DhcpStands(m_adapter, value); });
-        Keep(ip.addresses, path + "addresses", [&](const auto& value) {
-            return (family == Family::IPV6 || ip.dhcp) && AddressesStand(m_adapter, family, value);
-        });
+        Keep(ip.addresses, path + "addresses",
+             [&](const auto& value) { return AddressesStand(m_adapter, family, value); });
         Keep(ip.gateways, path + "gateways",
              [&](const auto& value) { return GatewaysStand(m_adapter, family, value); });
         Keep(ip.dnsServers, path + "dnsServers",

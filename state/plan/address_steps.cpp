@@ -15,14 +15,6 @@ using Gateways = std::vector<Gateway>;
 using Prefixes = std::vector<IpPrefix>;
 using Texts = std::vector<std::string>;
 
-std::string MaskOf(std::uint8_t length)
-{
-    const std::uint32_t mask = length == 0 ? 0 : ~std::uint32_t(0) << (32 - length);
-    const IpAddress::Ipv4Bytes bytes = {static_cast<std::uint8_t>(mask >> 24), static_cast<std::uint8_t>(mask >> 16),
-                                        static_cast<std::uint8_t>(mask >> 8), static_cast<std::uint8_t>(mask)};
-    return IpAddress(bytes).ToText();
-}
-
 template <class List>
 bool HasIp(const List& list, const IpAddress& address)
 {
@@ -116,19 +108,16 @@ GatewayChange CompareGateways(const Adapter& adapter, Family family, const Gatew
     return change;
 }
 
-/// Whether an address is there to stay, in use and configured.
-bool AddressStands(const Adapter& adapter, const IpPrefix& address)
-{
-    const ConfiguredIp& configured = adapter.ipv4.configured;
-    return configured.dhcp == false && configured.addresses && Has(*configured.addresses, address) &&
-           (!IsUp(adapter) || Has(AddressesInUse(adapter, Family::IPV4), address));
-}
-
-/// Those of the wanted addresses that can stay as they are.
+/// Those of the wanted addresses that can stay as they are, configured and in use.
 Prefixes StandingAddresses(const Adapter& adapter, const Prefixes& wanted, bool exact)
 {
-    Prefixes standing = adapter.ipv4.configured.addresses.value_or(Prefixes());
-    std::erase_if(standing, [&](const IpPrefix& one) { return !Has(wanted, one) || !AddressStands(adapter, one); });
+    const ConfiguredIp& configured = adapter.ipv4.configured;
+    if (configured.dhcp != false)
+        return {};
+    const Prefixes used = AddressesInUse(adapter, Family::IPV4);
+    Prefixes standing = configured.addresses.value_or(Prefixes());
+    std::erase_if(standing,
+                  [&](const IpPrefix& one) { return !Has(wanted, one) || (IsUp(adapter) && !Has(used, one)); });
     if (!exact)
         return standing;
     const std::size_t count = CountInOrder(wanted, standing);
@@ -233,8 +222,8 @@ private:
             SetStatic(address, nullptr);
             return PlanRemoval(address.address, m_steps);
         }
-        for (const Gateway& gateway : m_adapter.ipv4.configured.gateways.value_or(Gateways()))
-            if (m_wanted.gateways && m_wanted.gateways->empty())
+        if (m_wanted.gateways == Gateways())
+            for (const Gateway& gateway : m_adapter.ipv4.configured.gateways.value_or(Gateways()))
                 RemoveGateway(gateway.address);
         Join(used, configured);
         for (const IpPrefix& address : used)
@@ -314,7 +303,8 @@ private:
 
     void SetStatic(const IpPrefix& address, const Gateway* gateway)
     {
-        Texts arguments = {"set", "address", Name(), "static", address.address.ToText(), MaskOf(address.length)};
+        Texts arguments = {
+            "set", "address", Name(), "static", address.address.ToText(), MaskOf(address.length).ToText()};
         if (gateway != nullptr)
         {
             arguments.push_back(gateway->address.ToText());
@@ -333,7 +323,7 @@ private:
     /// With one of the gateways that it reaches, which is then no longer to be added.
     void AddAddress(const IpPrefix& address, Gateways& gateways)
     {
-        Texts arguments = {"add", "address", Name(), address.address.ToText(), MaskOf(address.length)};
+        Texts arguments = {"add", "address", Name(), address.address.ToText(), MaskOf(address.length).ToText()};
         std::string text = "Adds the address " + address.ToText();
         const auto gateway =
             std::ranges::find_if(gateways, [&](const Gateway& one) { return address.Contains(one.address); });

@@ -130,15 +130,21 @@ private:
     {
         const auto& wanted = item.desired.hardwareAddress;
         if (item.desired.enabled == true && item.adapter.enabled != true)
-            item.steps.Add("Enables the adapter", LibraryCall{LibraryOperation::ENABLE_ADAPTER, ""}, {"enabled"});
+            Start(item, "Enables the adapter", {LibraryOperation::ENABLE_ADAPTER, ""}, "enabled");
         if (!wanted || HardwareAddressStands(item.adapter, *wanted))
             return;
         const auto* const address = std::get_if<HardwareAddress>(&*wanted);
-        item.steps.Add(address != nullptr
-                           ? "Sets the hardware address " + address->ToText() + " and restarts the adapter"
-                           : "Leaves the hardware address to the driver and restarts the adapter",
-                       LibraryCall{LibraryOperation::SET_HARDWARE_ADDRESS, address != nullptr ? address->ToText() : ""},
-                       {"hardwareAddress"});
+        const std::string text = address != nullptr ? address->ToText() : "";
+        Start(item,
+              (text.empty() ? "Leaves the hardware address to the driver" : "Sets the hardware address " + text) +
+                  " and restarts the adapter",
+              {LibraryOperation::SET_HARDWARE_ADDRESS, text}, "hardwareAddress");
+    }
+
+    static void Start(Item& item, std::string text, LibraryCall call, const char* path)
+    {
+        item.steps.Add(std::move(text), std::move(call), {path});
+        item.steps.ForgetIndex();
     }
 
     static void Bind(Item& item, bool wanted)

@@ -34,16 +34,15 @@ void PlanNetsh(RouteVerb verb, const DesiredRoute& route, std::string text, Step
 void PlanOldCommand(RouteVerb verb, const DesiredRoute& route, std::string text, StepList& steps)
 {
     constexpr const char* VERBS[] = {"ADD", "CHANGE", "DELETE"};
-    constexpr IpAddress::Ipv4Bytes ALL_ONES = {255, 255, 255, 255};
-    const IpPrefix mask = IpPrefix{IpAddress(ALL_ONES), route.destination.length}.Network();
     Texts arguments;
     if (verb == RouteVerb::ADD && route.store != RouteStore::ACTIVE)
         arguments.emplace_back("-p");
     arguments.insert(arguments.end(), {VERBS[static_cast<std::size_t>(verb)], route.destination.address.ToText(),
-                                       "MASK", mask.address.ToText(), route.nextHop.ToText()});
+                                       "MASK", MaskOf(route.destination.length).ToText(), route.nextHop.ToText()});
     if (verb != RouteVerb::REMOVE && route.metric)
         arguments.insert(arguments.end(), {"METRIC", std::to_string(*route.metric)});
-    arguments.insert(arguments.end(), {"IF", std::to_string(steps.Index())});
+    if (steps.Index())
+        arguments.insert(arguments.end(), {"IF", std::to_string(*steps.Index())});
     steps.Add(std::move(text), Command{Program::ROUTE, std::move(arguments)}, TouchesOf(route));
 }
 

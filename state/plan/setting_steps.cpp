@@ -57,26 +57,31 @@ private:
     {
         PlanRouteCommand(RouteVerb::ADD, route, m_steps);
         if (!m_steps.IsBeforeVista() && route.store != RouteStore::ACTIVE && route.nextHop.IsIpv4())
-            Store(route, route.metric);
+            Store(route);
     }
 
+    /// What is not named stays as it is.
     void Change(const Route& now, const DesiredRoute& wanted)
     {
-        if (m_steps.IsBeforeVista())
-        {
-            Remove(now);
-            return Add(wanted);
-        }
         const bool active = now.store != RouteStore::PERSISTENT;
         const bool wasStored = now.store != RouteStore::ACTIVE;
         const bool stored = wanted.store ? wanted.store != RouteStore::ACTIVE : wasStored;
         const bool otherMetric = wanted.metric && now.metric != wanted.metric;
+        DesiredRoute made = wanted;
+        if (!wanted.metric)
+            made.metric = now.metric;
+        if (m_steps.IsBeforeVista())
+        {
+            Remove(now);
+            made.store = stored ? RouteStore::PERSISTENT : RouteStore::ACTIVE;
+            return Add(made);
+        }
         if (!active || otherMetric)
-            PlanRouteCommand(active ? RouteVerb::CHANGE : RouteVerb::ADD, wanted, m_steps);
+            PlanRouteCommand(active ? RouteVerb::CHANGE : RouteVerb::ADD, made, m_steps);
         if (!now.nextHop.IsIpv4())
             return;
         if (stored && (!wasStored || otherMetric))
-            Store(wanted, wanted.metric ? wanted.metric : now.metric);
+            Store(made);
         else if (!stored && wasStored)
             Unstore(now);
     }
@@ -90,9 +95,9 @@ private:
             Unstore(route);
     }
 
-    void Store(const DesiredRoute& route, std::optional<std::uint32_t> metric)
+    void Store(const DesiredRoute& route)
     {
-        m_steps.Add("Stores the " + TextOf(route), StoredRoute{route.destination, route.nextHop, metric, true},
+        m_steps.Add("Stores the " + TextOf(route), StoredRoute{route.destination, route.nextHop, route.metric, true},
                     {"routes"});
     }
 

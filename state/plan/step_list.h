@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,7 +16,7 @@ class StepList
 {
 public:
     StepList(const Adapter& adapter, const Environment& system, std::vector<Step>& steps)
-        : m_adapter(adapter), m_system(system), m_steps(steps)
+        : m_adapter(adapter), m_index(adapter.index), m_system(system), m_steps(steps)
     {
     }
 
@@ -26,7 +27,9 @@ public:
     }
     /// What netsh calls the connection.
     [[nodiscard]] std::string ConnectionName() const { return m_adapter.connectionName.value_or(NameOf(m_adapter)); }
-    [[nodiscard]] std::uint32_t Index() const noexcept { return m_adapter.index.value_or(0); }
+    /// Nothing when the steps so far let the adapter start anew: some systems number it anew then.
+    [[nodiscard]] const std::optional<std::uint32_t>& Index() const noexcept { return m_index; }
+    void ForgetIndex() noexcept { m_index.reset(); }
 
     /// "netsh interface ipv4 ..." or "ipv6"; before Vista the context of IPv4 is called "ip".
     void Netsh(Family family, std::string text, std::vector<std::string> arguments, std::vector<std::string> touches)
@@ -43,6 +46,7 @@ public:
 
 private:
     const Adapter& m_adapter;
+    std::optional<std::uint32_t> m_index;
     const Environment& m_system;
     std::vector<Step>& m_steps;
 };

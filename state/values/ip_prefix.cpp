@@ -59,6 +59,12 @@ std::string IpPrefix::ToText() const
     return address.ToText() + '/' + std::to_string(length);
 }
 
+IpAddress MaskOf(std::uint8_t length) noexcept
+{
+    constexpr IpAddress::Ipv4Bytes ALL_ONES = {255, 255, 255, 255};
+    return IpPrefix{IpAddress(ALL_ONES), length}.Network().address;
+}
+
 std::optional<std::uint8_t> PrefixLengthOfMask(const IpAddress& mask) noexcept
 {
     if (!mask.IsIpv4())

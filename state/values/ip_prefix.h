@@ -32,6 +32,9 @@ struct IpPrefix
     std::strong_ordering operator<=>(const IpPrefix&) const noexcept = default;
 };
 
+/// The IPv4 mask of a prefix length from 0 to 32, such as 255.255.255.0 of 24.
+IpAddress MaskOf(std::uint8_t length) noexcept;
+
 /// The prefix length that an IPv4 mask such as 255.255.255.0 stands for; nothing for IPv6 and for a mask with holes.
 std::optional<std::uint8_t> PrefixLengthOfMask(const IpAddress& mask) noexcept;
 

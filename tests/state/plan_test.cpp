@@ -78,6 +78,17 @@ const std::map<std::string, void (*)(SimulatedWindows&)> MACHINES = {
     {"a\"b: ", [](SimulatedWindows& windows) { windows.Find("lan0").connectionName = "a\"b"; }},
     {"a=b: ", [](SimulatedWindows& windows) { windows.Find("lan0").connectionName = "a=b"; }},
     {"disabled: ", [](SimulatedWindows& windows) { windows.Find("lan0").status = AdapterStatus::DISABLED; }},
+    {"5.2 disabled: ",
+     [](SimulatedWindows& windows) {
+         windows.machine.environment.backEnd = BackEnd::PRE_VISTA;
+         windows.Find("lan0").enabled = false;
+     }},
+    {"active: ", [](SimulatedWindows& windows) { windows.Find("lan0").routes->back().store = RouteStore::ACTIVE; }},
+    {"other address: ",
+     [](SimulatedWindows& windows) {
+         windows.Find("lan0").driver.hardwareAddress = HardwareAddress::Parse("020000000001");
+     }},
+    {"stored: ", [](SimulatedWindows& windows) { windows.Find("lan0").routes->back().store = RouteStore::PERSISTENT; }},
 };
 
 /// The commands, or the other means, of the plan for a desired state; its faults where it has some.

@@ -307,11 +307,11 @@ bool ChangeRoute(const Call& call, Adapter& adapter)
         same->metric = call.Number("metric");
     else
     {
-        std::erase_if(routes, [&](const Route& route) { // the same one when it is in use again
-            return stored && route.destination == *prefix && route.nextHop == nextHop;
+        const auto again = std::erase_if(routes, [&](const Route& route) { // one that was only stored
+            return route.destination == *prefix && route.nextHop == nextHop;
         });
         routes.push_back(MakeRoute(*prefix, nextHop, call.Number("metric")));
-        routes.back().store = stored ? RouteStore::BOTH : RouteStore::ACTIVE;
+        routes.back().store = stored || again > 0 ? RouteStore::BOTH : RouteStore::ACTIVE;
     }
     return true;
 }
@@ -473,6 +473,10 @@ bool SimulatedWindows::Perform(const Command& command, Adapter*)
     if (!call)
         return false;
     const auto adapter = std::ranges::find_if(machine.adapters, [&](const Adapter& one) {
+        if (ofRoute && !call->Has("interface")) // the one that reaches the next hop
+            return std::ranges::any_of(*one.ipv4.configured.addresses, [&](const IpPrefix& address) {
+                return address.Contains(*IpAddress::Parse(call->Get("nexthop")));
+            });
         return ofRoute ? std::to_string(one.index.value_or(0)) == call->Name() : one.connectionName == call->Name();
     });
     if (adapter == machine.adapters.end())
@@ -526,9 +530,19 @@ bool SimulatedWindows::Perform(const Ipv6Binding& binding, Adapter* adapter)
     return true;
 }
 
-bool SimulatedWindows::Perform(const LibraryCall& call, Adapter*)
+bool SimulatedWindows::Perform(const LibraryCall& call, Adapter* adapter)
 {
-    if (call.operation == LibraryOperation::SET_COMPUTER_NAME)
-        machine.identity.configured.computerName = call.argument;
+    switch (call.operation)
+    {
+    case LibraryOperation::ENABLE_ADAPTER: adapter->enabled = true; break;
+    case LibraryOperation::DISABLE_ADAPTER: adapter->enabled = false; break;
+    case LibraryOperation::SET_HARDWARE_ADDRESS:
+        adapter->driver.hardwareAddress = HardwareAddress::Parse(call.argument);
+        adapter->hardwareAddress = adapter->driver.hardwareAddress;
+        break;
+    case LibraryOperation::SET_COMPUTER_NAME: machine.identity.configured.computerName = call.argument; break;
+    case LibraryOperation::SET_PRIMARY_DNS_SUFFIX: machine.identity.configured.primaryDnsSuffix = call.argument; break;
+    case LibraryOperation::SET_WORKGROUP_NAME: machine.identity.workgroup = call.argument; break;
+    }
     return true;
 }
