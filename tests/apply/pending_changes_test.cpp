@@ -98,7 +98,6 @@ TEST_F(Pending, ChangesThatFailLeaveNothing)
 
 TEST_F(Pending, WhatCouldNotBeUndoneIsNotPromised)
 {
-    const DWORD dwOff = 0;
     ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + s_sGuid).c_str(), L"EnableDHCP");
     const std::string sBefore = Standing();
     const Json refused = Do(std::wstring(CHANGE) + L"--confirm-within 600", 8);
@@ -114,8 +113,7 @@ TEST_F(Pending, WhatCouldNotBeUndoneIsNotPromised)
     EXPECT_EQ(6U, restored.dwExitCode);
     EXPECT_THAT(restored.sOut, HasSubstr("ipv4.addresses"));
     EXPECT_EQ(0U, Run(L"restore --discard --yes").dwExitCode);
-    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + s_sGuid).c_str(), L"EnableDHCP", REG_DWORD, &dwOff,
-                      sizeof(dwOff));
+    SetValue(zelk::IPV4_INTERFACES + s_sGuid, L"EnableDHCP", DwordData(0));
 }
 
 TEST_F(Pending, NoCommandOutlivesTheProcessThatStartedIt)

@@ -14,7 +14,9 @@
 #include <state/platform/utf8.h>
 #include <state/reading/read_machine.h>
 #include <state/simulated_windows.h>
+#include <support/registry_scope.h>
 
+using namespace testing_support;
 using namespace zelk;
 
 namespace
@@ -22,18 +24,11 @@ namespace
 
 const std::vector<Family> ALL(std::begin(FAMILIES), std::end(FAMILIES));
 
-void SetValue(const std::wstring& key, const wchar_t* name, DWORD type, const void* data, std::size_t size)
-{
-    ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, type, data, static_cast<DWORD>(size));
-}
-
 void SetList(const std::wstring& key, const wchar_t* name, const std::vector<std::string>& texts)
 {
-    std::wstring data;
-    for (const std::string& text : texts)
-        data += FromUtf8(text) + L'\0';
-    data += L'\0';
-    SetValue(key, name, REG_MULTI_SZ, data.data(), data.size() * sizeof(wchar_t));
+    std::vector<std::wstring> wide;
+    std::ranges::transform(texts, std::back_inserter(wide), FromUtf8);
+    SetValue(key, name, ListData(wide));
 }
 
 void WriteIpv4(const std::wstring& key, const ConfiguredIp& configured)
@@ -50,8 +45,7 @@ void WriteIpv4(const std::wstring& key, const ConfiguredIp& configured)
         gateways.push_back(gateway.address.ToText());
         metrics.push_back(std::to_string(gateway.metric.value_or(0)));
     }
-    const DWORD dhcp = *configured.dhcp ? 1 : 0;
-    SetValue(key, L"EnableDHCP", REG_DWORD, &dhcp, sizeof(dhcp));
+    SetValue(key, L"EnableDHCP", DwordData(*configured.dhcp ? 1 : 0));
     SetList(key, L"IPAddress", addresses);
     SetList(key, L"SubnetMask", masks);
     SetList(key, L"DefaultGateway", gateways);
@@ -60,8 +54,7 @@ void WriteIpv4(const std::wstring& key, const ConfiguredIp& configured)
 
 void SetText(const std::wstring& key, const wchar_t* name, const std::string& text)
 {
-    const std::wstring wide = FromUtf8(text);
-    SetValue(key, name, REG_SZ, wide.c_str(), (wide.size() + 1) * sizeof(wchar_t));
+    SetValue(key, name, StringData(FromUtf8(text)));
 }
 
 std::string Join(const std::vector<IpAddress>& addresses, const char* separator)
@@ -90,8 +83,7 @@ void WriteLease(const std::wstring& key, const Lease& lease)
 void WriteMetric(const std::wstring& key, const ConfiguredIp& configured)
 {
     const auto* const metric = configured.metric ? std::get_if<std::uint32_t>(&*configured.metric) : nullptr;
-    const DWORD number = metric != nullptr ? *metric : 0;
-    SetValue(key, L"InterfaceMetric", REG_DWORD, &number, sizeof(number));
+    SetValue(key, L"InterfaceMetric", DwordData(metric != nullptr ? *metric : 0));
 }
 
 /// Routes that are no longer stored, or only now.

@@ -12,6 +12,7 @@
 #include <state/platform/registry_keys.h>
 #include <state/platform/utf8.h>
 #include <state/reading/read_machine.h>
+#include <support/registry_scope.h>
 
 // The two links of the namespace: how they stand, so that two moments can be compared to the letter, and a change.
 
@@ -33,12 +34,9 @@ inline std::wstring RegisterLinks()
         if (!link.starts_with("lan"))
             continue;
         const std::wstring guid = zelk::FromUtf8(adapter.guid->ToText());
-        const std::wstring name = L"Connection " + zelk::FromUtf8(link);
-        const DWORD off = 0;
-        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::CONNECTIONS + (L'\\' + guid) + L"\\Connection").c_str(), L"Name",
-                          REG_SZ, name.c_str(), static_cast<DWORD>((name.size() + 1) * sizeof(wchar_t)));
-        ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, (zelk::IPV4_INTERFACES + guid).c_str(), L"EnableDHCP", REG_DWORD, &off,
-                          sizeof(off));
+        testing_support::SetValue(zelk::CONNECTIONS + (L'\\' + guid) + L"\\Connection", L"Name",
+                                  testing_support::StringData(L"Connection " + zelk::FromUtf8(link)));
+        testing_support::SetValue(zelk::IPV4_INTERFACES + guid, L"EnableDHCP", testing_support::DwordData(0));
         if (link == "lan0")
             first = guid;
     }

@@ -8,13 +8,8 @@ namespace
 {
 
 const RegistryData MARK = DwordData(77);
-const RegistryData NO_LIST = {REG_MULTI_SZ, {0, 0}};
+const RegistryData NO_LIST = ListData({});
 const RegistryData NO_TEXT = {REG_SZ, {0, 0}};
-
-RegistryData ListData(const std::wstring& sEntry)
-{
-    return StringData(sEntry + L'\0', REG_MULTI_SZ);
-}
 
 class Registered : public IpconfigTest
 {
@@ -70,7 +65,7 @@ TEST_F(Registered, WhatIsAutomatic)
 {
     // The list that is written for an IPv6 gateway is no single text.
     const RegistryData DATA[] = {
-        MISSING, NO_TEXT, NO_LIST, MARK, {REG_SZ, {}}, StringData(L"10.0.0.1"), ListData(L"10.0.0.1")};
+        MISSING, NO_TEXT, NO_LIST, MARK, {REG_SZ, {}}, StringData(L"10.0.0.1"), ListData({L"10.0.0.1"})};
     const auto Ask = [&](const std::string& sTitle) {
         for (const auto enFamily : FAMILIES)
         {

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 using testing_support::DwordData;
-using testing_support::RegistryData;
+using testing_support::SetValue;
 using testing_support::StringData;
 
 namespace
@@ -176,14 +176,6 @@ std::wstring Ipv6Key(const FakeAdapter& adapter)
     return SERVICES + L"Tcpip6\\Parameters\\Interfaces\\" + Wide(adapter.guid);
 }
 
-RegistryData ListData(const std::vector<std::wstring>& texts)
-{
-    std::wstring whole;
-    for (const std::wstring& text : texts)
-        whole += text + L'\0';
-    return StringData(whole, REG_MULTI_SZ);
-}
-
 FakeWindows::FakeWindows()
     : m_control(std::make_unique<testing_support::RegistryKeyScope>(CONTROL + L"Class" + NETWORK + L"Properties")),
       m_services(std::make_unique<testing_support::RegistryKeyScope>(SERVICES + L"Tcpip\\Parameters\\Interfaces"))
@@ -206,26 +198,20 @@ FakeWindows::~FakeWindows()
     theWindows = nullptr;
 }
 
-void FakeWindows::Set(const std::wstring& path, const std::wstring& name, const RegistryData& data)
-{
-    EXPECT_EQ(0, ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), name.c_str(), data.dwType, data.bytes.data(),
-                                   static_cast<DWORD>(data.bytes.size())));
-}
-
 void FakeWindows::Install(const FakeAdapter& adapter, const std::wstring& subkey)
 {
     const std::wstring classKey = CONTROL + L"Class" + NETWORK + subkey;
-    Set(classKey, L"NetCfgInstanceId", StringData(Wide(adapter.guid)));
-    Set(classKey, L"DriverDesc", StringData(L"Driver of " + adapter.name));
-    Set(classKey, L"DriverVersion", StringData(L"12.19.1.37"));
-    Set(classKey, L"DriverDate", StringData(L"4-21-2022"));
-    Set(classKey, L"Characteristics", DwordData(adapter.hardware ? 0x84 : 0x29));
+    SetValue(classKey, L"NetCfgInstanceId", StringData(Wide(adapter.guid)));
+    SetValue(classKey, L"DriverDesc", StringData(L"Driver of " + adapter.name));
+    SetValue(classKey, L"DriverVersion", StringData(L"12.19.1.37"));
+    SetValue(classKey, L"DriverDate", StringData(L"4-21-2022"));
+    SetValue(classKey, L"Characteristics", DwordData(adapter.hardware ? 0x84 : 0x29));
     const std::wstring connection = CONTROL + L"Network" + NETWORK + Wide(adapter.guid) + L"\\Connection";
-    Set(connection, L"Name", StringData(adapter.name));
-    Set(connection, L"PnpInstanceID", StringData(L"PCI\\" + subkey));
-    Set(Ipv4Key(adapter), L"EnableDHCP", DwordData(adapter.dhcp ? 1 : 0));
-    Set(Ipv6Key(adapter), L"Dhcpv6State", DwordData(0));
-    Set(SERVICES + L"NetBT\\Parameters\\Interfaces\\Tcpip_" + Wide(adapter.guid), L"NetbiosOptions", DwordData(0));
+    SetValue(connection, L"Name", StringData(adapter.name));
+    SetValue(connection, L"PnpInstanceID", StringData(L"PCI\\" + subkey));
+    SetValue(Ipv4Key(adapter), L"EnableDHCP", DwordData(adapter.dhcp ? 1 : 0));
+    SetValue(Ipv6Key(adapter), L"Dhcpv6State", DwordData(0));
+    SetValue(SERVICES + L"NetBT\\Parameters\\Interfaces\\Tcpip_" + Wide(adapter.guid), L"NetbiosOptions", DwordData(0));
 }
 
 int FakeWindows::AllCalls() const

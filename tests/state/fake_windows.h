@@ -96,7 +96,6 @@ public:
 
     /// Writes what an installed system has of an adapter: its class subkey, its connection, the keys of TCP/IP.
     void Install(const FakeAdapter& adapter, const std::wstring& subkey);
-    void Set(const std::wstring& path, const std::wstring& name, const testing_support::RegistryData& data);
     [[nodiscard]] int AllCalls() const;
 
     // What the looked-up functions are led to.
@@ -135,8 +134,5 @@ std::wstring Ipv6Key(const FakeAdapter& adapter);
 
 /// An adapter with this index, its GUID made of it.
 FakeAdapter MakeAdapter(ULONG index, const std::wstring& name);
-
-/// A list of texts as the registry keeps it.
-testing_support::RegistryData ListData(const std::vector<std::wstring>& texts);
 
 SOCKADDR_INET SocketInet(const std::string& text);

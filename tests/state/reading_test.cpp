@@ -19,7 +19,9 @@
 
 using namespace zelk;
 using testing_support::DwordData;
+using testing_support::ListData;
 using testing_support::RegistryData;
+using testing_support::SetValue;
 using testing_support::StringData;
 
 namespace
@@ -180,36 +182,36 @@ struct Office : FakeWindows
     void Store()
     {
         const std::wstring key = Ipv4Key(adapters[0]);
-        Set(key, L"IPAddress", ListData({L"192.0.2.10", L"192.0.2.11"}));
-        Set(key, L"SubnetMask", ListData({L"255.255.255.0", L"255.255.255.128"}));
-        Set(key, L"DefaultGateway", ListData({L"192.0.2.1"}));
-        Set(key, L"DefaultGatewayMetric", ListData({L"5"}));
-        Set(key, L"NameServer", StringData(L"192.0.2.53, 192.0.2.54"));
-        Set(key, L"Domain", StringData(L"example.net"));
-        Set(key, L"InterfaceMetric", DwordData(10));
-        Set(key, L"IPAutoconfigurationEnabled", DwordData(0));
-        Set(Ipv6Key(adapters[0]), L"NameServer", StringData(L"2001:db8::53"));
+        SetValue(key, L"IPAddress", ListData({L"192.0.2.10", L"192.0.2.11"}));
+        SetValue(key, L"SubnetMask", ListData({L"255.255.255.0", L"255.255.255.128"}));
+        SetValue(key, L"DefaultGateway", ListData({L"192.0.2.1"}));
+        SetValue(key, L"DefaultGatewayMetric", ListData({L"5"}));
+        SetValue(key, L"NameServer", StringData(L"192.0.2.53, 192.0.2.54"));
+        SetValue(key, L"Domain", StringData(L"example.net"));
+        SetValue(key, L"InterfaceMetric", DwordData(10));
+        SetValue(key, L"IPAutoconfigurationEnabled", DwordData(0));
+        SetValue(Ipv6Key(adapters[0]), L"NameServer", StringData(L"2001:db8::53"));
         const std::wstring speeds = CONTROL + L"Class" + NETWORK + L"0003";
-        Set(speeds, L"*SpeedDuplex", StringData(L"6"));
-        Set(speeds + L"\\Ndi\\params\\*SpeedDuplex\\Enum", L"6", StringData(L"1.0 Gbps"));
-        Set(speeds, L"NetworkAddress", StringData(L"020000000001"));
+        SetValue(speeds, L"*SpeedDuplex", StringData(L"6"));
+        SetValue(speeds + L"\\Ndi\\params\\*SpeedDuplex\\Enum", L"6", StringData(L"1.0 Gbps"));
+        SetValue(speeds, L"NetworkAddress", StringData(L"020000000001"));
         const std::wstring client = Ipv4Key(adapters[1]);
-        Set(client, L"IPAddress", ListData({L"10.9.9.9"})); // from before it was a client
-        Set(client, L"SubnetMask", ListData({L"255.0.0.0"}));
-        Set(client, L"NameServer", StringData(L""));
-        Set(client, L"DhcpIPAddress", StringData(L"198.51.100.7"));
-        Set(client, L"DhcpSubnetMask", StringData(L"255.255.255.128"));
-        Set(client, L"DhcpServer", StringData(L"198.51.100.1"));
-        Set(client, L"DhcpDefaultGateway", ListData({L"198.51.100.1"}));
-        Set(client, L"DhcpNameServer", StringData(L"198.51.100.53 198.51.100.54"));
-        Set(client, L"DhcpDomain", StringData(L"lease.example"));
-        Set(client, L"LeaseObtainedTime", DwordData(1709208000));
-        Set(client, L"LeaseTerminatesTime", DwordData(1709294400)); // from 29 February
-        Set(client, L"DhcpNetbiosOptions", DwordData(2));
+        SetValue(client, L"IPAddress", ListData({L"10.9.9.9"})); // from before it was a client
+        SetValue(client, L"SubnetMask", ListData({L"255.0.0.0"}));
+        SetValue(client, L"NameServer", StringData(L""));
+        SetValue(client, L"DhcpIPAddress", StringData(L"198.51.100.7"));
+        SetValue(client, L"DhcpSubnetMask", StringData(L"255.255.255.128"));
+        SetValue(client, L"DhcpServer", StringData(L"198.51.100.1"));
+        SetValue(client, L"DhcpDefaultGateway", ListData({L"198.51.100.1"}));
+        SetValue(client, L"DhcpNameServer", StringData(L"198.51.100.53 198.51.100.54"));
+        SetValue(client, L"DhcpDomain", StringData(L"lease.example"));
+        SetValue(client, L"LeaseObtainedTime", DwordData(1709208000));
+        SetValue(client, L"LeaseTerminatesTime", DwordData(1709294400)); // from 29 February
+        SetValue(client, L"DhcpNetbiosOptions", DwordData(2));
         const std::wstring routesKey = SERVICES + L"Tcpip\\Parameters\\PersistentRoutes";
         for (const wchar_t* const route : {L"198.18.0.0,255.254.0.0,192.0.2.2,1",
                                            L"198.19.0.0,255.255.0.0,198.51.100.2,3", L"10.0.0.0,255.0.0.0,10.1.1.1,1"})
-            Set(routesKey, route, StringData(L""));
+            SetValue(routesKey, route, StringData(L""));
     }
 };
 
@@ -222,7 +224,8 @@ struct OddOffice : Office
     {
         FakeAdapter& adapter = adapters[random() % 2];
         const std::wstring classKey = CONTROL + L"Class" + NETWORK + L"000" + std::to_wstring(adapter.index);
-        Set(One<std::wstring>({Ipv4Key(adapter), Ipv4Key(adapter), Ipv6Key(adapter), classKey}),
+        SetValue(
+            One<std::wstring>({Ipv4Key(adapter), Ipv4Key(adapter), Ipv6Key(adapter), classKey}),
             One<const wchar_t*>(
                 {L"IPAddress",          L"SubnetMask",      L"DefaultGateway",      L"DefaultGatewayMetric",
                  L"NameServer",         L"Domain",          L"InterfaceMetric",     L"MTU",
@@ -370,7 +373,7 @@ using Spoil = std::function<void(Office&)>;
 /// A value of the static adapter that is as it should not be.
 Spoil Stored(const wchar_t* name, const RegistryData& data)
 {
-    return [=](Office& windows) { windows.Set(Ipv4Key(windows.adapters[0]), name, data); };
+    return [=](Office& windows) { SetValue(Ipv4Key(windows.adapters[0]), name, data); };
 }
 
 Spoil Failing(const char* function)

@@ -31,6 +31,20 @@ RegistryData DwordData(DWORD dwValue)
     return {REG_DWORD, {pBytes, pBytes + sizeof(dwValue)}};
 }
 
+RegistryData ListData(const std::vector<std::wstring>& texts)
+{
+    std::wstring sWhole;
+    for (const std::wstring& sText : texts)
+        sWhole += sText + L'\0';
+    return StringData(sWhole, REG_MULTI_SZ);
+}
+
+void SetValue(const std::wstring& sPath, const std::wstring& sName, const RegistryData& data)
+{
+    EXPECT_EQ(0, ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, sPath.c_str(), sName.c_str(), data.dwType, data.bytes.data(),
+                                   static_cast<DWORD>(data.bytes.size())));
+}
+
 RegistryKeyScope::RegistryKeyScope(const std::wstring& sPath) : m_sPath(sPath)
 {
     for (std::size_t end = 0; end != std::wstring::npos && m_sMade.empty();)
@@ -55,11 +69,8 @@ RegistryKeyScope::~RegistryKeyScope()
 
 void RegistryKeyScope::Set(const std::wstring& sSubKey, const std::wstring& sName, const RegistryData& data) const
 {
-    if (data == RegistryData())
-        return;
-    const std::wstring sPath = sSubKey.empty() ? m_sPath : m_sPath + L'\\' + sSubKey;
-    EXPECT_EQ(0, ::RegSetKeyValueW(HKEY_LOCAL_MACHINE, sPath.c_str(), sName.c_str(), data.dwType, data.bytes.data(),
-                                   static_cast<DWORD>(data.bytes.size())));
+    if (data != RegistryData())
+        SetValue(sSubKey.empty() ? m_sPath : m_sPath + L'\\' + sSubKey, sName, data);
 }
 
 RegistryData RegistryKeyScope::Get(const std::wstring& sSubKey, const std::wstring& sName) const

@@ -22,6 +22,10 @@ struct RegistryData
 
 RegistryData StringData(std::wstring_view sText, DWORD dwType = REG_SZ); ///< with one terminator
 RegistryData DwordData(DWORD dwValue);
+RegistryData ListData(const std::vector<std::wstring>& texts);
+
+/// Writes a value below HKEY_LOCAL_MACHINE, which stays.
+void SetValue(const std::wstring& sPath, const std::wstring& sName, const RegistryData& data);
 
 /// A key below HKEY_LOCAL_MACHINE, made for one scope. At the end what did not exist before is deleted: the key, its
 /// subkeys and its missing parents. A key that existed stays, and so do the values that were written into it; those
