@@ -4,7 +4,6 @@
 #include <cctype>
 #include <cstdlib>
 #include <fstream>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -33,7 +32,6 @@ struct Link
     unsigned long ulIndex;
     std::string sName;
     std::string sHwAddr;
-    bool bUp;
     velmor::string sGuid;
 };
 
@@ -50,25 +48,25 @@ inline std::vector<Link> Links()
     std::vector<Link> links;
     for (const nlohmann::json& fact : Facts()["links"])
     {
-        const auto flags = fact["flags"].get<std::set<std::string>>();
-        if (flags.contains("LOOPBACK"))
+        if (fact["link_type"] == "loopback")
             continue;
         std::string sHwAddr = fact["address"];
         for (char& character : sHwAddr)
             character = character == ':' ? '-' : static_cast<char>(std::toupper(character));
-        links.push_back({fact["ifindex"], fact["ifname"], sHwAddr, flags.contains("UP"), GuidOf(fact["ifindex"])});
+        links.push_back({fact["ifindex"], fact["ifname"], sHwAddr, GuidOf(fact["ifindex"])});
     }
     return links;
 }
 
-/// The class subkey of a link, and what belongs to it elsewhere.
+/// The class subkey of a link, and what belongs to it elsewhere. Stand-ins know the link by the last word of its
+/// connection's name.
 class Seeded
 {
 public:
     explicit Seeded(const Link& link, const testing_support::RegistryData& device = {},
                     const testing_support::RegistryData& connectionDevice = {})
         : m_class(std::wstring(CONTROL) + L"Class" + NETWORK + L"\\" + Enum(link)),
-          m_connection(std::wstring(CONTROL) + L"Network" + NETWORK + L"\\" + link.sGuid.c_str() + L"\\Connection"),
+          m_connection(Connection(link)),
           m_device(std::wstring(CONTROL) + L"DeviceClasses\\{AD498944-762F-11D0-8DCB-00C04FC3358C}\\" + Enum(link))
     {
         const std::wstring sName(link.sName.begin(), link.sName.end());
@@ -78,6 +76,10 @@ public:
         m_device.Set(L"", L"DeviceInstance", device);
         m_connection.Set(L"", L"Name", testing_support::StringData(L"Connection " + sName));
         m_connection.Set(L"", L"PnpInstanceID", connectionDevice);
+    }
+    static std::wstring Connection(const Link& link)
+    {
+        return std::wstring(CONTROL) + L"Network" + NETWORK + L"\\" + link.sGuid.c_str() + L"\\Connection";
     }
     static std::wstring Enum(const Link& link) { return std::to_wstring(10000 + link.ulIndex).substr(1); }
 

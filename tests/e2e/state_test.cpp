@@ -13,6 +13,7 @@
 #include <state/reading/read_machine.h>
 
 using testing_support::DwordData;
+using testing_support::ListData;
 using testing_support::RegistryData;
 using testing_support::StringData;
 using zelk::Json;
@@ -175,8 +176,7 @@ public:
             Key(std::wstring(SERVICES) + L"Tcpip\\Parameters\\Interfaces\\" + guid,
                 {{L"EnableDHCP", DwordData(first)},
                  {L"NameServer", StringData(first ? L"" : L"192.0.2.53")},
-                 {L"DefaultGateway",
-                  StringData(first ? std::wstring(1, L'\0') : std::wstring(L"192.0.2.1\0", 10), REG_MULTI_SZ)},
+                 {L"DefaultGateway", first ? ListData({}) : ListData({L"192.0.2.1"})},
                  {L"Domain", StringData(L"example.org")},
                  {L"IPAutoconfigurationEnabled", DwordData(first)}});
             Key(std::wstring(SERVICES) + L"Tcpip6\\Parameters\\Interfaces\\" + guid,
@@ -207,6 +207,7 @@ TEST(Machine, IsWhatTheLibraryAnswers)
     const Installed installed;
     std::vector<TOLVA::NIC_INFO> list;
     ASSERT_TRUE(TOLVA::GetAdapterList(list));
+    EXPECT_EQ(3U, list.size());
     const zelk::Machine machine = zelk::ReadMachine();
     EXPECT_TRUE(machine.problems.empty());
     EXPECT_EQ(3, std::ranges::count(machine.adapters, false, &zelk::Adapter::hidden));

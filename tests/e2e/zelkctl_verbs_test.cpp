@@ -21,12 +21,6 @@ namespace
 
 using ZelkctlFinds = ZelkctlTest;
 
-/// The key of a link's connection, whose name stand-ins know the link by: it is the last word.
-std::wstring Connection(const Link& link)
-{
-    return std::wstring(CONTROL) + L"Network" + NETWORK + L"\\" + link.sGuid.c_str() + L"\\Connection";
-}
-
 /// The first link with everything that Windows keeps of an adapter.
 class ZelkctlVerbs : public ZelkctlTest
 {
@@ -34,9 +28,9 @@ protected:
     ZelkctlVerbs() : m_device(Links().at(0), StringData(L"ROOT\\NET\\0001"), StringData(L"ROOT\\NET\\0001"))
     {
         m_ipv4.Set(L"", L"EnableDHCP", DwordData(0));
-        m_ipv4.Set(L"", L"IPAddress", StringData(L"192.0.2.10\0"s + L"10.77.0.5\0"s, REG_MULTI_SZ));
-        m_ipv4.Set(L"", L"SubnetMask", StringData(L"255.255.255.0\0"s + L"255.255.0.0\0"s, REG_MULTI_SZ));
-        m_ipv4.Set(L"", L"DefaultGateway", StringData(std::wstring(L"192.0.2.1") + L'\0', REG_MULTI_SZ));
+        m_ipv4.Set(L"", L"IPAddress", ListData({L"192.0.2.10", L"10.77.0.5"}));
+        m_ipv4.Set(L"", L"SubnetMask", ListData({L"255.255.255.0", L"255.255.0.0"}));
+        m_ipv4.Set(L"", L"DefaultGateway", ListData({L"192.0.2.1"}));
         std::filesystem::create_directory(Folder());
         std::ofstream(Folder() / L"schema.json", std::ios::binary) << Run(L"schema").sOut;
     }
@@ -114,7 +108,7 @@ TEST_F(ZelkctlFinds, AnAdapterByAnyOfItsIdentities)
     EXPECT_EQ(3U, none.dwExitCode);
     EXPECT_EQ("adapter", nlohmann::json::parse(none.sOut)["error"]["kind"]);
 
-    const RegistryValueScope clash(Connection(Links().at(1)), L"Name", StringData(L"lan0"));
+    const RegistryValueScope clash(Seeded::Connection(Links().at(1)), L"Name", StringData(L"lan0"));
     const Result ambiguous = Run(L"address list lan0");
     EXPECT_EQ(3U, ambiguous.dwExitCode);
     for (const std::size_t number : {std::size_t(0), std::size_t(1)})
