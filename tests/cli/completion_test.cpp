@@ -1,14 +1,16 @@
 #include <gmock/gmock.h>
 
+#include <e2e/network.h>
 #include <e2e/unix_command.h>
 #include <support/golden.h>
 
-#include "installed_adapter.h"
 #include "zelkctl_test.h"
 
 using testing::HasSubstr;
 using testing::Not;
 using testing_support::BesideProgram;
+using testing_support::RegistryData;
+using testing_support::StringData;
 using testing_support::WriteFileBytes;
 
 namespace
@@ -27,11 +29,12 @@ TEST_F(Completion, WalksCommandsOptionsAndValues)
 
 TEST_F(Completion, KnowsAdapters)
 {
-    const InstalledAdapter adapter(L"Zelk's lan 7");
-    EXPECT_EQ("Zelk's lan 7\n", CandidatesFor(L"dns set --json \"zelk's l\""));
-    EXPECT_EQ("name:Zelk's lan 7\n", CandidatesFor(L"adapter show name:Z"));
+    const RegistryData device = StringData(L"ROOT\\NET\\0777"); // does not run
+    const Seeded adapter({777, "Zelk's lan 7", "", GuidOf(777)}, device, device);
+    EXPECT_EQ("Connection Zelk's lan 7\n", CandidatesFor(L"dns set --json \"connection zelk's l\""));
+    EXPECT_EQ("name:Connection Zelk's lan 7\n", CandidatesFor(L"adapter show name:C"));
     EXPECT_THAT(CandidatesFor(L"dns set lan0 \"\""), Not(HasSubstr("Zelk's")));
-    EXPECT_THAT(Run(L"adapter list --all --get name").sOut, HasSubstr("Zelk's lan 7\n"));
+    EXPECT_THAT(Run(L"adapter list --all --get name").sOut, HasSubstr("Connection Zelk's lan 7\n"));
 }
 
 TEST_F(Completion, ScriptsAskTheTool)
