@@ -1,12 +1,14 @@
 #include <fstream>
+#include <regex>
 
 #include "zelkctl_test.h"
 
 #include <gmock/gmock.h>
 
+#include <support/golden.h>
+
 using namespace testing_support;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 namespace
 {
@@ -14,6 +16,13 @@ namespace
 std::string LineOf(char level, const std::string& sText)
 {
     return std::string("[2026-11-21 09:13:25.204]:00d0:[") + level + "]: " + sText + "\r\n";
+}
+
+std::string Replaced(std::string sText, const std::string& sOld, const std::string& sNew)
+{
+    for (std::size_t at = 0; (at = sText.find(sOld, at)) != std::string::npos; at += sNew.size())
+        sText.replace(at, sOld.size(), sNew);
+    return sText;
 }
 
 /// As the library writes: under its mutex. A file that is deleted while somebody reads it cannot be made again at once.
@@ -61,35 +70,29 @@ protected:
     {
         return L"trace " + sVerb + L" --program \"" + program.Text() + L"\"";
     }
-    [[nodiscard]] Result RunTrace(const std::wstring& sVerb) const { return Run(Arguments(sVerb)); }
 
     TempDirectory program;
 };
 
-TEST_F(Trace, ShowsBothFilesInColumnsWithTheirDumps)
+/// Questions are command lines of the tool, "write NAME TEXT" and "read NAME". There "PROGRAM" is the program's folder,
+/// and a line of its trace begins with the level.
+TEST_F(Trace, IsWhatTheFilesOfAProgramHold)
 {
-    WriteFileBytes(Rotated(), LineOf('E', "TOLVA::Old : ... ending( Bad )"));
-    Append(LineOf('V', "TOLVA::Longer : abData = \r\n01 02 \r\n03 04 \r\n") + LineOf('I', "TOLVA::New : done"));
-    const auto result = RunTrace(L"show");
-    EXPECT_EQ(0U, result.dwExitCode) << result.sErr;
-    EXPECT_EQ("Time                     Level        Operation      Message\n"
-              "2026-11-21 09:13:25.204  Error        TOLVA::Old     ... ending( Bad )\n"
-              "2026-11-21 09:13:25.204  Verbose      TOLVA::Longer  abData =\n"
-              "                                                     01 02 \n"
-              "                                                     03 04 \n"
-              "2026-11-21 09:13:25.204  Information  TOLVA::New     done\n",
-              result.sOut);
-    EXPECT_EQ("... ending( Bad )\nabData = 01 02 03 04 \ndone\n", RunTrace(L"show --get message").sOut);
-}
-
-TEST_F(Trace, FiltersLinesWithWhatBelongsToThem)
-{
-    Append(LineOf('W', "TOLVA::GetDhcpStatus : late") + "row\r\n" + LineOf('I', "TOLVA::GetDhcpStatus : fine") +
-           "row\r\n" + LineOf('E', "TOLVA::AddRoute : bad"));
-    EXPECT_EQ("late row\nbad\n", RunTrace(L"show --errors --get message").sOut);
-    EXPECT_EQ("late row\nfine row\n", RunTrace(L"show --operation dhcp --get message").sOut);
-    EXPECT_EQ("late row\n", RunTrace(L"show --errors --operation dhcp --get message").sOut);
-    EXPECT_THAT(RunTrace(L"show --operation nothing --json").sOut, HasSubstr("\"result\": []"));
+    const std::string sFolder = program.Path().string();
+    ExpectTranscript([&](const std::string& sQuestion) {
+        const std::string sMeant = Replaced(sQuestion, "PROGRAM", sFolder);
+        std::smatch file;
+        if (!std::regex_match(sMeant, file, std::regex("(read|write) (\\S+) ?(.*)")))
+            return Replaced(Session(sMeant), sFolder, "PROGRAM");
+        const std::filesystem::path path = program.Path() / file.str(2);
+        if (file[1] == "read")
+            return Replaced(ReadFileBytes(path), "\r\n", "\\r\\n");
+        std::filesystem::create_directories(path.parent_path());
+        const std::string sText = Replaced(file[3], "\\r\\n", "\r\n");
+        WriteFileBytes(path,
+                       std::regex_replace(sText, std::regex("\\[(\\w)\\]"), "[2026-11-21 09:13:25.204]:00d0:[$1]"));
+        return std::string();
+    });
 }
 
 TEST_F(Trace, FollowsThroughRotationAndEmptyingLosingAndRepeatingNothing)
@@ -122,39 +125,6 @@ TEST_F(Trace, FollowedAsJsonIsAnObjectALine)
               "\n",
               follower.ReadUntil("\n"));
     follower.Terminate();
-}
-
-TEST_F(Trace, DirectoryIsThatOfItsSettings)
-{
-    EXPECT_EQ(0U, RunTrace(L"show").dwExitCode) << "a missing file is an empty trace";
-    EXPECT_EQ("", RunTrace(L"show").sOut);
-    const TempDirectory logs;
-    WriteFileBytes(program / L"zlk.ini", "[File Locations]\r\nLogfiles=" + logs.Path().string() + "\r\n");
-    WriteFileBytes(logs / L"TOLVA_trace.log", LineOf('I', "Op : elsewhere"));
-    EXPECT_EQ("elsewhere\n", RunTrace(L"show --get message").sOut);
-    EXPECT_EQ("elsewhere\n", Run(L"trace show --get message --program \"" + program.Text() + L"\\PROGRAM.EXE\"").sOut);
-    EXPECT_EQ("true\ntrue\nfalse\nfalse\ntrue\n", RunTrace(L"path --get exists").sOut);
-
-    std::filesystem::remove_all(logs.Path());
-    const auto missing = RunTrace(L"show");
-    EXPECT_EQ(1U, missing.dwExitCode);
-    EXPECT_THAT(missing.sErr, HasSubstr(logs.Path().string() + " is missing"));
-}
-
-TEST_F(Trace, LevelIsReadWrittenAndChecked)
-{
-    EXPECT_EQ("3\n", RunTrace(L"level --get level").sOut) << "the default";
-    EXPECT_EQ(10U, RunTrace(L"level 4 --check").dwExitCode);
-    EXPECT_FALSE(std::filesystem::exists(program / L"trace.ini"));
-    WriteFileBytes(program / L"trace.ini", "[Main]\r\nTOLVA_TraceLevel=9\r\nOther=kept\r\n");
-    EXPECT_EQ("true\n", RunTrace(L"level --get isDefault").sOut) << "no such level";
-
-    const auto set = RunTrace(L"level 4");
-    EXPECT_EQ(0U, set.dwExitCode) << set.sErr;
-    EXPECT_EQ("[Main]\r\nTOLVA_TraceLevel=4\r\nOther=kept\r\n", ReadFileBytes(program / L"trace.ini"));
-    EXPECT_EQ("Verbose\n", RunTrace(L"level --get name").sOut);
-    EXPECT_EQ(0U, RunTrace(L"level 4 --check").dwExitCode);
-    EXPECT_EQ(2U, RunTrace(L"level 5").dwExitCode);
 }
 
 TEST_F(Trace, LookingAtTheToolsOwnTraceDoesNotEmptyIt)
