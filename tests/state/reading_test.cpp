@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <random>
-#include <set>
 
 #include <gtest/gtest.h>
 
@@ -452,20 +451,6 @@ bool IsKnownOrLess(const Json& value, const Json& known)
 bool HasTwoSources(const std::string& place)
 {
     return place.ends_with("description") || place.ends_with("deviceInstance") || place.ends_with("/name");
-}
-
-TEST(Fields, HaveEachTheirOwnKeyAndWords)
-{
-    std::set<std::string> keys;
-    for (const Field<Adapter>& field : FieldsOf<Adapter>())
-    {
-        EXPECT_TRUE(keys.insert(field.key).second) << field.key;
-        EXPECT_TRUE(std::string_view(field.help).ends_with('.')) << field.key;
-    }
-    EXPECT_STREQ("status", FieldsOf<Adapter>().fields[1].key);
-    EXPECT_STREQ("Lower layer down", FieldsOf<Adapter>().fields[1].labelOfWord("lowerLayerDown"));
-    EXPECT_EQ(AddressOrigin::LINK_LAYER, ParseWord<AddressOrigin>("linkLayer"));
-    EXPECT_FALSE(ParseWord<AddressOrigin>("LinkLayer"));
 }
 
 /// Whatever single call of the platform fails: what it would have told is unknown, is said to be, and nothing else

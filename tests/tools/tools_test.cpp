@@ -175,11 +175,6 @@ TEST_F(Tools, NothingIsRunWithoutWhatItNeeds)
     {
         NicInfo.sNicGuid = L"{NOBODY}";
         Run("no name", run);
-        // Wine looks at one byte too many for a folder without its last backslash.
-        SetVariable(L"PATH",
-                    BesideProgram(L"stand_ins").wstring() + L"\\;" + ::_wgetenv(L"SystemRoot") + L"\\system32\\");
-        SetVariable(L"TMP", temporary.Text());
-        SetVariable(L"ZELK_STAND_IN", commands.Text());
         NicInfo.sNicGuid = L"{T}";
         const auto patch = PATCH_IMPORT(GetTempPathW, [](auto...) -> DWORD {
             ::SetLastError(5);

@@ -244,13 +244,4 @@ TEST(MountedHives, AreUnloadedByTheDestruction)
         }
 }
 
-TEST(MountedHives, WithoutOneNothingHappens)
-{
-    MountedHive hive;
-    velmor::Registry_System();
-    velmor::Registry_Software();
-    EXPECT_EQ("", hive.calls.sNotes);
-    EXPECT_FALSE(std::filesystem::exists(hive.folder / L"registry.log"));
-}
-
 } // namespace

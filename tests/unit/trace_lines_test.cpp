@@ -81,18 +81,6 @@ TEST_F(TraceLines, ThePrefixToTheByte)
     golden->Line("thread", dwThread, "in upper case", Written(TRACE_ERROR));
 }
 
-TEST_F(TraceLines, TheBannerStandsBareAndAtAnyLevelButNone)
-{
-    TheTrace.SetTraceLevel(1);
-    TheTrace.TraceBanner("ab");
-    EXPECT_EQ("\r\n********\r\n** ab **\r\n********\r\n\r\n", trace.Bytes());
-    trace.Empty();
-    TheTrace.SetTraceLevel(0);
-    TheTrace.TraceBanner("ab");
-    TheTrace.Trace(TRACE_ERROR, "A", "b");
-    EXPECT_EQ("", trace.Bytes());
-}
-
 TEST_F(TraceLines, TheCallFrameSpeaksForTheOperation)
 {
     const CallFrame frame("A::B");

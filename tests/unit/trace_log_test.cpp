@@ -49,6 +49,7 @@ TEST_F(TraceLog, LevelSettings)
         trace.Empty();
         for (unsigned int level = 1; level <= 8; level *= 2)
             TheTrace.Trace(level, "A", "b");
+        TheTrace.TraceBanner("ab");
         golden->Line("setting", setting, "mask", TheTrace.GetTraceMask());
         golden->Lines(trace.Lines());
     }
