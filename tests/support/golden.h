@@ -20,6 +20,10 @@ inline std::string Show(const std::wstring& sText)
 }
 std::string Show(const velmor::string& sText);
 std::string Show(const velmor::ip_address& address);
+inline std::string Show(const TOLVA::HARDWARE_ADDRESS& address)
+{
+    return Show(static_cast<velmor::string>(address));
+}
 std::string Show(const RegistryData& data); ///< such as REG_SZ "text"
 std::string Show(const TOLVA::ROUTE_INFO& route);
 std::string Show(const TOLVA::ASSOC_IP_ADDR& address);
