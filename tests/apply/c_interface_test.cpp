@@ -2,8 +2,11 @@
 
 #include <atomic>
 #include <future>
+#include <optional>
 
 #include <c_interface/outcome.h>
+#include <state/pending/change_folder.h>
+#include <state/pending/change_lock.h>
 
 #include "zelkctl_changes.h"
 
@@ -173,6 +176,24 @@ TEST_F(CInterface, ChangesWaitToBeConfirmed)
     EXPECT_EQ(ZELK_STATE_DONE, ConfirmOnly(made.json.at("pendingChange")).iCode);
     EXPECT_EQ(Json::array(), Give(Pending).json);
     EXPECT_THAT(Kernel(), HasSubstr("198.51.100.20/24"));
+}
+
+TEST_F(CInterface, WhatCouldNotBeRestoredIsNamedAndStaysPending)
+{
+    constexpr const char* SHORTLY = R"({"timeout": 1})";
+    std::optional<StandIn> refuses(std::in_place, "ZELK_REFUSED", "198.51.100.54|192.0.2.10 "); // and the way back
+    const Json undo = Apply(CHANGE, SHORTLY).json.at("undo");
+    EXPECT_FALSE(undo.at("complete"));
+    EXPECT_THAT(undo.at("differences").dump(), HasSubstr("ipv4.addresses"));
+    EXPECT_EQ(ZELK_STATE_NOT_VERIFIED, Restore(SHORTLY).iCode);
+    refuses.reset();
+
+    auto lock = zelk::ChangeLock::Take(zelk::ChangeFolder(), {}, {});
+    EXPECT_EQ(ZELK_STATE_BUSY, Apply(CHANGE, SHORTLY).iCode);
+    EXPECT_EQ(ZELK_STATE_BUSY, Restore(SHORTLY).iCode);
+    lock.reset();
+    EXPECT_EQ(ZELK_STATE_DONE, Restore(OPTIONS).iCode);
+    EXPECT_EQ(m_sBefore, Kernel());
 }
 
 TEST_F(CInterface, NobodyWatchesWithoutTheToolBesideTheDll)

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <regex>
 #include <set>
 
 #include <e2e/unix_command.h>
@@ -216,8 +217,8 @@ void Repair(SimulatedWindows& windows)
 
 bool IsMeant(const char* variable, const std::string& line)
 {
-    const char* const text = std::getenv(variable);
-    return text != nullptr && line.find(text) != std::string::npos;
+    const char* const pattern = std::getenv(variable);
+    return pattern != nullptr && std::regex_search(line, std::regex(pattern));
 }
 
 } // namespace
