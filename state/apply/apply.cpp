@@ -93,7 +93,7 @@ private:
     Outcome Complete()
     {
         constexpr milliseconds MOMENT(2000);
-        m_result.changed = true;
+        m_result.changed = !m_plan.steps.empty();
         Report({.phase = Progress::Phase::VERIFYING});
         const Outcome outcome = Verify(std::min(MOMENT, m_options.timeout));
         if (outcome != Outcome::NOT_VERIFIED)

@@ -17,6 +17,7 @@
 #include <objbase.h>
 
 #include <state/apply/performer.h>
+#include <state/desired/json_form.h>
 #include <state/fake_windows.h>
 #include <state/reading/read_machine.h>
 #include <support/golden.h>
@@ -250,4 +251,32 @@ TEST(Performer, SaysWhichChangeOfTheRegistryFailed)
             failing = function;
             golden.Line(failing, Perform(action));
         }
+}
+
+TEST(Apply, SaysWhyItDidNothingOrNotAll)
+{
+    FakeWindows windows;
+    windows.Install(MakeAdapter(3, L"lan"), L"0003");
+    Machine machine = ReadMachine();
+    const Library library;
+    std::vector<Fault> faults;
+    const Plan plan =
+        MakePlan(machine, ParseDesiredState(R"({"adapters": [{"adapter": "lan", "enabled": false}]})", faults), faults);
+    int left = 0;
+    ApplyOptions options;
+    options.isCancelled = [&] { return left-- <= 0; };
+    testing_support::Golden golden;
+    const auto line = [&](const char* what, const Plan& wanted) {
+        const ApplyResult result = Apply(machine, wanted, options);
+        golden.Line(what, WordOf(result.outcome), result.undo ? "undone" : "", result.changed ? "changed" : "");
+    };
+    line("cancelled before the first step:", plan);
+    left = 1;
+    line("cancelled after the last one:", plan);
+    options.timeout = {};
+    options.isCancelled = {};
+    line("done, but not so:", plan);
+    line("differs, and no step is known:", Plan{plan.targets, plan.identity, plan.differences, {}, {}});
+    machine.environment.elevated = false;
+    line("as a user:", plan);
 }

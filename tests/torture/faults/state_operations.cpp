@@ -29,6 +29,7 @@ struct Documents
     std::string sChanged;  ///< what only the registry keeps of one adapter
     std::string sBack;     ///< the same as it was before
     std::string sDisabled; ///< what a stand-in of the platform only claims to do
+    std::string sRenamed;  ///< what a command does, or only claims to
 };
 
 struct Operation
@@ -56,6 +57,7 @@ constexpr Operation OPERATIONS[] = {
     {CALL(zelk_state_apply, documents.sChanged.c_str(), R"({"timeout": 1})", nullptr, nullptr), true},
     {CALL(zelk_state_apply, documents.sChanged.c_str(), R"({"confirmWithin": 60})", nullptr, nullptr), true},
     {CALL(zelk_state_apply, documents.sDisabled.c_str(), R"({"timeout": 1})", nullptr, nullptr), true},
+    {CALL(zelk_state_apply, documents.sRenamed.c_str(), R"({"timeout": 1})", nullptr, nullptr), true},
     {CALL(zelk_state_pending, nullptr)},
     {CALL(zelk_state_confirm, R"({"timeout": 1})")},
     {CALL(zelk_state_restore, R"({"timeout": 1})", nullptr, nullptr)},
@@ -93,7 +95,8 @@ Documents MakeDocuments(const std::wstring& sGuid)
 {
     const std::string sNarrow(sGuid.begin(), sGuid.end()); // of ASCII alone
     Documents documents = {NOTHING, Registry(sNarrow, "other.example", "enabled"),
-                           Registry(sNarrow, "example.com", "disabled"), Desired(sNarrow, {{"enabled", false}})};
+                           Registry(sNarrow, "example.com", "disabled"), Desired(sNarrow, {{"enabled", false}}),
+                           Desired(sNarrow, {{"connectionName", "other"}})};
     Texts texts;
     if (zelk_state_export(nullptr, &texts.pszResult, &texts.pszError) == 0)
         documents.sExported = texts.pszResult;
@@ -101,7 +104,8 @@ Documents MakeDocuments(const std::wstring& sGuid)
     return documents;
 }
 
-/// Whether the machine is as asked for exactly if the code says so; what only claims to be done is not. Undoes the change.
+/// Whether the machine is as asked for exactly if the code says so; what only claims to be done is not. Undoes the
+/// change.
 bool IsDoneAndTakenBack(const Documents& documents, int iCode)
 {
     Texts texts[4];
