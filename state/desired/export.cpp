@@ -49,9 +49,9 @@ DesiredIp ConfigurationOf(const Adapter& adapter, Family family)
     else if (adapter.index && adapter.enabled != false)
     {
         ip.enabled = settings.enabled;
-        if (!ip.addresses && AddressesInUse(adapter, family).empty()) // as where IPv6 is not bound
+        if (!ip.addresses && settings.addresses && settings.addresses->empty()) // as where IPv6 is not bound
             ip.addresses.emplace();
-        if (!ip.gateways && settings.gateways.value_or(std::vector<Gateway>()).empty())
+        if (!ip.gateways && settings.gateways && settings.gateways->empty())
             ip.gateways.emplace();
     }
     return ip;

@@ -137,6 +137,8 @@ bool AddressesStand(const Adapter& adapter, Family family, const Prefixes& wante
 {
     const auto configured = ConfiguredAddresses(adapter, family);
     const Prefixes used = AddressesInUse(adapter, family);
+    if (!adapter.Of(family).addresses) // nobody knows
+        return false;
     if (!configured) // such as where the protocol is not bound
         return family == Family::IPV6 && wanted.empty() && used.empty();
     if (family == Family::IPV6) // those of the system's own stand beside them, and may be named
@@ -156,8 +158,10 @@ bool IsConfiguredExactly(const Adapter& adapter, const DesiredIp& wanted)
 bool GatewaysStand(const Adapter& adapter, Family family, const std::vector<Gateway>& wanted)
 {
     const IpSettings& settings = adapter.Of(family);
-    if (!settings.configured.gateways || !settings.gateways)
-        return family == Family::IPV6 && wanted.empty() && settings.gateways.value_or(std::vector<Gateway>()).empty();
+    if (!settings.gateways)
+        return false;
+    if (!settings.configured.gateways)
+        return family == Family::IPV6 && wanted.empty() && settings.gateways->empty();
     const auto& configured = *settings.configured.gateways;
     if (!HasNoOther(configured, wanted) || (family == Family::IPV4 && !IncludesGateways(configured, wanted)))
         return false;
@@ -174,6 +178,8 @@ bool DnsServersStand(const Machine& machine, const Adapter& adapter, Family fami
     if (settings.configured.dnsServers != wanted)
         return false;
     const auto* const servers = std::get_if<Addresses>(&wanted);
+    if (servers != nullptr && !settings.dnsServers)
+        return false;
     if (servers == nullptr || !IsUp(adapter) || settings.enabled == false)
         return true;
     auto next = servers->begin();

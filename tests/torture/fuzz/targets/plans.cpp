@@ -166,6 +166,21 @@ void Vary(Choices& choices, Adapter& adapter)
     case 11: adapter.hidden = true; break;
     case 10: adapter.hardwareAddress.reset(); break;
     case 9: adapter.type = AdapterType::LOOPBACK; break;
+    case 8: adapter.ipv4.mtu = 70000; break;
+    case 7: adapter.ipv4.mtu = 1400, adapter.ipv4.configured.mtu = 1400U; break;
+    case 6:
+        adapter.ipv4.dnsServers = std::vector(2, NEXT_HOPS[0][0]),
+        adapter.ipv4.configured.dnsServers = std::vector(1, NEXT_HOPS[0][0]);
+        break;
+    case 5:
+        adapter.ipv6.addresses.emplace(1, Address{*IpAddress::Parse("::1"), 128, AddressOrigin::DHCP, {}, {}, {}});
+        break;
+    case 4:
+        adapter.routes.emplace();
+        for (const char* const odd : {"127.0.0.0/8", "10.2.3.4/16"})
+            adapter.routes->push_back({*IpPrefix::Parse(odd), NEXT_HOPS[0][0], 1U, RouteStore::BOTH,
+                                       RouteOrigin::MANUAL, RouteProtocol::MANAGEMENT});
+        break;
     default: break;
     }
 }
