@@ -68,11 +68,15 @@ private:
     std::vector<AdapterEvent>& m_events;
 };
 
+/// What stays the same. Two devices without a driver have no GUID, and may have the same name.
+std::string IdentityOf(const Adapter& adapter)
+{
+    return adapter.guid ? adapter.guid->ToText() : adapter.deviceInstance.value_or(NameOf(adapter));
+}
+
 const Adapter* FindSame(const Machine& machine, const Adapter& adapter)
 {
-    const auto found = std::ranges::find_if(machine.adapters, [&](const Adapter& other) {
-        return adapter.guid ? other.guid == adapter.guid : !other.guid && NameOf(other) == NameOf(adapter);
-    });
+    const auto found = std::ranges::find(machine.adapters, IdentityOf(adapter), IdentityOf);
     return found != machine.adapters.end() ? &*found : nullptr;
 }
 

@@ -167,6 +167,11 @@ TEST(ChangeNotifications, StopAtOnce)
     const std::unique_ptr<void, decltype(&::CloseHandle)> stop(::CreateEventW(nullptr, TRUE, TRUE, nullptr),
                                                                ::CloseHandle);
     EXPECT_FALSE(notifications.Wait(LONG, stop.get()));
+    ::ResetEvent(stop.get());
+    notifier.Notify();
+    const auto patch = PatchWait([](DWORD) -> DWORD { return WAIT_OBJECT_0; }); // while the changes settle
+    EXPECT_FALSE(notifications.Wait(LONG, stop.get()));
+    EXPECT_TRUE(notifications.Wait(1ms, reinterpret_cast<HANDLE>(0x1234))) << "no handle, which cannot be waited for";
 }
 
 TEST(ChangeNotifications, KeepTheEventOfACallbackThatMayStillCome)
@@ -239,6 +244,10 @@ Machine MachineWithLink()
     Address& address = adapter.ipv4.addresses.emplace().emplace_back();
     address.address = *IpAddress::Parse("192.0.2.10");
     address.validLifetime = Lifetime{60};
+    adapter.ipv4.dnsServers.emplace();
+    adapter.ipv4.lease.emplace();
+    for (const char* const device : {"PCI\\A", "PCI\\B"}) // two of the same sort without a driver
+        machine.adapters.emplace_back().deviceInstance = device;
     return machine;
 }
 
@@ -257,6 +266,9 @@ TEST(AdapterEvents, AreWhatTwoReadingsDifferIn)
         {[](Adapter& adapter) { adapter.ipv6.configured.mtu = 1400U; }, {"ipv6.configured.mtu"}, 1400},
         {[](Adapter& adapter) { adapter.ipv4.addresses->clear(); }, {"ipv4.addresses"}, Json::array()},
         {[](Adapter& adapter) { adapter.connectionName = "uplink"; }, {"name", "connectionName"}, "uplink"},
+        {[](Adapter& adapter) { adapter.ipv4.lease.reset(); }, {"ipv4.lease"}, {}},
+        {[](Adapter& adapter) { adapter.ipv4.dnsServers->emplace_back(); }, {"ipv4.dnsServers"}, {"0.0.0.0"}},
+        {[](Adapter& adapter) { adapter.guid.reset(); }, {"adapter", "adapter"}, {}},
     };
     for (const auto& row : rows)
     {
@@ -273,13 +285,13 @@ TEST(AdapterEvents, AreWhatTwoReadingsDifferIn)
 TEST(AdapterEvents, TellOfAnAdapterAsAWhole)
 {
     const auto added = EventsBetween({}, MachineWithLink(), {});
-    ASSERT_EQ(1U, added.size());
+    ASSERT_EQ(3U, added.size());
     EXPECT_EQ("adapter", added[0].path);
     EXPECT_EQ("lan0", added[0].adapter);
     EXPECT_TRUE(added[0].before.is_null());
     EXPECT_EQ("192.0.2.10", added[0].after["ipv4"]["addresses"][0]["address"]);
     const auto removed = EventsBetween(MachineWithLink(), {}, {});
-    ASSERT_EQ(1U, removed.size());
+    ASSERT_EQ(3U, removed.size());
     EXPECT_TRUE(removed[0].after.is_null());
 }
 
