@@ -201,7 +201,7 @@ void ReadIpv4(Adapter& adapter, const std::wstring& guid, const MachineSettings&
 void ConcludeConfigured(Adapter& adapter)
 {
     IpSettings& ipv6 = adapter.ipv6;
-    if (ipv6.enabled != true || !ipv6.addresses)
+    if (ipv6.enabled != true)
         return; // nothing is in use to conclude from
     ipv6.configured.source = ConfigurationSource::ACTIVE;
     auto& addresses = ipv6.configured.addresses.emplace();

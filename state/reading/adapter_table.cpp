@@ -132,20 +132,16 @@ std::optional<std::uint8_t> LongestPrefix(const Record& record, const IpAddress&
 /// Tables before Vista say "preferred" of every address: they do not know better.
 Address AddressOf(const Record& adapter, const IP_ADAPTER_UNICAST_ADDRESS& record, const IpAddress& address, bool vista)
 {
-    using Unicast = IP_ADAPTER_UNICAST_ADDRESS;
     Address result;
     result.address = address;
-    result.prefixLength = Get(record, &Unicast::OnLinkPrefixLength);
+    result.prefixLength = Get(record, &IP_ADAPTER_UNICAST_ADDRESS::OnLinkPrefixLength);
     if (!result.prefixLength || !vista)
         result.prefixLength = LongestPrefix(adapter, address);
-    if (Get(record, &Unicast::SuffixOrigin))
-        result.origin = OriginOf(record);
-    if (const auto state = Get(record, &Unicast::DadState); state && vista)
-        result.dadState = DadStateOf(*state);
-    if (const auto seconds = Get(record, &Unicast::ValidLifetime))
-        result.validLifetime = Lifetime{*seconds};
-    if (const auto seconds = Get(record, &Unicast::PreferredLifetime))
-        result.preferredLifetime = Lifetime{*seconds};
+    result.origin = OriginOf(record);
+    if (vista)
+        result.dadState = DadStateOf(record.DadState);
+    result.validLifetime = Lifetime{record.ValidLifetime};
+    result.preferredLifetime = Lifetime{record.PreferredLifetime};
     return result;
 }
 
@@ -280,8 +276,6 @@ DWORD FillTable(TableBuffer& buffer, bool vista)
 /// Where addresses have no prefix lengths of their own.
 void TakePrefixLengths(Adapter& adapter, const MaskTable& masks)
 {
-    if (!adapter.ipv4.addresses)
-        return;
     for (Address& address : *adapter.ipv4.addresses)
         if (const auto mask = masks.find(std::pair(adapter.index.value_or(0), address.address)); mask != masks.end())
             address.prefixLength = mask->second;

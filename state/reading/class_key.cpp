@@ -65,7 +65,7 @@ void Complete(Adapter& adapter, StoredKey& key, const std::wstring& subkey)
 /// Other keys stand beside those of adapters, and some may not be opened by everybody.
 bool IsAdapterKey(const std::wstring& name)
 {
-    return !name.empty() && name.find_first_not_of(L"0123456789") == std::wstring::npos;
+    return name.find_first_not_of(L"0123456789") == std::wstring::npos;
 }
 
 void ReadSubkey(Reading& reading, const std::wstring& subkey)

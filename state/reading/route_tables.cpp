@@ -73,7 +73,7 @@ std::optional<Route> RouteOf(const MIB_IPFORWARDROW& row)
 /// Gives an adapter its route; routes of what is no adapter are left out.
 void AddRoute(Reading& reading, Family family, std::uint32_t index, const std::optional<Route>& route)
 {
-    if (Adapter* const adapter = reading.Find(family, index); adapter != nullptr && adapter->routes && route)
+    if (Adapter* const adapter = reading.Find(family, index); adapter != nullptr && route)
         adapter->routes->push_back(*route);
 }
 
@@ -118,8 +118,8 @@ TableState ReadOldTable(Reading& reading)
 
 bool HasAddress(const Adapter& adapter, const IpAddress& address)
 {
-    const auto& addresses = adapter.Of(address.GetFamily()).addresses;
-    return addresses && std::ranges::find(*addresses, address, &Address::address) != addresses->end();
+    const auto& addresses = *adapter.Of(address.GetFamily()).addresses;
+    return std::ranges::find(addresses, address, &Address::address) != addresses.end();
 }
 
 /// Before Vista the next hop of a route without a gateway is an address of the adapter itself.
@@ -131,8 +131,6 @@ bool HasGateway(const Adapter& adapter, const Route& route)
 void ConcludeGateways(Adapter& adapter, Family family)
 {
     auto& gateways = adapter.Of(family).gateways.emplace();
-    if (!adapter.routes)
-        return;
     for (const Route& route : *adapter.routes)
         if (route.nextHop.GetFamily() == family && HasGateway(adapter, route))
             gateways.push_back({route.nextHop, route.metric});
