@@ -14,6 +14,7 @@ namespace
 {
 
 FakeWindows* theWindows = nullptr;
+constexpr ULONG NO_MASK = 0xFF00FF;
 constexpr BYTE FOREIGN = 0xCD; ///< what lies where a shorter record has ended
 const auto DEVICES = reinterpret_cast<HDEVINFO>(0x1234);
 
@@ -86,6 +87,8 @@ DWORD WINAPI GetRoutes(ADDRESS_FAMILY family, MIB_IPFORWARD_TABLE2** table)
         MIB_IPFORWARD_ROW2& row = rows.emplace_back();
         row.InterfaceIndex = route.index;
         row.DestinationPrefix = {SocketInet(destination.address.ToText()), destination.length};
+        row.DestinationPrefix.Prefix.si_family ^= route.otherFamily;
+        row.DestinationPrefix.PrefixLength ^= route.excess;
         row.NextHop = SocketInet(route.nextHop);
         row.Metric = route.metric;
         row.Protocol = route.protocol;
@@ -134,7 +137,7 @@ DWORD OldRoutes(MIB_IPFORWARDTABLE* table, ULONG* size)
         MIB_IPFORWARDROW& row = table->table[table->dwNumEntries++];
         row = {};
         row.dwForwardDest = SocketInet(destination.address.ToText()).Ipv4.sin_addr.s_addr;
-        row.dwForwardMask = MaskOf(destination);
+        row.dwForwardMask = route.excess != 0 ? NO_MASK : MaskOf(destination);
         row.dwForwardNextHop = SocketInet(route.nextHop).Ipv4.sin_addr.s_addr;
         row.dwForwardIfIndex = route.index;
         row.dwForwardMetric1 = route.metric;
@@ -148,8 +151,8 @@ DWORD OldRoutes(MIB_IPFORWARDTABLE* table, ULONG* size)
 SOCKADDR_INET SocketInet(const std::string& text)
 {
     SOCKADDR_INET socket = {};
-    const auto address = zelk::IpAddress::Parse(text).value();
-    socket.si_family = address.IsIpv4() ? AF_INET : AF_INET6;
+    const auto address = zelk::IpAddress::Parse(text != "none" ? text : "::").value();
+    socket.si_family = text == "none" ? AF_UNSPEC : address.IsIpv4() ? AF_INET : AF_INET6;
     std::memcpy(address.IsIpv4() ? static_cast<void*>(&socket.Ipv4.sin_addr) : &socket.Ipv6.sin6_addr,
                 address.Bytes().data(), address.Bytes().size());
     return socket;
@@ -257,9 +260,9 @@ SOCKET_ADDRESS FakeWindows::SocketAddress(const std::string& text)
 {
     const auto socket = std::make_shared<SOCKADDR_INET>(SocketInet(text));
     m_memory.push_back(socket);
-    const bool ipv4 = socket->si_family == AF_INET;
-    return {reinterpret_cast<SOCKADDR*>(socket.get()),
-            static_cast<INT>(ipv4 ? sizeof(socket->Ipv4) : sizeof(socket->Ipv6))};
+    const auto whole = static_cast<INT>(socket->si_family == AF_INET ? sizeof(socket->Ipv4) : sizeof(socket->Ipv6));
+    const auto cut = cutSockets.find(text);
+    return {reinterpret_cast<SOCKADDR*>(socket.get()), cut != cutSockets.end() ? cut->second : whole};
 }
 
 template <class Record>
@@ -273,7 +276,7 @@ void FakeWindows::Append(Record*& first, Record record)
     *place = owner.get();
 }
 
-void FakeWindows::AddAddress(const FakeAddress& address, ULONG unicastLength, IP_ADAPTER_ADDRESSES& record)
+void FakeWindows::AddAddress(const FakeAddress& address, const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
 {
     const auto prefix = zelk::IpPrefix::Parse(address.prefix).value();
     IP_ADAPTER_UNICAST_ADDRESS unicast = {};
@@ -282,15 +285,16 @@ void FakeWindows::AddAddress(const FakeAddress& address, ULONG unicastLength, IP
     unicast.SuffixOrigin = address.suffixOrigin;
     unicast.DadState = address.dadState;
     unicast.ValidLifetime = unicast.PreferredLifetime = address.lifetime;
-    unicast.OnLinkPrefixLength = unicastLength == sizeof(unicast) ? prefix.length : FOREIGN;
-    unicast.Length = unicastLength;
+    unicast.OnLinkPrefixLength = adapter.old ? FOREIGN : prefix.length;
+    unicast.Length = adapter.old ? offsetof(IP_ADAPTER_UNICAST_ADDRESS, OnLinkPrefixLength) : sizeof(unicast);
     Append(record.FirstUnicastAddress, unicast);
     for (const std::uint8_t length : {prefix.length, zelk::BitsOf(prefix.address.GetFamily())})
     {
         IP_ADAPTER_PREFIX entry = {};
         entry.Address = SocketAddress(zelk::IpPrefix{prefix.address, length}.Network().address.ToText());
         entry.PrefixLength = length;
-        Append(record.FirstPrefix, entry);
+        if (adapter.prefixes)
+            Append(record.FirstPrefix, entry);
     }
 }
 
@@ -300,9 +304,11 @@ void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
     record = {};
     record.IfIndex = adapter.ipv4 || majorVersion >= 6 ? adapter.index : 0;
     record.Ipv6IfIndex = adapter.ipv6 ? adapter.index : 0;
-    record.AdapterName = const_cast<char*>(adapter.guid.c_str());
-    record.FriendlyName = record.Description = const_cast<wchar_t*>(adapter.name.c_str());
+    record.AdapterName = adapter.guid.empty() ? nullptr : const_cast<char*>(adapter.guid.c_str());
+    record.FriendlyName = record.Description =
+        adapter.name.empty() ? nullptr : const_cast<wchar_t*>(adapter.name.c_str());
     record.DnsSuffix = const_cast<wchar_t*>(L"example.org");
+    record.Dhcpv6ClientDuidLength = adapter.duidLength;
     record.PhysicalAddressLength = 6;
     record.PhysicalAddress[0] = 2;
     record.PhysicalAddress[5] = static_cast<BYTE>(adapter.index);
@@ -313,7 +319,7 @@ void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
     record.IfType = adapter.type;
     record.OperStatus = adapter.status;
     for (const FakeAddress& address : adapter.addresses)
-        AddAddress(address, adapter.unicastLength, record);
+        AddAddress(address, adapter, record);
     for (const std::string& server : adapter.dnsServers)
     {
         IP_ADAPTER_DNS_SERVER_ADDRESS entry = {};
@@ -329,8 +335,8 @@ void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
         }
     if (!adapter.dhcpServer.empty())
         record.Dhcpv4Server = SocketAddress(adapter.dhcpServer);
-    record.Length = adapter.length;
-    std::memset(reinterpret_cast<BYTE*>(&record) + adapter.length, FOREIGN, sizeof(record) - adapter.length);
+    record.Length = adapter.old ? offsetof(IP_ADAPTER_ADDRESSES, TransmitLinkSpeed) : sizeof(record);
+    std::memset(reinterpret_cast<BYTE*>(&record) + record.Length, FOREIGN, sizeof(record) - record.Length);
 }
 
 DWORD FakeWindows::Adapters(ULONG flags, IP_ADAPTER_ADDRESSES* table, ULONG* size)
@@ -338,6 +344,8 @@ DWORD FakeWindows::Adapters(ULONG flags, IP_ADAPTER_ADDRESSES* table, ULONG* siz
     if (const DWORD code = Count("GetAdaptersAddresses"))
         return code;
     EXPECT_EQ(majorVersion >= 6, (flags & (GAA_FLAG_INCLUDE_ALL_INTERFACES | GAA_FLAG_INCLUDE_GATEWAYS)) != 0);
+    if ((flags & GAA_FLAG_INCLUDE_ALL_INTERFACES) != 0 && failures.contains("GAA_FLAG_INCLUDE_ALL_INTERFACES"))
+        return failures["GAA_FLAG_INCLUDE_ALL_INTERFACES"];
     if (adapters.empty())
         return ERROR_NO_DATA;
     constexpr std::size_t ROOM = 2048; // the platform's records have their lists and texts behind them
@@ -378,7 +386,7 @@ DWORD FakeWindows::OldAddresses(MIB_IPADDRTABLE* table, ULONG* size)
         MIB_IPADDRROW& row = table->table[table->dwNumEntries++];
         row.dwIndex = adapter.index;
         row.dwAddr = SocketInet(prefix.address.ToText()).Ipv4.sin_addr.s_addr;
-        row.dwMask = MaskOf(prefix);
+        row.dwMask = adapter.prefixes ? MaskOf(prefix) : NO_MASK;
     }
     return NO_ERROR;
 }
@@ -414,6 +422,13 @@ void FakeWindows::PatchTables()
               [](MIB_IPFORWARDTABLE* table, ULONG* size, BOOL) -> DWORD { return OldRoutes(table, size); });
     ADD_PATCH(m_patches, GetIfTable,
               [this](MIB_IFTABLE* table, ULONG* size, BOOL) -> DWORD { return OldInterfaces(table, size); });
+    ADD_PATCH(m_patches, DsRoleGetPrimaryDomainInformation, [this](auto, auto, BYTE** information) -> DWORD {
+        const DWORD code = Count("DsRoleGetPrimaryDomainInformation");
+        liveTables += code == NO_ERROR ? 1 : 0;
+        *information = reinterpret_cast<BYTE*>(&role);
+        return code;
+    });
+    ADD_PATCH(m_patches, DsRoleFreeMemory, [this](void*) { --liveTables; });
 }
 
 void FakeWindows::PatchDevices()
@@ -443,10 +458,11 @@ void FakeWindows::PatchDevices()
                   if (const DWORD code = Count("SetupDiGetDeviceRegistryProperty"))
                       return ::SetLastError(code), FALSE;
                   const FakeDevice& device = devices[data->DevInst];
-                  *type = REG_SZ;
-                  if (property == SPDRP_DRIVER && device.driver.empty())
+                  *type = device.type;
+                  const bool driver = property == SPDRP_DRIVER;
+                  if ((driver ? device.driver : device.description).empty())
                       return ::SetLastError(ERROR_INVALID_DATA), FALSE;
-                  const std::wstring text = property == SPDRP_DRIVER ? NETWORK.substr(1) + device.driver : L"A device";
+                  const std::wstring text = driver ? NETWORK.substr(1) + device.driver : device.description;
                   ::SetLastError(CopyText(text, reinterpret_cast<wchar_t*>(buffer), size, needed));
                   return ::GetLastError() == NO_ERROR;
               });

@@ -14,6 +14,7 @@
 #include <windows.h>
 
 #include <cfgmgr32.h>
+#include <dsrole.h>
 #include <setupapi.h>
 
 #include <state/values/ip_prefix.h>
@@ -34,8 +35,8 @@ struct FakeAddress
 struct FakeAdapter
 {
     ULONG index = 0;
-    std::string guid;
-    std::wstring name;
+    std::string guid;  ///< empty: none
+    std::wstring name; ///< empty: none
     bool ipv4 = true;
     bool ipv6 = true;
     bool dhcp = false;
@@ -44,11 +45,12 @@ struct FakeAdapter
     NET_IF_MEDIA_CONNECT_STATE media = MediaConnectStateConnected;
     bool filter = false;
     bool hardware = true;
-    std::vector<FakeAddress> addresses;
-    std::vector<std::string> dnsServers;
-    std::string dhcpServer;
-    ULONG length = sizeof(IP_ADAPTER_ADDRESSES); ///< what its record says of its size
-    ULONG unicastLength = sizeof(IP_ADAPTER_UNICAST_ADDRESS);
+    bool old = false;     ///< its records end as before Vista
+    bool prefixes = true; ///< whether the tables tell its prefixes and masks
+    ULONG duidLength = 0;
+    std::string dhcpServer = {};
+    std::vector<FakeAddress> addresses = {};
+    std::vector<std::string> dnsServers = {};
 };
 
 /// An installed device, as the device installer knows it.
@@ -58,6 +60,8 @@ struct FakeDevice
     std::wstring driver; ///< "0007", or empty
     ULONG problem = 0;
     CONFIGRET result = CR_SUCCESS;
+    std::wstring description = L"A device";
+    DWORD type = REG_SZ; ///< of its properties
 };
 
 struct FakeRoute
@@ -68,6 +72,8 @@ struct FakeRoute
     ULONG metric = 0;
     NL_ROUTE_PROTOCOL protocol = RouteProtocolNetMgmt;
     NL_ROUTE_ORIGIN origin = NlroManual;
+    ADDRESS_FAMILY otherFamily = 0; ///< by how much the family in its row is wrong
+    BYTE excess = 0;                ///< by how much its prefix length is
 };
 
 /// A Windows with the tables and devices that a test puts into it, in place of the machine's while it lives. It behaves
@@ -85,7 +91,9 @@ public:
     std::vector<FakeDevice> devices;
     std::vector<FakeRoute> routes;
     ULONG majorVersion = 10;
+    DSROLE_PRIMARY_DOMAIN_INFO_BASIC role = {};
     std::map<std::string, DWORD> failures; ///< functions that fail, by name, with their code
+    std::map<std::string, INT> cutSockets; ///< sizes of socket addresses that are cut off, by the address
     int failAt = 0;                        ///< that call from now on fails, once: access denied
     std::map<std::string, int> calls;      ///< how often functions were called
     int growths = 0;                       ///< how often a table has grown when it is asked for again
@@ -111,7 +119,7 @@ private:
     DWORD OldAddresses(MIB_IPADDRTABLE* table, ULONG* size);
     DWORD OldInterfaces(MIB_IFTABLE* table, ULONG* size);
     void Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record);
-    void AddAddress(const FakeAddress& address, ULONG unicastLength, IP_ADAPTER_ADDRESSES& record);
+    void AddAddress(const FakeAddress& address, const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record);
     SOCKET_ADDRESS SocketAddress(const std::string& text);
     template <class Record>
     void Append(Record*& first, Record record);
@@ -135,4 +143,5 @@ std::wstring Ipv6Key(const FakeAdapter& adapter);
 /// An adapter with this index, its GUID made of it.
 FakeAdapter MakeAdapter(ULONG index, const std::wstring& name);
 
+/// Of no family for "none".
 SOCKADDR_INET SocketInet(const std::string& text);

@@ -6,12 +6,15 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <process.h>
 
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
 #include <state/fake_windows.h>
 #include <state/fields/schema.h>
 #include <state/plan/plan.h>
+#include <state/platform/utf8.h>
+#include <state/reading/read_anew.h>
 #include <state/reading/read_machine.h>
 #include <support/files.h>
 #include <support/golden.h>
@@ -140,14 +143,25 @@ TEST(Reading, KnowsTheWordsOfTheTablesAndTakesNewOnes)
         adapter.type = static_cast<IFTYPE>(i % 2 == 0 ? 23 + i : 131);
         adapter.addresses = {{"192.0.2." + number + "/24", static_cast<NL_PREFIX_ORIGIN>(i),
                               static_cast<NL_SUFFIX_ORIGIN>(i), 600, static_cast<NL_DAD_STATE>(i)}};
+        adapter.addresses.push_back({"10.0.0.1/8", IpPrefixOriginWellKnown, static_cast<NL_SUFFIX_ORIGIN>(i)});
+        adapter.media = static_cast<NET_IF_MEDIA_CONNECT_STATE>(i % 3);
         windows.adapters.push_back(adapter);
         windows.routes.push_back({"10." + number + ".0.0/16", "192.0.2.99", adapter.index, 1,
                                   static_cast<NL_ROUTE_PROTOCOL>(i), static_cast<NL_ROUTE_ORIGIN>(i)});
     }
     testing_support::Golden golden;
     for (const Adapter& adapter : ReadMachine().adapters)
-        for (Json row = ToJson(adapter); const char* const key : {"type", "status", "hidden", "ipv4", "routes"})
+        for (Json row = ToJson(adapter);
+             const auto* key : {"type", "status", "hidden", "mediaConnected", "ipv4", "routes"})
             golden.Line(key, (key[0] == 'i' ? row[key]["addresses"] : row[key]).dump());
+    wchar_t flat[] = L"EXAMPLE", dns[] = L"example.net", none[] = L"";
+    for (int i = 0; i < 21; ++i)
+    {
+        wchar_t* const dnsName = i < 7 ? dns : i < 14 ? none : nullptr;
+        windows.role = {static_cast<DSROLE_MACHINE_ROLE>(i % 7), 0, i < 14 ? flat : none, dnsName, nullptr, {}};
+        const Json row = ToJson(ReadMachine())["identity"];
+        golden.Line("role", i % 7, row["membership"].dump(), row["workgroup"].dump(), row["domain"].dump());
+    }
 }
 
 /// A static adapter and a DHCP client, as Windows keeps them.
@@ -214,51 +228,65 @@ struct Office : FakeWindows
     }
 };
 
-/// The two adapters, with settings and rows of tables that nobody would have made, more of them each time.
+/// With settings, devices and rows of tables that nobody would have made, drawn from a list.
 struct OddOffice : Office
 {
-    explicit OddOffice(unsigned int seed) : random(seed) { majorVersion = One<ULONG>({5, 6, 10}); }
+    explicit OddOffice(unsigned int seed) : random(seed) { cutSockets = lists["cutSockets"]; }
 
     void Change()
     {
-        FakeAdapter& adapter = adapters[random() % 2];
-        const std::wstring classKey = CONTROL + L"Class" + NETWORK + L"000" + std::to_wstring(adapter.index);
-        SetValue(
-            One<std::wstring>({Ipv4Key(adapter), Ipv4Key(adapter), Ipv6Key(adapter), classKey}),
-            One<const wchar_t*>(
-                {L"IPAddress",          L"SubnetMask",      L"DefaultGateway",      L"DefaultGatewayMetric",
-                 L"NameServer",         L"Domain",          L"InterfaceMetric",     L"MTU",
-                 L"EnableDHCP",         L"DhcpIPAddress",   L"DhcpSubnetMask",      L"DhcpServer",
-                 L"DhcpDefaultGateway", L"DhcpNameServer",  L"LeaseTerminatesTime", L"Dhcpv6State",
-                 L"NetworkAddress",     L"Characteristics", L"DriverDate",          L"DriverDesc",
-                 L"*SpeedDuplex"}),
-            One({StringData(L""), StringData(L"0.0.0.0"), StringData(L"192.0.2.7 2001:db8::7"), StringData(L"\xD800"),
-                 ListData({}), ListData({L"0.0.0.0", L"192.0.2.8"}), ListData({L"255.255.255.0"}), ListData({L"::"}),
-                 DwordData(0), DwordData(1), DwordData(576), DwordData(0x7FFFFFFF)}));
-        adapter.status = One({IfOperStatusUp, IfOperStatusDown, IfOperStatusNotPresent});
-        adapter.dhcpServer = One<std::string>({"", "255.255.255.255", "198.51.100.1"});
-        adapter.dnsServers = {One<std::string>({"192.0.2.53", "127.0.0.1", "fec0:0:0:ffff::1", "2001:db8::53"})};
-        adapter.addresses[0].prefix = One<std::string>({"192.0.2.7/24", "0.0.0.0/0", "169.254.1.1/16", "10.1.1.1/32"});
-        const bool ipv4 = random() % 2 == 0;
-        routes.push_back({ipv4 ? One<std::string>({"0.0.0.0/0", "198.18.0.0/15", "192.0.2.7/32"})
-                               : One<std::string>({"::/0", "2001:db8:5::/48", "ff00::/8"}),
-                          ipv4 ? One<std::string>({"0.0.0.0", "192.0.2.1"}) : One<std::string>({"::", "fe80::ff"}),
-                          One<ULONG>({3, 5, 99}), One<ULONG>({0, 1, 256}),
-                          static_cast<NL_ROUTE_PROTOCOL>(random() % 20), static_cast<NL_ROUTE_ORIGIN>(random() % 5)});
+        majorVersion = Odd("version");
+        failures = Odd("failures").get<std::map<std::string, DWORD>>();
+        adapters.clear();
+        devices.clear();
+        routes.resize(6);
+        for (const ULONG index : {3UL, 5UL, 7UL})
+        {
+            FakeAdapter& adapter = adapters.emplace_back(FakeAdapter{
+                Odd("hasIndex") ? index : 0, Odd("hasGuid") ? MakeAdapter(index, L"").guid : std::string(Odd("guid")),
+                Text(Odd("name")), Odd("ipv4"), Odd("ipv6"), Odd("dhcp"), Odd("type"), Odd("status"), Odd("media"),
+                Odd("filter"), Odd("hardware"), Odd("old"), Odd("prefixes"), Odd("duidLength"), Odd("dhcpServer")});
+            adapter.dnsServers = {Odd("dnsServer"), Odd("dnsServer")};
+            for (const Json& prefixes : lists["addresses"])
+                adapter.addresses.push_back(
+                    {One(prefixes), Odd("prefixOrigin"), Odd("suffixOrigin"), Odd("lifetime"), Odd("dadState")});
+            devices.push_back(
+                {L"X", Text(Odd("driver")), Odd("problem"), Odd("result"), Text(Odd("description")), Odd("texts")});
+            for (const Json& family : lists["routes"])
+                routes.push_back({One(family["destinations"]), One(family["nextHops"]), Odd("routeIndex"),
+                                  Odd("metric"), Odd("protocol"), Odd("origin"), Odd("otherFamily"), Odd("excess")});
+            StoreSettings(static_cast<wchar_t>(L'0' + index));
+        }
     }
 
-    template <class T>
-    T One(std::initializer_list<T> values)
+    void StoreSettings(wchar_t digit)
     {
-        return values.begin()[random() % values.size()];
+        for (const Json& row : lists["registry"])
+            for (const Json& name : row["names"])
+            {
+                std::wstring key = Text(row["key"]);
+                std::ranges::replace(key, L'#', digit);
+                const Json& value = One(row["data"]); // a type and a number or a text
+                RegistryData data = value[1].is_number() ? DwordData(value[1]) : StringData(Text(value[1]));
+                data.dwType = value[0];
+                if (random() % 3 == 0)
+                    SetValue(key, Text(name), data);
+            }
     }
+
+    const Json& One(const Json& values) { return values[random() % values.size()]; }
+    const Json& Odd(const char* what) { return One(lists[what]); }
+    static std::wstring Text(const Json& text) { return FromUtf8(text.get<std::string>()); }
 
     std::mt19937 random;
+    Json lists = Json::parse(testing_support::ReadFileBytes(testing_support::BesideProgram(L"golden/state/odd.json")));
+    const testing_support::RegistryValueScope autoconfiguration{SERVICES + L"Tcpip\\Parameters",
+                                                                L"IPAutoconfigurationEnabled", DwordData(0)};
 };
 
 TEST(Reading, DescribesAnyMachineSoThatItCanBeKept)
 {
-    for (unsigned int seed = std::random_device()(), last = seed + 6; seed != last; ++seed)
+    for (unsigned int seed = std::random_device()(), last = seed + 8; seed != last; ++seed)
     {
         SCOPED_TRACE("seed " + std::to_string(seed));
         OddOffice windows(seed);
@@ -267,10 +295,11 @@ TEST(Reading, DescribesAnyMachineSoThatItCanBeKept)
             windows.Change();
             const Machine machine = ReadMachine();
             ASSERT_TRUE(machine == ReadMachine()) << ToJson(machine).dump();
+            for (const auto& [function, code] : windows.failures) // there is just nothing
+                ASSERT_EQ(std::string::npos, ProblemsOf(machine).find(function)) << code;
             std::vector<Fault> faults;
             const Json exported = ToJson(ExportState(machine, ExportedAdapters(machine), true).state);
-            const DesiredState state = ParseDesiredState(exported.dump(), faults);
-            const Plan plan = MakePlan(machine, state, faults);
+            const Plan plan = MakePlan(machine, ParseDesiredState(exported.dump(), faults), faults);
             ASSERT_TRUE(faults.empty()) << faults[0].place << ' ' << faults[0].text << '\n' << exported.dump();
             ASSERT_TRUE(plan.differences.empty()) << ToJson(plan).dump() << '\n' << ToJson(machine).dump();
         }
@@ -332,11 +361,9 @@ TEST(Reading, BeforeVistaUsesWhatThereIs)
     windows.majorVersion = 5;
     windows.routes.resize(4); // IPv4
     windows.routes.push_back({"0.0.0.0/0", "192.0.2.10", 3, 7});
+    windows.adapters[1].media = MediaConnectStateDisconnected;
     for (FakeAdapter& adapter : windows.adapters)
-    {
-        adapter.length = offsetof(IP_ADAPTER_ADDRESSES, TransmitLinkSpeed);
-        adapter.unicastLength = offsetof(IP_ADAPTER_UNICAST_ADDRESS, OnLinkPrefixLength);
-    }
+        adapter.old = true;
     const Machine machine = ReadMachine();
     EXPECT_EQ(BackEnd::PRE_VISTA, machine.environment.backEnd);
     EXPECT_EQ("", ProblemsOf(machine));
@@ -375,9 +402,9 @@ Spoil Stored(const wchar_t* name, const RegistryData& data)
     return [=](Office& windows) { SetValue(Ipv4Key(windows.adapters[0]), name, data); };
 }
 
-Spoil Failing(const char* function)
+Spoil Failing(const char* function, DWORD code = ERROR_ACCESS_DENIED)
 {
-    return [=](Office& windows) { windows.failures[function] = ERROR_ACCESS_DENIED; };
+    return [=](Office& windows) { windows.failures[function] = code; };
 }
 
 const std::pair<const char*, Spoil> FAULTS[] = {
@@ -396,6 +423,7 @@ const std::pair<const char*, Spoil> FAULTS[] = {
     {"a key cannot be opened", [](Office& windows) { windows.deniedKey = Ipv4Key(windows.adapters[0]); }},
     {"a key is missing",
      [](Office& windows) { ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, Ipv4Key(windows.adapters[0]).c_str()); }},
+    {"all keys are missing", Failing("RegOpenKeyEx", ERROR_PATH_NOT_FOUND)},
     {"a table grows for ever", [](Office& windows) { windows.growths = 1000; }},
     {"GetAdaptersAddresses fails", Failing("GetAdaptersAddresses")},
     {"GetIfTable2 fails", Failing("GetIfTable2")},
@@ -421,7 +449,9 @@ TEST(BadInput, IsAProblemAndLeavesTheRest)
     Office windows;
     Failing("GetAdaptersAddresses")(windows);
     windows.deniedKey = L"Control\\Class";
-    EXPECT_THROW(ReadMachine(), StateError);
+    EXPECT_THROW(ReadAnew(), StateError);
+    const auto patch = PATCH_IMPORT(_beginthreadex, [](auto...) -> std::uintptr_t { return 0; });
+    EXPECT_THROW(ReadAnew(), StateError);
 }
 
 /// Every record of the value stands somewhere in what is written here; check_schema.py holds it against the schema.
