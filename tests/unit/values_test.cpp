@@ -52,6 +52,9 @@ TEST(String, ConstructionAndAssignmentFromEveryKind)
     EXPECT_TRUE(text.empty() && Text(pszNoWide).empty() && Text(pszNoNarrow).empty() && Text(pszNoWide, 3).empty());
     text.append(pszNoWide).append(pszNoWide, 3) += pszNoNarrow;
     EXPECT_TRUE((text = pszNoNarrow).empty());
+    Text& same = text = L"x";
+    EXPECT_EQ(L"x", std::wstring((text = std::move(same)).c_str()));
+    EXPECT_FALSE(TOLVA::HARDWARE_ADDRESS(L"1-2-3-4-5-6") == TOLVA::HARDWARE_ADDRESS(L"1-2-3-4-5-7"));
 }
 
 TEST(String, NarrowViewFollowsEveryChange)
