@@ -27,6 +27,12 @@ constexpr std::size_t REPLY_SIZE = 512;
 /// bytes.
 constexpr std::size_t STATUS_OF_REPLY6 = 28;
 
+/// Nothing for the handle that says so: not every system takes that one back.
+UniqueIcmp Owned(HANDLE icmp)
+{
+    return UniqueIcmp(icmp != INVALID_HANDLE_VALUE ? icmp : nullptr);
+}
+
 template <class Address>
 void CopyBytes(const IpAddress& host, Address& to)
 {
@@ -35,8 +41,8 @@ void CopyBytes(const IpAddress& host, Address& to)
 
 bool Answers4(const IpAddress& host, DWORD timeout)
 {
-    const UniqueIcmp icmp(::IcmpCreateFile());
-    if (icmp.get() == INVALID_HANDLE_VALUE)
+    const UniqueIcmp icmp = Owned(::IcmpCreateFile());
+    if (!icmp)
         return false;
     IPAddr address = 0;
     CopyBytes(host, address);
@@ -48,8 +54,8 @@ bool Answers4(const IpAddress& host, DWORD timeout)
 
 bool Answers6(const IpAddress& host, DWORD timeout)
 {
-    const UniqueIcmp icmp(::Icmp6CreateFile());
-    if (icmp.get() == INVALID_HANDLE_VALUE)
+    const UniqueIcmp icmp = Owned(::Icmp6CreateFile());
+    if (!icmp)
         return false;
     sockaddr_in6 source = {};
     sockaddr_in6 destination = {};
