@@ -39,7 +39,6 @@ std::wstring FileName(const std::wstring& path)
 /// Of the program: a medium or a share that the original lies on may be gone when it is needed.
 std::wstring CopyProgram(const std::wstring& place, const WatchProgram& program)
 {
-    PrepareChangeFolder(place);
     for (const std::wstring& file : program.libraries)
         if (!::CopyFileW(file.c_str(), (place + L'\\' + FileName(file)).c_str(), FALSE))
             Fail("CopyFile", ::GetLastError());
@@ -168,14 +167,21 @@ void StartWatchProcess(const std::wstring& folder, const std::string& id, const 
                        std::chrono::milliseconds timeout)
 {
     const std::wstring place = folder + L'\\' + FromUtf8(id);
-    const std::wstring line = L'"' + CopyProgram(place, program) + L"\" " + program.arguments + L' ' + FromUtf8(id);
-    const bool started = StartService(id, line) || StartProcess(line, place);
-    const DWORD code = started ? WAIT_TIMEOUT : ::GetLastError();
-    if (started && AwaitSign(WatchFile(folder, id), timeout))
-        return;
-    RemoveService(id);
-    RemoveFolder(place);
-    Fail(started ? "LifeSign" : "CreateProcess", code);
+    PrepareChangeFolder(place);
+    try
+    {
+        const std::wstring line = L'"' + CopyProgram(place, program) + L"\" " + program.arguments + L' ' + FromUtf8(id);
+        if (!StartService(id, line) && !StartProcess(line, place))
+            Fail("CreateProcess", ::GetLastError());
+        if (!AwaitSign(WatchFile(folder, id), timeout))
+            Fail("LifeSign", WAIT_TIMEOUT);
+    }
+    catch (...)
+    {
+        RemoveService(id);
+        RemoveFolder(place);
+        throw;
+    }
 }
 
 void RunWatchProcess(const std::string& id, const std::function<void()>& work)
