@@ -241,17 +241,20 @@ bool RestoreOne(const std::wstring& folder, PendingChange& change, const ApplyOp
 void RestoreAll(const std::wstring& folder, std::vector<PendingRecord> records, const ApplyOptions& options,
                 PendingResult& result)
 {
-    result.outcome = PendingOutcome::NOTHING;
+    bool isDone = true;
     for (PendingRecord& record : records)
     {
         if (IsOver(record))
             continue;
-        if (record.change && !RestoreOne(folder, *record.change, options, result))
-            result.outcome = PendingOutcome::NOT_RESTORED;
-        if (result.outcome == PendingOutcome::NOTHING)
-            result.outcome = record.change ? PendingOutcome::DONE : PendingOutcome::REFUSED;
+        isDone = record.change && RestoreOne(folder, *record.change, options, result) && isDone;
         result.records.push_back(std::move(record));
     }
+    if (result.records.empty())
+        result.outcome = PendingOutcome::NOTHING;
+    else if (result.undone.empty())
+        result.outcome = PendingOutcome::REFUSED;
+    else
+        result.outcome = isDone ? PendingOutcome::DONE : PendingOutcome::NOT_RESTORED;
 }
 
 /// Does something with what is pending, while no other changes the machine.
