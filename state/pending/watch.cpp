@@ -120,16 +120,26 @@ private:
         }
     }
 
+    /// A record that cannot be written, as on a full disk, keeps nothing from being restored.
+    void Note(const PendingChange& change) const
+    try
+    {
+        StorePendingChange(m_folder, change);
+    }
+    catch (const StateError&)
+    {
+    }
+
     std::optional<WatchEnd> Restore(PendingChange& change)
     {
         BeginRestoring(change,
                        change.phase == PendingPhase::WAITING ? RestoreCause::NOT_CONFIRMED : RestoreCause::INTERRUPTED);
-        StorePendingChange(m_folder, change);
+        Note(change);
         change.restoration->open = m_actions.restore(change);
         change.restoration->at = UtcNow();
         if (change.restoration->open.empty())
             change.phase = PendingPhase::RESTORED;
-        StorePendingChange(m_folder, change);
+        Note(change);
         if (change.phase == PendingPhase::RESTORED)
             return WatchEnd::RESTORED;
         if (++m_attempts < MOST_ATTEMPTS)
@@ -161,9 +171,9 @@ WatchEnd WatchPendingChange(const std::wstring& folder, const std::string& id, c
 
 std::optional<std::uint64_t> TimeLeft(const PendingChange& change)
 {
-    if (change.phase != PendingPhase::WAITING || !change.confirmWithin)
+    if (change.phase != PendingPhase::WAITING)
         return std::nullopt;
-    const std::uint64_t all = *change.confirmWithin * MILLISECONDS;
+    const std::uint64_t all = change.confirmWithin.value_or(0) * MILLISECONDS;
     if (!change.waitingSince || IsFromBeforeRestart(change))
         return all;
     return all - std::min(all, ClockNow() - *change.waitingSince);
