@@ -3,9 +3,9 @@
 #include <array>
 #include <thread>
 
-#include <state/fields/json.h>
 #include <state/machine/problem.h>
 #include <state/pending/change_folder.h>
+#include <state/pending/pending_change.h>
 #include <state/pending/utc_time.h>
 #include <state/platform/system_message.h>
 #include <state/platform/utf8.h>
@@ -98,13 +98,9 @@ std::optional<Changer> ChangeLock::Holder(const std::wstring& folder)
     DWORD size = 0;
     if (!::ReadFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &size, nullptr))
         return std::nullopt;
-    const Json json = Json::parse(text.data(), text.data() + size, nullptr, false);
-    if (!json.is_object() || !json.contains("process") || !json["process"].is_number_unsigned())
-        return std::nullopt;
-    const auto textOf = [&](const char* key) {
-        return json.contains(key) && json[key].is_string() ? json[key].get<std::string>() : std::string();
-    };
-    return Changer{textOf("user"), json["process"].get<std::uint32_t>(), textOf("since")};
+    std::vector<Fault> faults;
+    const auto holder = ReadChanger(Json::parse(text.data(), text.data() + size, nullptr, false), "", faults);
+    return faults.empty() ? holder : std::nullopt;
 }
 
 LifeSign::LifeSign(const std::wstring& file)

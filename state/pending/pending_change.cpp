@@ -25,8 +25,8 @@ using Faults = std::vector<Fault>;
 constexpr std::uint32_t RECORD_VERSION = 1;
 constexpr std::size_t ID_LENGTH = 16;
 constexpr std::string_view GUID_PREFIX = "guid:";
-constexpr std::array PHASES = {PendingPhase::APPLYING, PendingPhase::WAITING, PendingPhase::RESTORING,
-                               PendingPhase::RESTORED};
+/// In the order of PendingPhase.
+constexpr std::array PHASES = {"applying", "waiting", "restoring", "restored"};
 /// In the order of RestoreCause.
 constexpr std::array CAUSES = {"notConfirmed", "interrupted", "requested"};
 
@@ -39,21 +39,10 @@ std::optional<std::uint64_t> ReadMoment(const Json& json, const std::string& pla
 
 std::optional<PendingPhase> ReadPhase(const Json& json, const std::string& place, Faults& faults)
 {
-    const auto found = std::ranges::find_if(PHASES, [&](PendingPhase phase) { return json == WordOf(phase); });
+    const auto found = std::ranges::find_if(PHASES, [&](const char* word) { return json == word; });
     if (found == PHASES.end())
         return Refuse(faults, place, "must be \"applying\", \"waiting\", \"restoring\" or \"restored\"");
-    return *found;
-}
-
-std::optional<Changer> ReadChanger(const Json& json, const std::string& place, Faults& faults)
-{
-    Changer changer;
-    ObjectReader reader(json, place, faults);
-    reader.Require("user", changer.user, ReadText);
-    reader.Require("process", changer.process, ReadNumber);
-    reader.Require("since", changer.since, ReadText);
-    reader.Finish();
-    return changer;
+    return static_cast<PendingPhase>(found - PHASES.begin());
 }
 
 std::optional<Guid> GuidOf(const DesiredAdapter& adapter)
@@ -166,6 +155,17 @@ std::optional<Restoration> ReadRestoration(const Json& json, const std::string& 
 }
 
 } // namespace
+
+std::optional<Changer> ReadChanger(const Json& json, const std::string& place, Faults& faults)
+{
+    Changer changer;
+    ObjectReader reader(json, place, faults);
+    reader.Require("user", changer.user, ReadText);
+    reader.Require("process", changer.process, ReadNumber);
+    reader.Require("since", changer.since, ReadText);
+    reader.Finish();
+    return changer;
+}
 
 PendingChange MakePendingChange(const Machine& before, const Plan& plan)
 {
@@ -313,14 +313,7 @@ const char* WordOf(RestoreCause cause) noexcept
 
 const char* WordOf(PendingPhase phase) noexcept
 {
-    switch (phase)
-    {
-    case PendingPhase::APPLYING: return "applying";
-    case PendingPhase::WAITING: return "waiting";
-    case PendingPhase::RESTORING: return "restoring";
-    case PendingPhase::RESTORED: break;
-    }
-    return "restored";
+    return PHASES[static_cast<std::size_t>(phase)];
 }
 
 } // namespace zelk

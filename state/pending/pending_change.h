@@ -78,8 +78,9 @@ PendingChange ParsePendingChange(std::string_view text, std::vector<Fault>& faul
 /// Sixteen lower-case hexadecimal digits that no other change has.
 std::string NewChangeId();
 bool IsChangeId(std::string_view text) noexcept;
-/// For ObjectReader.
+// For ObjectReader.
 std::optional<std::string> ReadChangeId(const Json& json, const std::string& place, std::vector<Fault>& faults);
+std::optional<Changer> ReadChanger(const Json& json, const std::string& place, std::vector<Fault>& faults);
 
 /// Milliseconds since the start of the machine.
 std::uint64_t ClockNow();
