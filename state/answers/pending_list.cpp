@@ -37,7 +37,7 @@ PendingEntry EntryOf(const std::wstring& folder, const PendingRecord& record, bo
     entry.id = record.id;
     if (!record.change)
     {
-        entry.status = "Its record cannot be used: " + record.fault + '.';
+        entry.status = "Its record cannot be used: " + record.fault + (record.fault.ends_with('.') ? "" : ".");
         return entry;
     }
     const PendingChange& change = *record.change;

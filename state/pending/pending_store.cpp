@@ -92,7 +92,8 @@ PendingRecord Understand(std::string id, const std::string& text)
     PendingChange change = ParsePendingChange(text, faults);
     PendingRecord record{std::move(id), std::nullopt, ""};
     if (!faults.empty())
-        record.fault = "it cannot be understood: " + faults.front().place + ' ' + faults.front().text;
+        record.fault = "it cannot be understood:" + (faults.front().place.empty() ? "" : ' ' + faults.front().place) +
+                       ' ' + faults.front().text;
     else if (change.id != record.id)
         record.fault = "its file has another name than it says";
     else if (change.machine != MachineId())
