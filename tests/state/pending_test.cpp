@@ -1,21 +1,40 @@
 // Pending changes: what is kept of them on disk, who may work at a time, and what a watch does and when.
 
+#include <algorithm>
 #include <array>
-#include <atomic>
-#include <fstream>
+#include <bit>
+#include <cstring>
+#include <filesystem>
 #include <future>
+#include <map>
+#include <memory>
+#include <regex>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
+#include <state/answers/library_version.h>
+#include <state/answers/pending_list.h>
+#include <state/answers/pending_result.h>
+#include <state/answers/reports.h>
 #include <state/machine/problem.h>
+#include <state/pending/answers.h>
 #include <state/pending/change_folder.h>
 #include <state/pending/machine_id.h>
 #include <state/pending/watch.h>
 #include <state/pending/watch_process.h>
+#include <state/platform/file_search.h>
+#include <state/platform/utf8.h>
+#include <support/golden.h>
 #include <support/import_patch.h>
 
-#include <aclapi.h>
+#include <iphlpapi.h>
 
+#include <aclapi.h>
+#include <icmpapi.h>
+#include <sddl.h>
+
+using namespace testing_support;
 using namespace zelk;
 using namespace std::chrono_literals;
 
@@ -24,74 +43,59 @@ namespace
 
 constexpr const char* ID = "0123456789abcdef";
 
-/// A folder for changes that goes with the test.
+/// The folder for changes, of a Windows directory that goes with the test.
 class PendingChanges : public testing::Test
 {
 protected:
-    PendingChanges()
-    {
-        PrepareChangeFolder(m_folder);
-        Clear();
-    }
-    ~PendingChanges() override { Clear(); }
+    PendingChanges() { Clear(); }
+    ~PendingChanges() override { std::filesystem::remove_all(std::filesystem::path(m_folder).parent_path()); }
 
     [[nodiscard]] std::wstring File(const std::wstring& name) const { return m_folder + L'\\' + name; }
 
-    /// Of the phase; stored.
-    PendingChange Store(PendingPhase phase, std::optional<std::uint32_t> seconds = std::nullopt) const
+    static PendingChange Change()
     {
         PendingChange change;
         change.id = ID;
         change.machine = MachineId();
-        change.phase = phase;
-        change.by = ThisChanger();
+        change.by = {"ann", 4, "2026-01-31T23:59:59Z"};
         change.steps = {"lan0: Adds the address 192.0.2.20"};
         DesiredAdapter adapter;
-        adapter.adapter = "guid:{00000001-0000-0000-0000-4E6574446576}";
+        adapter.adapter = "guid:{0000FFFF-0000-0000-0000-4E6574446576}";
         adapter.ipv4.addresses = {*IpPrefix::Parse("192.0.2.10/24")};
         adapter.ipv4.dnsServers = Automatic();
         change.before.adapters = {adapter};
-        change.before.identity.workgroup = "HOME";
-        change.confirmWithin = seconds;
-        if (phase == PendingPhase::WAITING)
-            change.waitingSince = ClockNow();
-        StorePendingChange(m_folder, change);
         return change;
     }
 
     void Write(const std::wstring& name, const std::string& text) const
     {
-        StorePendingChange(m_folder, Store(PendingPhase::APPLYING)); // so that the file has its security
-        HANDLE file = INVALID_HANDLE_VALUE;
-        do // who watches may be reading it
-            file = ::CreateFileW(File(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                                 nullptr);
-        while (file == INVALID_HANDLE_VALUE && ::GetLastError() == ERROR_SHARING_VIOLATION);
+        AdministratorsOnly security;
+        const UniqueHandle file(::CreateFileW(File(name).c_str(), GENERIC_WRITE, 0, security.Get(), CREATE_ALWAYS,
+                                              FILE_ATTRIBUTE_NORMAL, nullptr));
         DWORD written = 0;
-        EXPECT_TRUE(::WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
-        ::CloseHandle(file);
+        EXPECT_TRUE(::WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
     }
 
-    [[nodiscard]] bool IsPending() const { return LoadPendingChange(m_folder, ID).has_value(); }
-
-    const std::wstring m_folder = ChangeFolder().insert(ChangeFolder().rfind(L"\\Changes"), L"Test");
-
-private:
     void Clear() const
     {
-        WIN32_FIND_DATAW found = {};
-        const HANDLE search = ::FindFirstFileW(File(L"*.*").c_str(), &found);
-        do
-            ::DeleteFileW(File(found.cFileName).c_str());
-        while (::FindNextFileW(search, &found));
-        ::FindClose(search);
+        std::filesystem::remove_all(m_folder);
+        PrepareChangeFolder(m_folder);
     }
+
+    const ImportPatch<decltype(&::GetSystemWindowsDirectoryW)> m_windows{
+        "GetSystemWindowsDirectoryW", [](wchar_t* path, UINT size) -> UINT { return ::GetTempPathW(size, path) - 1; }};
+    const std::wstring m_folder = ChangeFolder();
 };
 
 TEST_F(PendingChanges, AreReadBackAsTheyWereStored)
 {
-    PendingChange change = Store(PendingPhase::WAITING, 60);
+    PendingChange change = Change();
+    change.phase = PendingPhase::WAITING;
+    change.by = ThisChanger();
+    change.before.identity.workgroup = "HOME";
+    change.confirmWithin = 60;
     change.waitFor = *IpAddress::Parse("2001:db8::1");
+    change.waitingSince = ClockNow();
     StorePendingChange(m_folder, change);
     const auto records = LoadPendingChanges(m_folder);
     ASSERT_EQ(1u, records.size());
@@ -100,89 +104,6 @@ TEST_F(PendingChanges, AreReadBackAsTheyWereStored)
     RemovePendingChange(m_folder, ID);
     EXPECT_TRUE(LoadPendingChanges(m_folder).empty());
     EXPECT_TRUE(LoadPendingChanges(m_folder + L"\\missing").empty());
-}
-
-TEST_F(PendingChanges, OfDoubtAreRefusedWithTheirReason)
-{
-    const std::string good = WritePendingChange(Store(PendingPhase::APPLYING));
-    const auto with = [&](const std::string& old, const std::string& text) {
-        std::string changed = good;
-        EXPECT_NE(std::string::npos, changed.find(old)) << old;
-        return changed.replace(changed.find(old), old.size(), text);
-    };
-    const struct
-    {
-        std::string text;
-        const char* fault;
-        std::wstring file = L"0123456789abcdef.json";
-    } wrongs[] = {
-        {good.substr(0, good.size() / 2), "this is not JSON"},
-        {"", "this is not JSON"},
-        {std::string(100000, '['), "more than 100 deep"},
-        {with("\"phase\": \"applying\"", R"("phase": "applying", "phase": "waiting")"), "\"phase\""},
-        {with("\"recordVersion\": 1", "\"recordVersion\": 2"), "not that of this version"},
-        {with(ID, "../../../0123456"), "/id must be the id of a change"},
-        {with("applying", "waiting"), "lacks \"confirmWithin\""},
-        {with("\"steps\"", "\"step\""), "lacks \"steps\""},
-        {with("guid:{00000001", "name:{00000001"), "/before/adapters/0 must name"},
-        {with("192.0.2.10/24", "192.0.2.10"), "/before/adapters/0/ipv4/addresses/0"},
-        {with("\"stored\": []", R"("stored": [{"key": "SOFTWARE\\Microsoft", "name": "a", "type": 4, "data": "00"}])"),
-         "/stored/0 is no setting"},
-        {with(MachineId(), "00000000-0000-0000-0000-000000000000"), "another machine"},
-        {good, "another name", L"fedcba9876543210.json"},
-        {good, "such a name", L"evil.json"},
-    };
-    for (const auto& wrong : wrongs)
-    {
-        Write(wrong.file, wrong.text);
-        if (wrong.file.find(L"0123") != 0)
-            RemovePendingChange(m_folder, ID);
-        const auto records = LoadPendingChanges(m_folder);
-        ASSERT_EQ(1u, records.size()) << wrong.fault;
-        EXPECT_FALSE(records[0].change) << wrong.fault;
-        EXPECT_NE(std::string::npos, records[0].fault.find(wrong.fault)) << records[0].fault;
-        ::DeleteFileW(File(wrong.file).c_str());
-    }
-}
-
-/// This program, told to run no test, ends at once.
-TEST_F(PendingChanges, AreNotMadeUnderAWatchThatNeverBegins)
-{
-    const PendingChange change = Store(PendingPhase::APPLYING);
-    std::array<wchar_t, MAX_PATH> own = {};
-    ::GetModuleFileNameW(nullptr, own.data(), MAX_PATH);
-    const WatchProgram program = {own.data(), {}, L"--gtest_filter=none"};
-    try
-    {
-        StartWatchProcess(m_folder, change.id, program, 500ms);
-        ADD_FAILURE();
-    }
-    catch (const StateError& error)
-    {
-        EXPECT_EQ("LifeSign", error.GetProblem().step);
-        EXPECT_EQ("Nothing can watch over the change", error.GetProblem().text);
-    }
-    EXPECT_EQ(INVALID_FILE_ATTRIBUTES, ::GetFileAttributesW((m_folder + L"\\0123456789abcdef").c_str()));
-}
-
-TEST_F(PendingChanges, ThatOthersCanWriteAreRefused)
-{
-    Store(PendingPhase::APPLYING);
-    std::wstring file = File(L"0123456789abcdef.json");
-    SID everyone = {SID_REVISION, 1, SECURITY_WORLD_SID_AUTHORITY, {SECURITY_WORLD_RID}};
-    EXPLICIT_ACCESSW access = {};
-    access.grfAccessPermissions = FILE_GENERIC_READ | FILE_GENERIC_WRITE;
-    access.grfAccessMode = GRANT_ACCESS;
-    access.Trustee.TrusteeForm = TRUSTEE_IS_SID;
-    access.Trustee.ptstrName = reinterpret_cast<wchar_t*>(&everyone);
-    PACL entries = nullptr;
-    ASSERT_EQ(DWORD{ERROR_SUCCESS}, ::SetEntriesInAclW(1, &access, nullptr, &entries));
-    ASSERT_EQ(DWORD{ERROR_SUCCESS}, ::SetNamedSecurityInfoW(file.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                                            nullptr, nullptr, entries, nullptr));
-    ::LocalFree(entries);
-    const auto record = LoadPendingChange(m_folder, ID);
-    ASSERT_TRUE(record);
-    EXPECT_EQ("others than administrators can write to its file", record->fault);
 }
 
 TEST_F(PendingChanges, AreMadeByOneProcessAtATime)
@@ -200,147 +121,325 @@ TEST_F(PendingChanges, AreMadeByOneProcessAtATime)
     EXPECT_FALSE(ChangeLock::Holder(m_folder));
 }
 
-/// Watches on a thread of its own.
-class Watches : public PendingChanges
+/// A function of the platform that fails, whatever its caller passes: the calling convention of 64 bits allows to pass
+/// on too much.
+struct Failure
+{
+    std::shared_ptr<ImportSlots> slots;
+    DWORD code = 0;
+    int times = 0; ///< from then on it works
+    std::intptr_t result = 0;
+};
+std::array<Failure, 2> theFailures;
+
+/// The compiler may ask the import table once for all rounds of a loop, so the table stays as it is.
+using Any = std::intptr_t;
+template <std::size_t N>
+Any Fail(Any a, Any b, Any c, Any d, Any e, Any f, Any g, Any h, Any i, Any j, Any k, Any l, Any m)
+{
+    Failure& failure = theFailures[N];
+    if (failure.times-- <= 0)
+        return reinterpret_cast<decltype(&Fail<N>)>(failure.slots->Original())(a, b, c, d, e, f, g, h, i, j, k, l, m);
+    ::SetLastError(failure.code);
+    return failure.result;
+}
+
+/// What is done to the folder and asked about it, a word with its arguments each; "has" makes a record that differs
+/// from a good one, "fail" names a function with the code, how often it fails and what it gives.
+class Transcripts : public PendingChanges
 {
 protected:
-    std::future<WatchEnd> Watch()
+    Transcripts()
     {
-        return std::async(std::launch::async, [this] {
-            return WatchPendingChange(m_folder, ID,
-                                      {[this](const PendingChange&) {
-                                           ++m_restored;
-                                           return m_open;
-                                       },
-                                       [](const IpAddress& host) { return !host.IsLoopback(); }});
+        ADD_PATCH(m_patches, Sleep, [this](DWORD time) { Wait(time); });
+        ADD_PATCH(m_patches, WaitForSingleObject, [this](auto original, HANDLE handle, DWORD time) -> DWORD {
+            return time == INFINITE ? original(handle, time) : Wait(time);
         });
+        ADD_PATCH(m_patches, GetTickCount64, [this] { return m_now; });
+        ADD_PATCH(m_patches, QueryPerformanceCounter, [this](LARGE_INTEGER* count) -> BOOL {
+            ::QueryPerformanceFrequency(count);
+            count->QuadPart = count->QuadPart * static_cast<LONGLONG>(m_now) / 1000;
+            return TRUE;
+        });
+        ADD_PATCH(m_patches, CreateFileW, [this](auto original, const wchar_t* file, auto... rest) -> HANDLE {
+            if (file == File(L"change.lock"))
+                Do(std::exchange(m_meanwhile, ""));
+            return original(file, rest...);
+        });
+        ADD_PATCH(m_patches, GetFileInformationByHandle,
+                  [this](auto original, HANDLE file, BY_HANDLE_FILE_INFORMATION* information) -> BOOL {
+                      const BOOL isRead = original(file, information);
+                      information->dwFileAttributes |= m_attributes;
+                      return isRead;
+                  });
     }
+    ~Transcripts() override { theFailures = {}; }
 
-    /// Waits for what the watch is to do; it must find its file free now and then.
-    template <class Condition>
-    static bool Await(const std::future<WatchEnd>& end, Condition condition)
+    std::string Answer(const std::string& question)
     {
-        const auto latest = std::chrono::steady_clock::now() + 30s;
-        while (!condition())
-            if (end.wait_for(20ms) == std::future_status::ready || std::chrono::steady_clock::now() > latest)
-                return false;
-        return true;
+        theFailures = {};
+        m_module = nullptr;
+        m_attributes = 0;
+        m_now = 1'000'000;
+        m_meanwhile.clear();
+        m_later.clear();
+        m_open.clear();
+        Clear();
+        m_answer.clear();
+        const std::regex bar(" \\| ");
+        for (std::sregex_token_iterator i(question.begin(), question.end(), bar, -1), end; i != end; ++i)
+        {
+            const auto begin = m_now;
+            Do(*i);
+            if (m_now > begin)
+                Say("after", m_now - begin, "ms");
+        }
+        return m_answer;
     }
 
-    std::atomic<int> m_restored = 0;
-    std::vector<std::string> m_open; ///< what restoring leaves
+private:
+    using Words = std::istream;
+
+    template <class... Values>
+    void Say(const Values&... values)
+    {
+        m_answer += Show(values...) + '\n';
+    }
+    template <class T>
+    static T Next(Words& words)
+    {
+        T value = {};
+        words >> value >> std::ws;
+        return value;
+    }
+    static std::string Rest(Words& words) { return {std::istreambuf_iterator<char>(words), {}}; }
+    std::wstring NextFile(Words& words) const { return File(FromUtf8(Next<std::string>(words))); }
+
+    void Do(const std::string& step)
+    try
+    {
+        std::istringstream words(step);
+        if (!step.empty())
+            m_verbs.at(Next<std::string>(words))(words);
+    }
+    catch (const StateError& error)
+    {
+        Say(error.GetProblem().step, error.GetProblem().code, error.GetProblem().text);
+    }
+    /// No time passes but by waiting, which does what is due.
+    DWORD Wait(DWORD time)
+    {
+        m_now += time;
+        for (auto due = m_later.begin(); due != m_later.end() && due->first <= m_now; due = m_later.erase(due))
+            Do(due->second);
+        return WAIT_TIMEOUT;
+    }
+
+    template <class Work>
+    void Tell(Words& words, Work work)
+    {
+        const auto id = Next<std::string>(words);
+        const PendingResult result = work(id);
+        const bool isDone = result.outcome == PendingOutcome::DONE || result.outcome == PendingOutcome::NOT_RESTORED;
+        Say(static_cast<int>(CodeOf(result.outcome)),
+            isDone ? RestorationToJson(result).dump() : ReportOf(result, id).reason);
+    }
+    static GuardedOptions AtOnce()
+    {
+        GuardedOptions options;
+        options.apply.timeout = 0ms;
+        options.confirmation.emplace();
+        return options;
+    }
+    /// Nothing, but the change has to be confirmed.
+    void Apply()
+    {
+        const auto result = ApplyGuarded([](const Machine&) { return DesiredState(); }, AtOnce());
+        if (result.outcome == GuardedOutcome::APPLIED)
+            Say("applied");
+        else
+            Say((result.pending ? ReportOfAwaited(*result.pending) : ReportOfBusy(result.holder)).reason);
+    }
+    void List()
+    {
+        for (const PendingEntry& entry : ReadPending())
+            Say(entry.id + ":", entry.status + (entry.secondsLeft ? Show("", *entry.secondsLeft, "s left") : ""));
+        std::vector<std::string> names;
+        for (const FoundFile& file : FindFiles(File(L"*")))
+            names.push_back(ToUtf8(file.name));
+        std::ranges::sort(names);
+        Say("files:", names);
+    }
+    void Have(Words& words) const
+    {
+        const auto name = Next<std::string>(words);
+        Json record = Json::parse(WritePendingChange(Change()));
+        record["id"] = name;
+        record.merge_patch(Json::parse(Rest(words)));
+        Write(FromUtf8(name) + L".json", record.dump());
+    }
+    /// Blanks first, for a file of any size.
+    void Fill(Words& words) const
+    {
+        const std::wstring name = FromUtf8(Next<std::string>(words));
+        const std::string blanks(Next<std::size_t>(words), ' ');
+        Write(name, blanks + Rest(words));
+    }
+    void Open(Words& words)
+    {
+        const std::wstring file = NextFile(words);
+        const auto share = Next<DWORD>(words);
+        m_open.emplace_back(::CreateFileW(file.c_str(), GENERIC_READ, share, nullptr, OPEN_ALWAYS, 0, nullptr));
+    }
+    void Defer(Words& words)
+    {
+        const auto when = m_now + Next<ULONGLONG>(words);
+        m_later.emplace(when, Rest(words));
+    }
+    void Store() const
+    {
+        PendingChange change = Change();
+        change.phase = PendingPhase::WAITING;
+        change.confirmWithin = 60;
+        StorePendingChange(m_folder, change);
+    }
+    void LetFail(Words& words)
+    {
+        const std::array entries = {&Fail<0>, &Fail<1>};
+        const std::size_t n = theFailures[0].slots ? 1 : 0;
+        const auto function = Next<std::string>(words);
+        theFailures[n] = {nullptr, Next<DWORD>(words), Next<int>(words), Next<std::intptr_t>(words)};
+        theFailures[n].slots =
+            std::make_shared<ImportSlots>(m_module, function.c_str(), reinterpret_cast<void*>(entries[n]));
+    }
+    /// Whether a file with the security that SDDL tells is trusted, or gives it to the record's file.
+    void Trust(Words& words, bool isAsked)
+    {
+        PSECURITY_DESCRIPTOR made = nullptr;
+        ASSERT_TRUE(::ConvertStringSecurityDescriptorToSecurityDescriptorA(Rest(words).c_str(), SDDL_REVISION_1, &made,
+                                                                           nullptr));
+        const std::unique_ptr<void, Release<::LocalFree>> descriptor(made);
+        const auto patch = PATCH_IMPORT(GetSecurityInfo,
+                                        [&](HANDLE, SE_OBJECT_TYPE, SECURITY_INFORMATION, PSID* owner, PSID*,
+                                            PACL* entries, PACL*, void**) -> DWORD {
+                                            BOOL flag = FALSE;
+                                            ::GetSecurityDescriptorOwner(made, owner, &flag);
+                                            ::GetSecurityDescriptorDacl(made, &flag, entries, &flag);
+                                            return ERROR_SUCCESS;
+                                        });
+        if (isAsked)
+            Say(IsOnlyForAdministrators(nullptr) ? "trusted" : "not trusted");
+        else
+            EXPECT_TRUE(::SetFileSecurityW(File(L"0123456789abcdef.json").c_str(), DACL_SECURITY_INFORMATION, made));
+    }
+    void Ping(Words& words)
+    {
+        const auto host = Next<std::string>(words);
+        const auto count = Next<DWORD>(words);
+        const auto status = Next<DWORD>(words);
+        const auto reply = [&](auto address, void* data, std::size_t place) {
+            Say("asks", IpAddress(address).ToText());
+            std::memcpy(static_cast<std::byte*>(data) + place, &status, sizeof(status));
+            return count;
+        };
+        const auto patch4 = PATCH_IMPORT(IcmpSendEcho, [&](auto, IPAddr to, auto, auto, auto, void* data, auto...) {
+            return reply(std::bit_cast<IpAddress::Ipv4Bytes>(to), data, offsetof(ICMP_ECHO_REPLY, Status));
+        });
+        const auto patch6 = PATCH_IMPORT(
+            Icmp6SendEcho2, [&](auto, auto, auto, auto, auto, sockaddr_in6* to, auto, auto, auto, void* data, auto...) {
+                return reply(std::bit_cast<IpAddress::Ipv6Bytes>(to->sin6_addr), data, 28);
+            });
+        Say(Answers(*IpAddress::Parse(host), 1s) ? "answers" : "does not answer");
+    }
+    void Run(Words& words)
+    {
+        constexpr std::array ENDS = {"gone", "confirmed", "restored", "not restored"};
+        const std::string open = Rest(words);
+        const auto restore = [&](const PendingChange& change) {
+            Say("restores", WordOf(change.restoration->cause));
+            return open.empty() ? std::vector<std::string>() : std::vector{open};
+        };
+        const auto answers = [](const IpAddress& host) { return !host.IsLoopback(); };
+        Say(ENDS[static_cast<std::size_t>(WatchPendingChange(m_folder, ID, {restore, answers}))]);
+    }
+
+    ImportPatches m_patches;
+    std::string m_answer;
+    ULONGLONG m_now = 0;                           ///< milliseconds since the start of the machine
+    std::multimap<ULONGLONG, std::string> m_later; ///< steps, by when they are done
+    std::string m_meanwhile;                       ///< a step for when the lock is next tried
+    std::vector<UniqueHandle> m_open;
+    HMODULE m_module = nullptr; ///< whose calls fail
+    DWORD m_attributes = 0;     ///< that all files have besides their own
+    const std::map<std::string, std::function<void(Words&)>> m_verbs = {
+        {"has", [this](Words& words) { Have(words); }},
+        {"file", [this](Words& words) { Fill(words); }},
+        {"folder", [this](Words& words) { ::CreateDirectoryW(NextFile(words).c_str(), nullptr); }},
+        {"open", [this](Words& words) { Open(words); }},
+        {"close", [this](Words&) { m_open.clear(); }},
+        {"attributes", [this](Words& words) { m_attributes = Next<DWORD>(words); }},
+        {"in", [this](Words& words) { m_module = ::GetModuleHandleA(Rest(words).c_str()); }},
+        {"fail", [this](Words& words) { LetFail(words); }},
+        {"later", [this](Words& words) { Defer(words); }},
+        {"meanwhile", [this](Words& words) { m_meanwhile = Rest(words); }},
+        {"give", [this](Words& words) { Trust(words, false); }},
+        {"trust", [this](Words& words) { Trust(words, true); }},
+        {"store", [this](Words&) { Store(); }},
+        {"remove", [this](Words&) { RemovePendingChange(m_folder, ID); }},
+        {"lock", [this](Words&) { ChangeLock::Take(m_folder, 0ms); }},
+        {"prepare", [this](Words& words) { PrepareChangeFolder(NextFile(words)); }},
+        {"watch",
+         [this](Words&) {
+             StartWatchProcess(m_folder, ID, {File(L"a.exe"), {File(L"a.dll")}, L""}, 1s);
+         }},
+        {"run", [this](Words& words) { Run(words); }},
+        {"ping", [this](Words& words) { Ping(words); }},
+        {"machine", [this](Words&) { Say(MachineId().empty() ? "unknown" : "known"); }},
+        {"version", [this](Words&) { Say(ReadLibraryVersion().version.empty() ? "unknown" : "known"); }},
+        {"apply", [this](Words&) { Apply(); }},
+        {"confirm", [this](Words& words) { Tell(words, [](auto& id) { return ConfirmPending(0ms, id); }); }},
+        {"restore", [this](Words& words) { Tell(words, [](auto& id) { return RestorePending(AtOnce().apply, id); }); }},
+        {"discard", [this](Words& words) { Tell(words, [](auto& id) { return DiscardPending(0ms, id); }); }},
+        {"list", [this](Words&) { List(); }},
+    };
 };
 
-TEST_F(Watches, RestoreWhenTheTimeIsOverAndNotBefore)
+TEST_F(Transcripts, OfPendingChanges)
 {
-    Store(PendingPhase::WAITING, 1);
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(WatchEnd::RESTORED, Watch().get());
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
-    EXPECT_EQ(1, m_restored);
-    const auto record = LoadPendingChange(m_folder, ID);
-    ASSERT_TRUE(record && record->change) << "it tells what has happened";
-    EXPECT_EQ(PendingPhase::RESTORED, record->change->phase);
-    EXPECT_EQ(RestoreCause::NOT_CONFIRMED, record->change->restoration->cause);
-    EXPECT_EQ(WatchEnd::GONE, Watch().get()) << "as after a restart";
-    EXPECT_EQ(1, m_restored);
+    ExpectTranscript([this](const std::string& question) { return Answer(question); });
 }
 
-/// The performance counter, unlike the clock, cannot be set.
-TEST_F(Watches, CountByThePerformanceCounter)
+TEST(Reports, TellAdaptersApart)
 {
-    std::atomic<bool> late = false;
-    const auto counter = [&](auto original, LARGE_INTEGER* count) -> BOOL {
-        constexpr LONGLONG HOUR = 3600;
-        LARGE_INTEGER frequency = {};
-        ::QueryPerformanceFrequency(&frequency);
-        original(count);
-        count->QuadPart += late ? HOUR * frequency.QuadPart : 0;
+    Adapter known;
+    known.index = 12;
+    known.guid = *Guid::Parse("{00000012-0000-0000-0000-4E6574446576}");
+    known.connectionName = "lan0";
+    const Adapter unknown;
+    EXPECT_EQ("\"lan\" matches several adapters:\n12  {00000012-0000-0000-0000-4E6574446576}  lan0\n-   -  ",
+              ReportOfName("lan", {&known, &unknown}).reason);
+    EXPECT_EQ(EXIT_NEEDS_ELEVATION, CodeOf(Outcome::NEEDS_ELEVATION));
+}
+
+TEST(WatchServices, RunToTheirEndAndCannotBeStopped)
+{
+    Golden golden;
+    const auto start = PATCH_IMPORT(StartServiceCtrlDispatcherW, [](const SERVICE_TABLE_ENTRYW* table) -> BOOL {
+        table->lpServiceProc(0, nullptr);
         return TRUE;
-    };
-    const testing_support::ImportPatch<decltype(&::QueryPerformanceCounter)> patch("QueryPerformanceCounter", counter);
-    PendingChange change = Store(PendingPhase::WAITING, 3600);
-    change.waitingSince = 0;
-    StorePendingChange(m_folder, change);
-    auto end = Watch();
-    EXPECT_TRUE(Await(end, [this] { // a watch that comes late begins the time anew
-        const auto record = LoadPendingChange(m_folder, ID);
-        return record && record->change && record->change->waitingSince != 0u;
-    }));
-    EXPECT_EQ(0, m_restored);
-    late = true;
-    EXPECT_EQ(std::future_status::ready, end.wait_for(30s));
-    EXPECT_EQ(1, m_restored);
-    RemovePendingChange(m_folder, ID); // ends it in any case
-}
-
-TEST_F(Watches, EndWhenTheChangeIsConfirmedOrItsHostAnswers)
-{
-    Store(PendingPhase::WAITING, 3600);
-    auto end = Watch();
-    EXPECT_TRUE(Await(end, [this] { return LifeSign::IsGiven(WatchFile(m_folder, ID)); }));
-    EXPECT_THROW(WatchPendingChange(m_folder, ID, {}), StateError); // one watch is enough
-    RemovePendingChange(m_folder, ID);
-    EXPECT_EQ(WatchEnd::GONE, end.get());
-
-    PendingChange change = Store(PendingPhase::WAITING, 3600);
-    change.waitFor = *IpAddress::Parse("192.0.2.1");
-    StorePendingChange(m_folder, change);
-    EXPECT_EQ(WatchEnd::CONFIRMED, Watch().get());
-    EXPECT_FALSE(IsPending());
-    EXPECT_EQ(0, m_restored);
-}
-
-TEST_F(Watches, RestoreAtOnceWhatADeadProcessLeft)
-{
-    for (const PendingPhase phase : {PendingPhase::APPLYING, PendingPhase::RESTORING})
-    {
-        auto lock = ChangeLock::Take(m_folder, 1min);
-        Store(phase, 3600);
-        auto end = Watch();
-        EXPECT_EQ(std::future_status::timeout, end.wait_for(700ms)) << "its process is at work";
-        lock.reset();
-        EXPECT_EQ(WatchEnd::RESTORED, end.get());
-    }
-    EXPECT_EQ(2, m_restored);
-}
-
-TEST_F(Watches, BeginTheTimeAnewAfterARestart)
-{
-    PendingChange change = Store(PendingPhase::WAITING, 1);
-    for (const std::uint64_t since :
-         {ClockNow() + 1'000'000, ClockNow() - 1'000}) // a longer run of the machine, or not
-    {
-        change.waitingSince = since;
-        StorePendingChange(m_folder, change);
-        const auto begin = std::chrono::steady_clock::now();
-        EXPECT_EQ(WatchEnd::RESTORED, Watch().get());
-        EXPECT_GE(std::chrono::steady_clock::now() - begin, 1s);
-    }
-}
-
-TEST_F(Watches, AreNotEndedByARecordThatCannotBeRead)
-{
-    const std::string text = WritePendingChange(Store(PendingPhase::WAITING, 1));
-    auto lock = ChangeLock::Take(m_folder, 1min);
-    auto end = Watch();
-    EXPECT_EQ(std::future_status::timeout, end.wait_for(400ms)) << "it has read the record";
-    Write(L"0123456789abcdef.json", text.substr(0, text.size() / 2));
-    lock.reset();
-    EXPECT_EQ(WatchEnd::RESTORED, end.get());
-}
-
-TEST_F(Watches, LeaveTheRecordWhereRestoringFails)
-{
-    m_open = {"lan0: ipv4.addresses"};
-    Store(PendingPhase::APPLYING);
-    EXPECT_EQ(WatchEnd::NOT_RESTORED, Watch().get());
-    EXPECT_EQ(3, m_restored);
-    ASSERT_TRUE(IsPending());
-    const PendingChange change = *LoadPendingChange(m_folder, ID)->change;
-    EXPECT_EQ(PendingPhase::RESTORING, change.phase);
-    EXPECT_EQ(RestoreCause::INTERRUPTED, change.restoration->cause);
-    EXPECT_EQ(m_open, change.restoration->open);
+    });
+    const auto registration =
+        PATCH_IMPORT(RegisterServiceCtrlHandlerExW,
+                     [&](const wchar_t* name, LPHANDLER_FUNCTION_EX control, void* context) -> SERVICE_STATUS_HANDLE {
+                         for (DWORD code = SERVICE_CONTROL_STOP; code <= SERVICE_CONTROL_SHUTDOWN; ++code)
+                             golden.Line(name, "control", code, "gives", control(code, 0, nullptr, context));
+                         return nullptr;
+                     });
+    const auto status = PATCH_IMPORT(SetServiceStatus, [&](SERVICE_STATUS_HANDLE, SERVICE_STATUS* now) -> BOOL {
+        golden.Line("state", now->dwCurrentState, "accepts", now->dwControlsAccepted);
+        return TRUE;
+    });
+    RunWatchProcess(ID, [&] { golden.Line("works"); });
 }
 
 } // namespace
