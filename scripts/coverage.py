@@ -72,7 +72,9 @@ def read_reasons() -> list[tuple[str, str, str]]:
 
 def is_decided_by_compiler(line: str, condition: str) -> bool:
     # A switch has a case for each word of its enumeration, which the compiler checks, and counts one for all others.
-    return "if constexpr" in line or condition == "true" or line.strip() == f"switch ({condition})"
+    # frame.Succeed() is always true and frame.Fail() always false: they trace the end of an operation.
+    return ("if constexpr" in line or condition == "true" or line.strip() == f"switch ({condition})" or
+            condition.startswith(("frame.Succeed(", "frame.Fail(")))
 
 
 def text_between(source: list[str], region: tuple[int, int, int, int]) -> str:

@@ -1,6 +1,8 @@
 // Exceptions without the run time's heap and thread storage: more of them, and in more threads, than there are places.
 
 #include <cstdlib>
+#include <memory>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -41,14 +43,15 @@ DWORD WINAPI ThrowTwice(void*)
     return CallInHandler(&GoDeeper);
 }
 
-DWORD ResultOf(LPTHREAD_START_ROUTINE pFunction)
+/// The thread has ended; its number is its own as long as it has a handle.
+std::shared_ptr<void> Ended(LPTHREAD_START_ROUTINE pFunction, DWORD dwResult)
 {
-    DWORD dwResult = ~0U;
-    const HANDLE hThread = ::CreateThread(nullptr, 0, pFunction, nullptr, 0, nullptr);
-    ::WaitForSingleObject(hThread, INFINITE);
-    ::GetExitCodeThread(hThread, &dwResult);
-    ::CloseHandle(hThread);
-    return dwResult;
+    std::shared_ptr<void> thread(::CreateThread(nullptr, 0, pFunction, nullptr, 0, nullptr), ::CloseHandle);
+    DWORD dwCode = ~dwResult;
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread.get(), INFINITE));
+    EXPECT_TRUE(::GetExitCodeThread(thread.get(), &dwCode));
+    EXPECT_EQ(dwResult, dwCode);
+    return thread;
 }
 
 } // namespace
@@ -67,9 +70,12 @@ TEST(Exceptions, AreThrownThoughAllPlacesAreTaken)
     EXPECT_EQ(1, depth);
 
     CallInHandler([] { // in a thread that goes on
+        std::vector<std::shared_ptr<void>> threads;
         for (int i = 0; i < 600; ++i)
-            ASSERT_EQ(1U, ResultOf(&EndInHandler));
-        EXPECT_EQ(0U, ResultOf(&ThrowTwice));
+            threads.push_back(Ended(&EndInHandler, 1));
+        Ended(&ThrowTwice, 0);
+        threads.clear();
+        Ended(&ThrowTwice, 0);
     });
     EXPECT_EQ(0, depth);
 }

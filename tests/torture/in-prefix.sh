@@ -6,9 +6,11 @@ top=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd -P)
 name=$(basename -- "$1" .exe)
 export WINEPREFIX=$top/build/wine-torture-$name
 . "$top/scripts/wine-env.sh"
-wine_prefix_make
+exec 8>"$WINEPREFIX.lock" # a second run would meet this one's mutexes and end its server
+flock 8
+wine_prefix_make 8>&-
 trap wine_server_end EXIT
-wine_server_start 60
+wine_server_start 60 8>&-
 cd -- "$(dirname -- "$1")"
 export ZELK_WINE_TIMEOUT=${ZELK_WINE_TIMEOUT:-36000}
-"$top/scripts/wine-run.sh" "$@" </dev/null
+"$top/scripts/wine-run.sh" "$@" </dev/null 8>&-

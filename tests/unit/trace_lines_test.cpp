@@ -115,6 +115,9 @@ TEST_F(TraceLines, WhatALineCosts)
         frame.Verbose("address", velmor::ip_address());
         frame.Ending(TRACE_VERBOSE, "a note that would not fit into any inline buffer");
         frame.Succeed();
+        TheTrace.SetTraceLevel(0);
+        frame.Fail("a reason that would not fit into any inline buffer", "dwRc", 5);
+        TheTrace.SetTraceLevel(3);
         EXPECT_EQ(0, allocations) << "a masked line allocates";
     }
     EXPECT_EQ(0, waits) << "a masked line takes the mutex";
