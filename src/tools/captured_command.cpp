@@ -1,5 +1,7 @@
 #include <tools/captured_command.h>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <process.h>
@@ -37,12 +39,13 @@ int RunInterpreter(const std::vector<velmor::string>& arguments)
 
 velmor::string SystemCommand::Name() const
 {
+    constexpr const wchar_t* VALUES[] = {nullptr, CONNECTION, ADDRESS, NETMASK};
     if (pszName != nullptr)
         return pszName;
     velmor::string sName;
     for (const wchar_t* pszWord : words)
     {
-        if (pszWord == nullptr || pszWord == CONNECTION || pszWord == ADDRESS || pszWord == NETMASK)
+        if (std::find(std::begin(VALUES), std::end(VALUES), pszWord) != std::end(VALUES))
             break;
         if (!sName.empty())
             sName += L' ';

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <numeric>
 
 #include <support/files.h>
@@ -89,6 +90,8 @@ TEST_F(TraceLines, TheCallFrameSpeaksForTheOperation)
     frame.Verbose("flags", CallFrame::Hex{0x1F});
     frame.Verbose("address", velmor::ip_address());
     frame.Verbose("nothing", velmor::ip_address(velmor::string("no")));
+    for (const double value : {0.5, 1e20, HUGE_VAL})
+        frame.Verbose("value", value);
     EXPECT_FALSE(frame.Fail("Bad NIC GUID"));
     EXPECT_FALSE(frame.Fail("X failed", "dwRc", 5));
     EXPECT_FALSE(frame.FailAs("... ending(X failed)", "dwRc", 5));

@@ -54,6 +54,7 @@ TEST(String, ConstructionAndAssignmentFromEveryKind)
     EXPECT_TRUE((text = pszNoNarrow).empty());
     Text& same = text = L"x";
     EXPECT_EQ(L"x", std::wstring((text = std::move(same)).c_str()));
+    EXPECT_FALSE(text == Text(L"y"));
     EXPECT_FALSE(TOLVA::HARDWARE_ADDRESS(L"1-2-3-4-5-6") == TOLVA::HARDWARE_ADDRESS(L"1-2-3-4-5-7"));
 }
 
