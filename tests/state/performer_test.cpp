@@ -3,7 +3,6 @@
 
 #include <array>
 #include <deque>
-#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -20,6 +19,7 @@
 #include <state/desired/json_form.h>
 #include <state/fake_windows.h>
 #include <state/reading/read_machine.h>
+#include <support/files.h>
 #include <support/golden.h>
 #include <support/import_patch.h>
 #include <zelk_nm/tolva.h>
@@ -29,31 +29,9 @@ using namespace zelk;
 namespace
 {
 
-struct Method
-{
-    std::string name;
-    std::string given = {}; ///< the interface that it gives,
-    bool first = false;     ///< and whether in its first argument, not in the second
-};
-
-/// By the interface and the place in its table of functions.
-const std::map<std::pair<std::string, std::size_t>, Method> METHODS = {
-    {{"INetCfg", 0}, {"QueryInterface", "INetCfgLock"}},
-    {{"INetCfg", 3}, {"Initialize"}},
-    {{"INetCfg", 4}, {"Uninitialize"}},
-    {{"INetCfg", 5}, {"Apply"}},
-    {{"INetCfg", 8}, {"FindComponent", "INetCfgComponent"}},
-    {{"INetCfgLock", 3}, {"AcquireWriteLock"}},
-    {{"INetCfgLock", 4}, {"ReleaseWriteLock"}},
-    {{"INetCfgComponent", 0}, {"QueryInterface", "INetCfgComponentBindings"}},
-    {{"INetCfgComponent", 8}, {"GetInstanceGuid"}},
-    {{"INetCfgComponentBindings", 8}, {"EnumBindingPaths", "IEnumNetCfgBindingPath"}},
-    {{"IEnumNetCfgBindingPath", 3}, {"Next", "INetCfgBindingPath"}},
-    {{"INetCfgBindingPath", 6}, {"Enable"}},
-    {{"INetCfgBindingPath", 10}, {"EnumBindingInterfaces", "IEnumNetCfgBindingInterface", true}},
-    {{"IEnumNetCfgBindingInterface", 3}, {"Next", "INetCfgBindingInterface"}},
-    {{"INetCfgBindingInterface", 5}, {"GetLowerComponent", "INetCfgComponent", true}},
-};
+/// By the interface and the place in its table of functions: the name, and what it gives in which argument.
+const Json METHODS = Json::parse(
+    testing_support::ReadFileBytes(testing_support::BesideProgram(L"golden/state/network_configuration.json")));
 
 /// Two paths lead down from IPv6, of two steps each: to another adapter, and through a filter to the one asked for.
 class NetworkConfiguration
@@ -87,24 +65,25 @@ private:
     template <std::size_t SLOT>
     static HRESULT WINAPI Called(Object& object, void* first, void* second)
     {
-        const Method& method = METHODS.at({object.kind, SLOT});
+        const Json& method = METHODS.at(object.kind).at(std::to_string(SLOT));
         const bool fails = ++pThis->m_count == pThis->m_failing;
-        pThis->calls += ' ' + method.name + (fails ? "!" : "");
+        pThis->calls += ' ' + method["name"].get<std::string>() + (fails ? "!" : "");
         return fails ? pThis->m_failure : pThis->Do(method, object, first, second);
     }
     static ULONG WINAPI Release(Object&) { return --pThis->references; }
 
-    HRESULT Do(const Method& method, Object& object, void* first, void* second)
+    HRESULT Do(const Json& method, Object& object, void* first, void* second)
     {
         constexpr GUID FIRST_STEP = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
-        if (method.name == "Next" && object.next == 2)
+        const bool isNext = method["name"] == "Next";
+        if (isNext && object.next == 2)
             return S_FALSE;
-        if (method.name == "GetInstanceGuid")
+        if (method["name"] == "GetInstanceGuid")
             (*static_cast<GUID*>(first) = FIRST_STEP).Data1 += static_cast<DWORD>(object.place);
-        if (method.given.empty())
+        if (!method.contains("gives"))
             return S_OK;
-        const std::size_t place = method.name == "Next" ? 2 * object.place + object.next++ : object.place;
-        return Give(method.given, place, method.first ? first : second);
+        const std::size_t place = isNext ? 2 * object.place + object.next++ : object.place;
+        return Give(method["gives"], place, method["in"] == 1 ? first : second);
     }
 
     template <std::size_t... SLOTS>

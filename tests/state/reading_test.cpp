@@ -1,7 +1,6 @@
 // A reading of a Windows made for the test.
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <random>
 
@@ -21,7 +20,6 @@
 
 using namespace zelk;
 using testing_support::DwordData;
-using testing_support::ListData;
 using testing_support::RegistryData;
 using testing_support::SetValue;
 using testing_support::StringData;
@@ -164,9 +162,39 @@ TEST(Reading, KnowsTheWordsOfTheTablesAndTakesNewOnes)
     }
 }
 
+Json ReadLists(const std::wstring& name)
+{
+    return Json::parse(testing_support::ReadFileBytes(testing_support::BesideProgram(L"golden/state/" + name)));
+}
+
+std::wstring Text(const Json& text)
+{
+    return FromUtf8(text.get<std::string>());
+}
+
+/// Of a type, and a number, a text or bytes.
+RegistryData DataOf(const Json& value)
+{
+    if (value[1].is_array())
+        return {value[0], value[1]};
+    RegistryData data = value[1].is_number() ? DwordData(value[1]) : StringData(Text(value[1]));
+    data.dwType = value[0];
+    return data;
+}
+
+/// Values by their keys.
+void Store(const Json& keys)
+{
+    for (const auto& [key, values] : keys.items())
+        for (const auto& [name, value] : values.items())
+            SetValue(FromUtf8(key), FromUtf8(name), DataOf(value));
+}
+
 /// A static adapter and a DHCP client, as Windows keeps them.
 struct Office : FakeWindows
 {
+    static inline const Json LISTS = ReadLists(L"office.json");
+
     Office()
     {
         adapters = {MakeAdapter(3, L"static"), MakeAdapter(5, L"client \"5\u20AC\"")};
@@ -189,42 +217,7 @@ struct Office : FakeWindows
                   {"203.0.113.0/24", "192.0.2.9", 99, 1}};
         Install(adapters[0], L"0003");
         Install(adapters[1], L"0005");
-        Store();
-    }
-
-    void Store()
-    {
-        const std::wstring key = Ipv4Key(adapters[0]);
-        SetValue(key, L"IPAddress", ListData({L"192.0.2.10", L"192.0.2.11"}));
-        SetValue(key, L"SubnetMask", ListData({L"255.255.255.0", L"255.255.255.128"}));
-        SetValue(key, L"DefaultGateway", ListData({L"192.0.2.1"}));
-        SetValue(key, L"DefaultGatewayMetric", ListData({L"5"}));
-        SetValue(key, L"NameServer", StringData(L"192.0.2.53, 192.0.2.54"));
-        SetValue(key, L"Domain", StringData(L"example.net"));
-        SetValue(key, L"InterfaceMetric", DwordData(10));
-        SetValue(key, L"IPAutoconfigurationEnabled", DwordData(0));
-        SetValue(Ipv6Key(adapters[0]), L"NameServer", StringData(L"2001:db8::53"));
-        const std::wstring speeds = CONTROL + L"Class" + NETWORK + L"0003";
-        SetValue(speeds, L"*SpeedDuplex", StringData(L"6"));
-        SetValue(speeds + L"\\Ndi\\params\\*SpeedDuplex\\Enum", L"6", StringData(L"1.0 Gbps"));
-        SetValue(speeds, L"NetworkAddress", StringData(L"020000000001"));
-        const std::wstring client = Ipv4Key(adapters[1]);
-        SetValue(client, L"IPAddress", ListData({L"10.9.9.9"})); // from before it was a client
-        SetValue(client, L"SubnetMask", ListData({L"255.0.0.0"}));
-        SetValue(client, L"NameServer", StringData(L""));
-        SetValue(client, L"DhcpIPAddress", StringData(L"198.51.100.7"));
-        SetValue(client, L"DhcpSubnetMask", StringData(L"255.255.255.128"));
-        SetValue(client, L"DhcpServer", StringData(L"198.51.100.1"));
-        SetValue(client, L"DhcpDefaultGateway", ListData({L"198.51.100.1"}));
-        SetValue(client, L"DhcpNameServer", StringData(L"198.51.100.53 198.51.100.54"));
-        SetValue(client, L"DhcpDomain", StringData(L"lease.example"));
-        SetValue(client, L"LeaseObtainedTime", DwordData(1709208000));
-        SetValue(client, L"LeaseTerminatesTime", DwordData(1709294400)); // from 29 February
-        SetValue(client, L"DhcpNetbiosOptions", DwordData(2));
-        const std::wstring routesKey = SERVICES + L"Tcpip\\Parameters\\PersistentRoutes";
-        for (const wchar_t* const route : {L"198.18.0.0,255.254.0.0,192.0.2.2,1",
-                                           L"198.19.0.0,255.255.0.0,198.51.100.2,3", L"10.0.0.0,255.0.0.0,10.1.1.1,1"})
-            SetValue(routesKey, route, StringData(L""));
+        Store(LISTS["settings"]);
     }
 };
 
@@ -266,9 +259,7 @@ struct OddOffice : Office
             {
                 std::wstring key = Text(row["key"]);
                 std::ranges::replace(key, L'#', digit);
-                const Json& value = One(row["data"]); // a type and a number or a text
-                RegistryData data = value[1].is_number() ? DwordData(value[1]) : StringData(Text(value[1]));
-                data.dwType = value[0];
+                const RegistryData data = DataOf(One(row["data"]));
                 if (random() % 3 == 0)
                     SetValue(key, Text(name), data);
             }
@@ -276,10 +267,9 @@ struct OddOffice : Office
 
     const Json& One(const Json& values) { return values[random() % values.size()]; }
     const Json& Odd(const char* what) { return One(lists[what]); }
-    static std::wstring Text(const Json& text) { return FromUtf8(text.get<std::string>()); }
 
     std::mt19937 random;
-    Json lists = Json::parse(testing_support::ReadFileBytes(testing_support::BesideProgram(L"golden/state/odd.json")));
+    const Json lists = ReadLists(L"odd.json");
     const testing_support::RegistryValueScope autoconfiguration{SERVICES + L"Tcpip\\Parameters",
                                                                 L"IPAutoconfigurationEnabled", DwordData(0)};
 };
@@ -394,60 +384,32 @@ TEST(BadInput, RegistryValuesThatGrowBetweenTwoCalls)
     EXPECT_TRUE(before == ReadMachine());
 }
 
-using Spoil = std::function<void(Office&)>;
-
-/// A value of the static adapter that is as it should not be.
-Spoil Stored(const wchar_t* name, const RegistryData& data)
+void Spoil(FakeWindows& windows, const Json& fault)
 {
-    return [=](Office& windows) { SetValue(Ipv4Key(windows.adapters[0]), name, data); };
+    Store(fault.value("settings", Json::object()));
+    windows.failures = fault.value("failures", windows.failures);
+    windows.growths = fault.value("growths", 0);
+    windows.goneKey = FromUtf8(fault.value("goneKey", ""));
+    windows.deniedKey = FromUtf8(fault.value("deniedKey", ""));
+    if (fault.contains("missingKey"))
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, Text(fault["missingKey"]).c_str());
 }
-
-Spoil Failing(const char* function, DWORD code = ERROR_ACCESS_DENIED)
-{
-    return [=](Office& windows) { windows.failures[function] = code; };
-}
-
-const std::pair<const char*, Spoil> FAULTS[] = {
-    {"EnableDHCP is a text", Stored(L"EnableDHCP", StringData(L"0"))},
-    {"EnableDHCP is too short", Stored(L"EnableDHCP", {REG_DWORD, {0, 0, 0}})},
-    {"IPAddress is a text", Stored(L"IPAddress", StringData(L"192.0.2.10"))},
-    {"IPAddress is no address", Stored(L"IPAddress", ListData({L"192.0.2.300"}))},
-    {"SubnetMask is no mask", Stored(L"SubnetMask", ListData({L"255.0.255.0"}))},
-    {"SubnetMask is a number", Stored(L"SubnetMask", DwordData(1))},
-    {"DefaultGateway is a text", Stored(L"DefaultGateway", StringData(L"192.0.2.1"))},
-    {"NameServer is a number", Stored(L"NameServer", DwordData(0))},
-    {"NameServer holds no addresses", Stored(L"NameServer", StringData(L"one,two"))},
-    {"InterfaceMetric is too long", Stored(L"InterfaceMetric", {REG_QWORD, {1, 0, 0, 0, 0, 0, 0, 0}})},
-    {"IPAutoconfigurationEnabled is a text", Stored(L"IPAutoconfigurationEnabled", StringData(L""))},
-    {"a key is deleted while it is read", [](Office& windows) { windows.goneKey = Ipv4Key(windows.adapters[0]); }},
-    {"a key cannot be opened", [](Office& windows) { windows.deniedKey = Ipv4Key(windows.adapters[0]); }},
-    {"a key is missing",
-     [](Office& windows) { ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, Ipv4Key(windows.adapters[0]).c_str()); }},
-    {"all keys are missing", Failing("RegOpenKeyEx", ERROR_PATH_NOT_FOUND)},
-    {"a table grows for ever", [](Office& windows) { windows.growths = 1000; }},
-    {"GetAdaptersAddresses fails", Failing("GetAdaptersAddresses")},
-    {"GetIfTable2 fails", Failing("GetIfTable2")},
-    {"GetIpInterfaceTable fails", Failing("GetIpInterfaceTable")},
-    {"GetIpForwardTable2 fails", Failing("GetIpForwardTable2")},
-    {"SetupDiGetClassDevs fails", Failing("SetupDiGetClassDevs")},
-    {"SetupDiEnumDeviceInfo fails", Failing("SetupDiEnumDeviceInfo")},
-};
 
 /// What is not understood is unknown, and said to be; all else is read.
 TEST(BadInput, IsAProblemAndLeavesTheRest)
 {
     testing_support::Golden golden;
-    for (const auto& [what, spoil] : FAULTS)
+    for (const Json& fault : Office::LISTS["faults"])
     {
         OfficeWithDevices windows;
         const Leaves before = LeavesOf(ReadMachine());
-        spoil(windows);
+        Spoil(windows, fault);
         const Machine machine = ReadMachine();
-        golden.Line("#", what);
+        golden.Line("#", fault["what"].get<std::string>());
         golden.Line(ProblemsOf(machine) + Changes(before, LeavesOf(machine)));
     }
     Office windows;
-    Failing("GetAdaptersAddresses")(windows);
+    windows.failures["GetAdaptersAddresses"] = ERROR_ACCESS_DENIED;
     windows.deniedKey = L"Control\\Class";
     EXPECT_THROW(ReadAnew(), StateError);
     const auto patch = PATCH_IMPORT(_beginthreadex, [](auto...) -> std::uintptr_t { return 0; });
@@ -463,7 +425,7 @@ TEST(Reading, IsWrittenAsTheSchemaPromises)
     write(L"machine.schema.json", MachineSchema());
     write(L"real.json", ToJson(ReadMachine()));
     OfficeWithDevices windows;
-    Stored(L"NameServer", DwordData(7))(windows);
+    SetValue(Ipv4Key(windows.adapters[0]), L"NameServer", DwordData(7));
     write(L"everything.json", ToJson(ReadMachine()));
 }
 
