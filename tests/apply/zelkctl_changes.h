@@ -63,8 +63,10 @@ protected:
     /// Without what differs from run to run.
     static void ExpectSession()
     {
-        constexpr std::pair<const char*, const char*> VARYING[] = {
-            {"[0-9]+ ms", "N ms"}, {"198\\.18\\.[0-9]+", "198.18.N"}, {"Verifying[^\n]*\n", ""}};
+        constexpr std::pair<const char*, const char*> VARYING[] = {{"[0-9]+ ms", "N ms"},
+                                                                   {"[0-9a-f]{16}", "ID"},
+                                                                   {"198\\.18\\.[0-9]+", "198.18.N"},
+                                                                   {"Verifying[^\n]*\n", ""}};
         ExpectTranscript([&](const std::string& sLine) {
             std::string sAnswer = Answer(sLine);
             for (const auto& [pszVarying, pszShown] : VARYING)
