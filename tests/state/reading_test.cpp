@@ -77,6 +77,13 @@ std::string Changes(const Leaves& before, const Leaves& after)
     return text;
 }
 
+void AddDevice(FakeWindows& windows, const FakeAdapter& adapter, ULONG problem = 0, CONFIGRET result = CR_SUCCESS)
+{
+    const std::wstring subkey = std::to_wstring(10000 + adapter.index).substr(1);
+    windows.Install(adapter, subkey);
+    windows.devices.push_back({L"PCI\\" + subkey, subkey, problem, result});
+}
+
 /// One adapter of each sort that a machine can have.
 struct Zoo : FakeWindows
 {
@@ -95,18 +102,11 @@ struct Zoo : FakeWindows
         adapters[8].status = IfOperStatusNotPresent;  // lan9: failed
         for (const auto& adapter : adapters)
             if (!adapter.filter && adapter.type != IF_TYPE_SOFTWARE_LOOPBACK)
-                AddDevice(adapter, adapter.index == 8 ? 22 : adapter.index == 9 ? 10 : 0);
-        AddDevice(MakeAdapter(20, L"off"), 22);
-        AddDevice(MakeAdapter(21, L"taken out"), 0, CR_NO_SUCH_DEVNODE);
-        AddDevice(MakeAdapter(22, L"broken"), 43);
+                AddDevice(*this, adapter, adapter.index == 8 ? 22 : adapter.index == 9 ? 10 : 0);
+        AddDevice(*this, MakeAdapter(20, L"off"), 22);
+        AddDevice(*this, MakeAdapter(21, L"taken out"), 0, CR_NO_SUCH_DEVNODE);
+        AddDevice(*this, MakeAdapter(22, L"broken"), 43);
         devices.push_back({L"PCI\\NEW", L"", 28});
-    }
-
-    void AddDevice(const FakeAdapter& adapter, ULONG problem, CONFIGRET result = CR_SUCCESS)
-    {
-        const std::wstring subkey = std::to_wstring(10000 + adapter.index).substr(1);
-        Install(adapter, subkey);
-        devices.push_back({L"PCI\\" + subkey, subkey, problem, result});
     }
 };
 
@@ -325,9 +325,7 @@ TEST(Reading, AsksEachTableOnceAndOfEachAdapterTheSame)
             windows.adapters.push_back(MakeAdapter(i, L"lan" + std::to_wstring(i)));
             windows.adapters.back().addresses = {{"192.0.2.10/24"}};
             windows.routes.push_back({"198.18.0.0/15", "192.0.2.1", i, 1});
-            const std::wstring subkey = std::to_wstring(10000 + i).substr(1);
-            windows.Install(windows.adapters.back(), subkey);
-            windows.devices.push_back({L"PCI\\" + subkey, subkey});
+            AddDevice(windows, windows.adapters.back());
         }
         windows.calls.clear();
         EXPECT_EQ(count, ReadMachine().adapters.size());
@@ -361,27 +359,20 @@ TEST(Reading, BeforeVistaUsesWhatThereIs)
     EXPECT_EQ(0, windows.calls["GetIfTable2"] + windows.calls["GetIpForwardTable2"]);
 }
 
-TEST(BadInput, TablesThatGrowBetweenTwoCalls)
+TEST(BadInput, TablesAndValuesThatGrowBetweenTwoCalls)
 {
     for (const ULONG version : {10U, 5U})
     {
         Office windows;
         windows.majorVersion = version;
-        windows.growths = 3;
         windows.routes.resize(4);
-        const Machine machine = ReadMachine();
-        EXPECT_EQ("", ProblemsOf(machine));
-        EXPECT_EQ(2U, machine.adapters.size());
+        const Machine before = ReadMachine();
+        windows.calls.clear();
+        windows.growths = 3;
+        windows.valuesHaveGrown = true;
+        EXPECT_TRUE(before == ReadMachine());
         EXPECT_EQ(4, windows.calls["GetAdaptersAddresses"]);
     }
-}
-
-TEST(BadInput, RegistryValuesThatGrowBetweenTwoCalls)
-{
-    Office windows;
-    const Machine before = ReadMachine();
-    windows.valuesHaveGrown = true;
-    EXPECT_TRUE(before == ReadMachine());
 }
 
 void Spoil(FakeWindows& windows, const Json& fault)

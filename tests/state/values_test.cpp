@@ -1,6 +1,8 @@
 // The values' texts: what is taken, what is refused, what comes out.
 
+#include <algorithm>
 #include <map>
+#include <span>
 
 #include <gtest/gtest.h>
 
@@ -31,6 +33,20 @@ std::string KindOf(const IpAddress& address)
            (address.IsMulticast() ? ", multicast" : "") + (address.IsLinkLocal() ? ", link-local" : "");
 }
 
+/// Bytes of the registry as everything that they can be. "|" stands for a zero, "~" at the end for half a unit.
+std::string Decoded(const std::string& text)
+{
+    std::u16string units(text.begin(), text.end());
+    std::ranges::replace(units, u'|', u'\0');
+    const auto bytes = std::as_bytes(std::span(units)).first(units.size() * 2 - (text.ends_with('~') ? 1 : 0));
+    std::vector<std::string> texts;
+    for (const std::u16string& one : DecodeTexts(bytes))
+        texts.push_back(ToUtf8(one));
+    const auto number = DecodeNumber(bytes);
+    return testing_support::Show("text", ToUtf8(DecodeText(bytes)), "texts", texts, "number",
+                                 number ? std::to_string(*number) : "none");
+}
+
 using Reader = std::string (*)(const std::string& text);
 const std::map<std::string, Reader> READERS = {
     {"address ",
@@ -55,6 +71,12 @@ const std::map<std::string, Reader> READERS = {
          const auto route = ParsePersistentRoute(text);
          return route ? ToJson(*route).dump() : "refused";
      }},
+    {"data ", Decoded},
+    {"list ",
+     [](const std::string& text) {
+         const auto parts = SplitList(text);
+         return testing_support::Show(std::vector<std::string>(parts.begin(), parts.end()));
+     }},
     {"date ", [](const std::string& text) { return IsoDate(text).value_or("refused"); }},
 };
 
@@ -71,31 +93,6 @@ TEST(Values, PrefixesContainTheAddressesOfTheirNetwork)
     EXPECT_TRUE(IpPrefix::Parse("192.0.2.150/27")->Contains(*IpAddress::Parse("192.0.2.159")));
     EXPECT_FALSE(IpPrefix::Parse("192.0.2.150/27")->Contains(*IpAddress::Parse("192.0.2.160")));
     EXPECT_FALSE(IpPrefix::Parse("0.0.0.0/0")->Contains(*IpAddress::Parse("::")));
-}
-
-std::vector<std::byte> Bytes(std::u16string_view text, std::size_t extra = 0)
-{
-    const auto units = std::as_bytes(std::span(text));
-    std::vector<std::byte> bytes(units.begin(), units.end());
-    bytes.resize(bytes.size() + extra, std::byte{'x'});
-    return bytes;
-}
-
-TEST(RegistryData, WithoutTerminatorsAndOfOddSizes)
-{
-    using List = std::vector<std::u16string>;
-    EXPECT_EQ(u"ab", DecodeText(Bytes(u"ab")));
-    EXPECT_EQ(u"ab", DecodeText(Bytes({u"ab\0cd", 5})));
-    EXPECT_EQ(u"ab", DecodeText(Bytes(u"ab", 1)));
-    EXPECT_EQ(u"", DecodeText({}));
-    EXPECT_EQ((List{u"a", u"b"}), DecodeTexts(Bytes({u"a\0b\0\0", 5})));
-    EXPECT_EQ((List{u"a", u"b"}), DecodeTexts(Bytes(std::u16string_view(u"a\0b", 3), 1)));
-    EXPECT_EQ((List{u"a"}), DecodeTexts(Bytes({u"a\0\0b\0", 5})));
-    EXPECT_EQ(List(), DecodeTexts(Bytes({u"\0", 1})));
-    EXPECT_EQ(0x04030201U, DecodeNumber(Bytes(u"\x0201\x0403")));
-    EXPECT_FALSE(DecodeNumber(Bytes(u"\x0201")));
-    EXPECT_FALSE(DecodeNumber(Bytes(u"\x0201\x0403", 1)));
-    EXPECT_EQ((std::vector<std::string_view>{"a", "b", "c"}), SplitList(" a, b;c,,"));
 }
 
 TEST(Utf8, HasNoHalfOfAPair)
