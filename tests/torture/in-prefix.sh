@@ -6,11 +6,11 @@ top=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/../.." && pwd -P)
 name=$(basename -- "$1" .exe)
 export WINEPREFIX=$top/build/wine-torture-$name
 . "$top/scripts/wine-env.sh"
-exec 8>"$WINEPREFIX.lock" # a second run would meet this one's mutexes and end its server
-flock 8
-wine_prefix_make 8>&-
+exec 6>"$WINEPREFIX.run" # a second run would meet this one's mutexes and end its server
+flock 6
+wine_prefix_make 6>&-
 trap wine_server_end EXIT
-wine_server_start 60 8>&-
+wine_server_start 60 6>&-
 cd -- "$(dirname -- "$1")"
 export ZELK_WINE_TIMEOUT=${ZELK_WINE_TIMEOUT:-36000}
-"$top/scripts/wine-run.sh" "$@" </dev/null 8>&-
+"$top/scripts/wine-run.sh" "$@" </dev/null 6>&-
