@@ -41,6 +41,7 @@ public:
         m_result.outcome = PerformAll();
         if (m_result.outcome == Outcome::CHANGED)
             m_result.outcome = Complete();
+        m_result.changed = !m_result.steps.empty();
         if (m_result.outcome != Outcome::CHANGED && m_result.outcome != Outcome::NOT_VERIFIED)
             Abandon();
         return m_result;
@@ -93,7 +94,6 @@ private:
     Outcome Complete()
     {
         constexpr milliseconds MOMENT(2000);
-        m_result.changed = !m_plan.steps.empty();
         Report({.phase = Progress::Phase::VERIFYING});
         const Outcome outcome = Verify(std::min(MOMENT, m_options.timeout));
         if (outcome != Outcome::NOT_VERIFIED)
