@@ -185,13 +185,11 @@ std::optional<DesiredAdapter> ReadAdapter(const Json& json, const std::string& p
 
 std::optional<DesiredIdentity> ReadIdentity(const Json& json, const std::string& place, Faults& faults)
 {
-    DesiredIdentity identity;
-    ObjectReader reader(json, place, faults);
-    reader.Take("computerName", identity.computerName, ReadText);
-    reader.Take("primaryDnsSuffix", identity.primaryDnsSuffix, ReadText);
-    reader.Take("workgroup", identity.workgroup, ReadText);
-    reader.Finish();
-    return identity;
+    return ReadObject<DesiredIdentity>(json, place, faults, [](ObjectReader& reader, DesiredIdentity& identity) {
+        reader.Take("computerName", identity.computerName, ReadText);
+        reader.Take("primaryDnsSuffix", identity.primaryDnsSuffix, ReadText);
+        reader.Take("workgroup", identity.workgroup, ReadText);
+    });
 }
 
 /// Writes a member where there is a value.

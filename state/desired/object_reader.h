@@ -64,4 +64,15 @@ private:
     std::vector<std::string_view> m_known;
 };
 
+/// Reads an object of which `read` takes all members: it gets the reader and the value.
+template <class T, class Read>
+std::optional<T> ReadObject(const Json& json, const std::string& place, std::vector<Fault>& faults, Read&& read)
+{
+    T value;
+    ObjectReader reader(json, place, faults);
+    read(reader, value);
+    reader.Finish();
+    return value;
+}
+
 } // namespace zelk

@@ -145,26 +145,22 @@ std::optional<RestoreCause> ReadCause(const Json& json, const std::string& place
 
 std::optional<Restoration> ReadRestoration(const Json& json, const std::string& place, Faults& faults)
 {
-    Restoration restoration;
-    ObjectReader reader(json, place, faults);
-    reader.Require("cause", restoration.cause, ReadCause);
-    reader.Require("at", restoration.at, ReadText);
-    reader.Require("open", restoration.open, ReadTexts);
-    reader.Finish();
-    return restoration;
+    return ReadObject<Restoration>(json, place, faults, [](ObjectReader& reader, Restoration& restoration) {
+        reader.Require("cause", restoration.cause, ReadCause);
+        reader.Require("at", restoration.at, ReadText);
+        reader.Require("open", restoration.open, ReadTexts);
+    });
 }
 
 } // namespace
 
 std::optional<Changer> ReadChanger(const Json& json, const std::string& place, Faults& faults)
 {
-    Changer changer;
-    ObjectReader reader(json, place, faults);
-    reader.Require("user", changer.user, ReadText);
-    reader.Require("process", changer.process, ReadNumber);
-    reader.Require("since", changer.since, ReadText);
-    reader.Finish();
-    return changer;
+    return ReadObject<Changer>(json, place, faults, [](ObjectReader& reader, Changer& changer) {
+        reader.Require("user", changer.user, ReadText);
+        reader.Require("process", changer.process, ReadNumber);
+        reader.Require("since", changer.since, ReadText);
+    });
 }
 
 PendingChange MakePendingChange(const Machine& before, const Plan& plan)

@@ -27,7 +27,7 @@ public:
     }
     /// What netsh calls the connection.
     [[nodiscard]] std::string ConnectionName() const { return m_adapter.connectionName.value_or(NameOf(m_adapter)); }
-    /// Nothing when the steps so far let the adapter start anew: some systems number it anew then.
+    /// Nothing once a step restarts the adapter: some systems then give it another index.
     [[nodiscard]] const std::optional<std::uint32_t>& Index() const noexcept { return m_index; }
     void ForgetIndex() noexcept { m_index.reset(); }
 
