@@ -58,17 +58,19 @@ std::string RefuseAsWorkgroup(const std::string& name)
     constexpr std::size_t LONGEST = 15;
     const bool good = !name.empty() && name.size() <= LONGEST && !HasControlCharacter(name) &&
                       name.find_first_of("\"/\\[]:|<>+=;,?*") == std::string::npos && name.front() != ' ';
-    return good ? "" : "must be 1 to 15 characters without \" / \\ [ ] : | < > + = ; , ? *";
+    return good ? ""
+                : "must be 1 to 15 characters, not beginning with a space, without control characters and "
+                  "\" / \\ [ ] : | < > + = ; , ? *";
 }
 
 std::string RefuseAsConnectionName(const std::string& name)
 {
     constexpr std::size_t LONGEST = 255;
     const bool good = !name.empty() && name.size() <= LONGEST && !HasControlCharacter(name) &&
-                      name.find_first_of("\\/:*?\"<>|\t") == std::string::npos &&
+                      name.find_first_of("\\/:*?\"<>|") == std::string::npos &&
                       name.find_first_not_of(' ') != std::string::npos;
     if (!good)
-        return "must be 1 to 255 characters without \\ / : * ? \" < > |";
+        return "must be 1 to 255 characters, not only spaces, without control characters and \\ / : * ? \" < > |";
     return RefuseInCommands(name);
 }
 
