@@ -232,6 +232,29 @@ TEST(Performer, SaysWhichChangeOfTheRegistryFailed)
         }
 }
 
+TEST(Performer, SaysWhyACommandDidNotRun)
+{
+    std::string failing;
+#define PATCH_CALL(Function, ...)                                                                                      \
+    PATCH_IMPORT(Function,                                                                                             \
+                 [&](decltype(&::Function) original, auto... arguments) -> decltype(original(arguments...)) {          \
+                     ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);                                                          \
+                     return failing == #Function ? __VA_ARGS__ : original(arguments...);                               \
+                 })
+    const auto directory = PATCH_CALL(GetSystemDirectoryW, MAX_PATH + 1);
+    const auto pipe = PATCH_CALL(CreatePipe, FALSE);
+    const auto job = PATCH_CALL(CreateJobObjectW, nullptr);
+    const auto assignment = PATCH_CALL(AssignProcessToJobObject, FALSE);
+    const auto resumption = PATCH_CALL(ResumeThread, ~DWORD());
+    testing_support::Golden golden;
+    for (const char* const function : {"GetSystemDirectoryW", "CreatePipe", "CreateJobObjectW",
+                                       "AssignProcessToJobObject", "ResumeThread", "nothing"})
+    {
+        failing = function;
+        golden.Line(function, "fails:", Perform(Command{Program::NETSH, {"help"}}));
+    }
+}
+
 TEST(Apply, SaysWhyItDidNothingOrNotAll)
 {
     FakeWindows windows;

@@ -137,6 +137,31 @@ TEST(Export, LeavesOutWhatIsInUseOtherwiseThanConfigured)
     EXPECT_TRUE(PlanFor(windows.machine, exported().state).differences.empty());
 }
 
+TEST(Export, TakesNothingForInUseOfWhichNobodyKnows)
+{
+    SimulatedWindows windows = Start();
+    const DesiredState state = ExportState(windows.machine, ExportedAdapters(windows.machine), false).state;
+    Adapter& adapter = windows.Find("lan0");
+    adapter.index.reset(); // as where the table of adapters could not be read
+    for (const Family family : FAMILIES)
+    {
+        IpSettings& settings = adapter.Of(family);
+        settings.addresses.reset();
+        settings.gateways.reset();
+        settings.dnsServers.reset();
+    }
+    std::vector<Fault> faults;
+    std::string differing;
+    for (const Difference& difference : MakePlan(windows.machine, state, faults).differences)
+        differing += difference.adapter + ' ' + difference.path + '\n';
+    EXPECT_EQ(
+        "lan0 ipv4.addresses\nlan0 ipv4.gateways\nlan0 ipv4.dnsServers\nlan0 ipv6.addresses\nlan0 ipv6.gateways\n",
+        differing);
+    const DesiredAdapter exported = ExportState(windows.machine, {&adapter}, false).state.adapters.at(0);
+    EXPECT_FALSE(exported.ipv4.addresses || exported.ipv4.dnsServers || exported.ipv6.addresses ||
+                 exported.ipv6.gateways);
+}
+
 /// Whether every address that the machine has now and will have again is there in between.
 bool KeepsAddresses(const Machine& before, const Plan& plan, const Machine& now)
 {
