@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <regex>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -54,6 +56,20 @@ TEST(DllImage, VersionIsThatOfItsResource)
     velmor::string sVersion;
     EXPECT_EQ(0U, TOLVA::GetModuleProperty(TOLVA::TOLVA_GMP_VERSION, sVersion));
     EXPECT_TRUE(std::regex_match(sVersion.narrow_c_str(), std::regex("\\d+\\.\\d+\\.\\d+\\.\\d+")));
+}
+
+/// As after a load for whose back end there was no memory.
+TEST(Dll, AnswersWithoutABackEnd)
+{
+    auto* const ppBackEnd = reinterpret_cast<void**>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ZELK_NM.DLL"), "_ZN5TOLVA13m_pNetworkAPIE")));
+    ASSERT_NE(nullptr, ppBackEnd);
+    void* const pBackEnd = std::exchange(*ppBackEnd, nullptr);
+    std::vector<TOLVA::ROUTE_INFO> Routes;
+    EXPECT_FALSE(TOLVA::GetAdapterRoutes({}, Routes));
+    unsigned long ulSize = 0;
+    EXPECT_EQ(1U, TOLVA::GetTcp6Table(nullptr, ulSize, false));
+    *ppBackEnd = pBackEnd;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -16,12 +17,16 @@
 #include <objbase.h>
 
 #include <state/apply/performer.h>
+#include <state/apply/stored_form.h>
 #include <state/desired/json_form.h>
 #include <state/fake_windows.h>
+#include <state/platform/registry_keys.h>
+#include <state/platform/utf8.h>
 #include <state/reading/read_machine.h>
 #include <support/files.h>
 #include <support/golden.h>
 #include <support/import_patch.h>
+#include <support/registry_scope.h>
 #include <zelk_nm/tolva.h>
 
 using namespace zelk;
@@ -253,6 +258,39 @@ TEST(Performer, SaysWhyACommandDidNotRun)
         failing = function;
         golden.Line(function, "fails:", Perform(Command{Program::NETSH, {"help"}}));
     }
+}
+
+TEST(StoredForm, BringsBackEveryValueToTheLetter)
+{
+    using testing_support::DwordData, testing_support::StringData;
+    const auto targetOf = [](const char* guid) { return Target{*Guid::Parse(guid), {}, {}, {}}; };
+    const std::vector<Target> targets = {targetOf("{00000001-1111-2222-3333-444455556666}"),
+                                         targetOf("{00000002-1111-2222-3333-444455556666}")};
+    const auto keyOf = [](const Target& target) { return IPV4_INTERFACES + FromUtf8(target.guid.ToText()); };
+    const testing_support::RegistryKeyScope key(keyOf(targets[0]));
+    std::optional<testing_support::RegistryKeyScope> gone(keyOf(targets[1]));
+    const std::map<std::wstring, testing_support::RegistryData> before = {
+        {L"EnableDHCP", DwordData(0)},
+        {L"IPAddress", testing_support::ListData({L"192.0.2.1"})},
+        {L"NameServer", StringData(L"")},
+        {L"Domain", StringData(L"example.org")},
+        {L"MTU", {}}};
+    for (const auto& [name, data] : before)
+        key.Set(L"", name, data);
+    gone->Set(L"", L"Domain", StringData(L"example.org"));
+
+    const StoredForm form(targets);
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key.Path().c_str(), L"IPAddress");
+    key.Set(L"", L"EnableDHCP", DwordData(1));
+    key.Set(L"", L"NameServer", StringData(L"", REG_EXPAND_SZ));
+    key.Set(L"", L"MTU", DwordData(1400));
+    gone.reset();
+    form.Restore();
+    for (const auto& [name, data] : before)
+        EXPECT_EQ(data, key.Get(L"", name)) << ToUtf8(name);
+    HKEY opened = nullptr;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND,
+              ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyOf(targets[1]).c_str(), 0, KEY_READ, &opened));
 }
 
 TEST(Apply, SaysWhyItDidNothingOrNotAll)

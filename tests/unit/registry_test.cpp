@@ -101,16 +101,17 @@ TEST_F(Registry, ATextThatChangesWhileItIsRead)
 {
     const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
     key.Set(L"Inner", L"v", StringData(L"four"));
-    for (const wchar_t* pszChanged : {L"longer", L"sho", L""})
+    for (const RegistryData& changed :
+         {StringData(L"longer"), StringData(L"sho"), StringData(L""), Raw(REG_EXPAND_SZ, L"five", 5 * sizeof(wchar_t))})
     {
         const auto query = PATCH_IMPORT(RegQueryValueExW, [&](auto original, HKEY hKey, const wchar_t* pszName, DWORD*,
                                                               DWORD* pType, BYTE* pData, DWORD* pSize) {
             if (pData != nullptr)
-                key.Set(L"Inner", L"v", StringData(pszChanged));
+                key.Set(L"Inner", L"v", changed);
             return original(hKey, pszName, nullptr, pType, pData, pSize);
         });
         string sText = L"before";
-        EXPECT_FALSE(system.GetString(KEY, L"v", sText)) << testing::PrintToString(pszChanged);
+        EXPECT_FALSE(system.GetString(KEY, L"v", sText)) << testing::PrintToString(changed);
         EXPECT_EQ(string(L"before"), sText);
     }
 }

@@ -98,6 +98,8 @@ TEST_F(TraceLines, TheCallFrameSpeaksForTheOperation)
     EXPECT_TRUE(frame.Succeed());
     EXPECT_FALSE(RunOperation("A::C", [](const CallFrame&) -> bool { throw std::runtime_error("oops"); }));
     EXPECT_FALSE(RunOperation("A::D", [](const CallFrame&) -> bool { throw 1; }));
+    TheTrace.SetTraceLevel(0);
+    EXPECT_FALSE(frame.Fail("X failed", "dwRc", 5)) << "unseen";
     golden->Lines(trace.Lines());
 }
 

@@ -258,7 +258,8 @@ TEST_F(TraceLog, ProgramPathsAroundTheSizeOfTheBuffer)
     for (const auto& [dwLength, dwError] : {std::pair<DWORD, DWORD>(0, ERROR_ACCESS_DENIED),
                                             {0, ERROR_SUCCESS},
                                             {0, ERROR_INSUFFICIENT_BUFFER},
-                                            {3, ERROR_ACCESS_DENIED}})
+                                            {3, ERROR_ACCESS_DENIED},
+                                            {0x10000, ERROR_INSUFFICIENT_BUFFER}}) // fits into no buffer
     {
         const auto patch = PATCH_IMPORT(GetModuleFileNameW, [&](HMODULE, wchar_t* pszText, DWORD) -> DWORD {
             std::wcscpy(pszText, L"P:\\");

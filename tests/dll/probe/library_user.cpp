@@ -38,7 +38,7 @@ void UseEverything(char* pszAnswer, std::size_t size)
         TOLVA::GetAdaptersIpAddrs(adapter, addresses);
     }
 
-    // No exported operation changes an address yet, but the back end does. There is no such adapter.
+    // The back end loads further modules when it changes something. There is no such adapter.
     TOLVA::NIC_INFO NicInfo;
     NicInfo.sNicGuid = L"{UNLOAD}";
     NicInfo.sNicPci = L"PCI\\VEN 8086&DEV_1\\\"3";
