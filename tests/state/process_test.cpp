@@ -1,8 +1,8 @@
 // Commands of the system: how they are told their arguments, and how one that does not end is ended.
 
-#include <gtest/gtest.h>
+#include <cstdlib>
 
-#include <process.h>
+#include <gtest/gtest.h>
 
 #include <state/apply/command_limit.h>
 #include <state/apply/command_line.h>
@@ -70,9 +70,13 @@ TEST(Process, IsEndedWhenTimeIsOverOrOnDemand)
 
 TEST(CommandLimit, EndsWhatAnOperationWaitsFor)
 {
-    const CommandLimit limit(std::chrono::milliseconds(300), nullptr);
-    EXPECT_NE(0, ::_wspawnlp(_P_WAIT, L"cmd", L"cmd", L"/c", L"for /L %i in (1,0,2) do @echo endless >nul", nullptr));
-    EXPECT_TRUE(limit.IsOver());
+    for (const bool cancelled : {false, true})
+    {
+        const CommandLimit limit(cancelled ? std::chrono::hours(1) : std::chrono::milliseconds(300),
+                                 [&] { return cancelled; });
+        EXPECT_EQ(ERROR_TIMEOUT, ::_wsystem(L"for /L %i in (1,0,2) do @echo endless >nul"));
+        EXPECT_NE(cancelled, limit.IsOver());
+    }
 }
 
 } // namespace
