@@ -41,9 +41,9 @@ UniqueHandle OpenAlone(const std::wstring& file, DWORD& code)
     return UniqueHandle(handle != INVALID_HANDLE_VALUE ? handle : nullptr);
 }
 
-[[noreturn]] void Fail(DWORD code)
+[[noreturn]] void Fail(DWORD code, const char* what)
 {
-    throw StateError({code, "CreateFile", "The lock on changes cannot be taken", SystemMessage(code)});
+    throw StateError({code, "CreateFile", what, SystemMessage(code)});
 }
 
 /// What nobody can read is no reason to give the lock up.
@@ -77,7 +77,7 @@ std::optional<ChangeLock> ChangeLock::Take(const std::wstring& folder, std::chro
             return ChangeLock(std::move(file));
         }
         if (code != ERROR_SHARING_VIOLATION)
-            Fail(code);
+            Fail(code, "The lock on changes cannot be taken");
         if (Clock::now() >= end || (isCancelled && isCancelled()))
             return std::nullopt;
         std::this_thread::sleep_for(INTERVAL);
@@ -114,7 +114,7 @@ LifeSign::LifeSign(const std::wstring& file)
         m_file = OpenAlone(file, code);
     }
     if (!m_file)
-        Fail(code);
+        Fail(code, "The watch cannot open the file that shows that it is running");
 }
 
 bool LifeSign::IsGiven(const std::wstring& file)

@@ -74,6 +74,8 @@ private:
         auto record = LoadPendingChange(m_folder, m_id);
         if (!record || record->change)
             m_known = record ? std::move(record->change) : std::nullopt;
+        if (m_known && m_restartedAt)
+            m_known->waitingSince = m_restartedAt;
         return m_known;
     }
 
@@ -112,8 +114,8 @@ private:
         {
         case Due::NOTHING: return std::nullopt;
         case Due::RESTART_TIME:
-            change.waitingSince = ClockNow();
-            StorePendingChange(m_folder, change);
+            change.waitingSince = m_restartedAt = ClockNow();
+            Note(change);
             m_isLate = false;
             return std::nullopt;
         default: return Restore(change);
@@ -154,6 +156,8 @@ private:
     std::optional<PendingChange> m_known;
     /// It has begun after the change was done, as after a restart of the machine: the clock may have started anew too.
     bool m_isLate = false;
+    /// When this watch has let the time to confirm start anew, which the record need not say.
+    std::optional<std::uint64_t> m_restartedAt;
     int m_attempts = 0;
 };
 
