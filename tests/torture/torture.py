@@ -8,6 +8,8 @@ and ends with another exit code than 0 where there is such a thing.
 
 import argparse
 import datetime
+import os
+import signal
 import subprocess
 import sys
 import time
@@ -16,6 +18,7 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 TOP = HERE.parent.parent
+FUZZ_PART = 5 / 9  # of the minutes: 20 seconds for each parser in three minutes
 
 
 @dataclass(frozen=True)
@@ -43,13 +46,28 @@ STEPS: dict[str, Step] = {
 }
 
 
-def run_step(step: Step, seed: int, seconds: int) -> bool:
+def start(name: str, seed: int, seconds: int, *before: str) -> subprocess.Popen:
+    return subprocess.Popen([*before, *STEPS[name].command, str(seed), str(seconds)], stdout=subprocess.PIPE, text=True,
+                            start_new_session=True)
+
+
+def stop(process: subprocess.Popen) -> None:
+    if process.poll() is None:
+        os.killpg(process.pid, signal.SIGTERM)
+
+
+def show(name: str, process: subprocess.Popen, begin: float, seed: int) -> bool:
     """Prints the step's figures as they come. False when something should not be."""
-    with subprocess.Popen([*step.command, str(seed), str(seconds)], stdout=subprocess.PIPE, text=True) as process:
-        for line in process.stdout:
-            name, tab, value = line.rstrip().partition("\t")
-            print(f"  {name:<60} {value}" if tab else f"  {line.rstrip()}", flush=True)
-    return process.returncode == 0
+    print(f"{name}: {STEPS[name].about}", flush=True)
+    for line in process.stdout:
+        figure, tab, value = line.rstrip().partition("\t")
+        print(f"  {figure:<60} {value}" if tab else f"  {line.rstrip()}", flush=True)
+    if process.wait() != 0:
+        print(f"torture: {name} found what should not be; repeat it with: ./torture {name} --seed {seed}",
+              file=sys.stderr)
+        return False
+    print(f"  {'time':<60} {time.monotonic() - begin:.0f} s", flush=True)
+    return True
 
 
 def arguments() -> argparse.Namespace:
@@ -60,7 +78,8 @@ def arguments() -> argparse.Namespace:
     parser.add_argument("steps", nargs="*", metavar="STEP", choices=[*STEPS, []], help="the steps to run (all)")
     parser.add_argument("--seed", type=int, default=int(datetime.date.today().strftime("%Y%m%d")),
                         help="of the random choices (today's date)")
-    parser.add_argument("--minutes", type=float, default=0, help="shared among the steps (each does all of its work)")
+    parser.add_argument("--minutes", type=float, default=0,
+                        help="shared among the steps; fuzz runs beside them (each does all of its work)")
     return parser.parse_args()
 
 
@@ -68,15 +87,31 @@ def run_steps(names: list[str], args: argparse.Namespace) -> bool:
     """False after the first one that finds something."""
     parts = sum(STEPS[name].share for name in names)
     for name in names:
-        print(f"{name}: {STEPS[name].about}", flush=True)
-        begin = time.monotonic()
         seconds = max(1, round(args.minutes * 60 * STEPS[name].share / parts)) if args.minutes else 0
-        if not run_step(STEPS[name], args.seed, seconds):
-            print(f"torture: {name} found what should not be; repeat it with: ./torture {name} --seed {args.seed}",
-                  file=sys.stderr)
-            return False
-        print(f"  {'time':<60} {time.monotonic() - begin:.0f} s", flush=True)
+        begin = time.monotonic()
+        with start(name, args.seed, seconds) as process:
+            try:
+                if not show(name, process, begin, args.seed):
+                    return False
+            finally:
+                stop(process)
     return True
+
+
+def run_all(names: list[str], args: argparse.Namespace) -> bool:
+    """The parsers are tried beside the other steps, which mostly wait, unless it is for hours; then only compiled."""
+    others = [name for name in names if name != "fuzz"]
+    if "fuzz" not in names or not others:
+        return run_steps(names, args)
+    if not args.minutes:
+        with subprocess.Popen(["nice", HERE / "fuzz/fuzz.py", "--build"]):
+            return run_steps([*others, "fuzz"], args)
+    begin = time.monotonic()
+    with start("fuzz", args.seed, max(1, round(args.minutes * 60 * FUZZ_PART)), "nice") as parsers:
+        try:
+            return run_steps(others, args) and show("fuzz", parsers, begin, args.seed)
+        finally:
+            stop(parsers)
 
 
 def main() -> int:
@@ -85,11 +120,7 @@ def main() -> int:
     print(f"seed {args.seed}", flush=True)
     if subprocess.run([TOP / "scripts/build.sh", "release", "zelk_torture"], check=False).returncode != 0:
         return 1
-    if "fuzz" not in names:
-        return 0 if run_steps(names, args) else 1
-    # Its programs take minutes to compile. They do so while the steps before it, which mostly wait, run.
-    with subprocess.Popen(["nice", HERE / "fuzz/fuzz.py", "--build"]):
-        return 0 if run_steps(names, args) else 1
+    return 0 if run_all(names, args) else 1
 
 
 if __name__ == "__main__":

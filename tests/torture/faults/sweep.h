@@ -73,6 +73,5 @@ private:
     Resources m_before = {};
     std::set<Place> m_known;          ///< places that an operation has been tried with
     std::set<unsigned int> m_taken;   ///< operations that have had a turn
-    std::set<unsigned int> m_failing; ///< operations that fail in any case
     std::map<std::string, unsigned long long> m_figures;
 };
