@@ -265,7 +265,20 @@ void PlanIdentity(const Identity& now, const DesiredIdentity& wanted, std::vecto
     plan(wanted.workgroup, now.workgroup, "workgroup", LibraryOperation::SET_WORKGROUP_NAME, "identity.workgroup");
 }
 
-/// What goes or stays with a change although nothing is said about it.
+/// A difference of an adapter that is there, which no step concerns.
+bool IsOutOfReach(const Machine& machine, const Plan& plan, const Difference& difference)
+{
+    return std::ranges::any_of(plan.targets,
+                               [&](const Target& target) {
+                                   return target.name == difference.adapter && FindAdapter(machine, target.guid);
+                               }) &&
+           std::ranges::none_of(plan.steps, [&](const Step& step) {
+               return step.adapter == difference.adapter &&
+                      std::ranges::find(step.touches, difference.path) != step.touches.end();
+           });
+}
+
+/// What goes or stays with a change although nothing is said about it, and what does not change.
 void AddNotes(const Machine& machine, Plan& plan)
 {
     for (const Target& target : plan.targets)
@@ -286,9 +299,14 @@ void AddNotes(const Machine& machine, Plan& plan)
             plan.notes.push_back(target.name + ": static gateways may stay; \"gateways\": [] removes them.");
     }
     for (const Difference& difference : plan.differences)
+    {
+        if (IsOutOfReach(machine, plan, difference))
+            plan.notes.push_back(difference.adapter + ": no step changes " + difference.path +
+                                 ", which is configured as it should be; what is in use differs or is unknown.");
         if (difference.path == "ipv4.dnsSuffix" || difference.path == "ipv4.netbios")
             plan.notes.push_back(difference.adapter + ": " + difference.path +
                                  " is stored; the system may not use it until the adapter has been restarted.");
+    }
     if (std::ranges::any_of(plan.differences, [](const Difference& difference) {
             return difference.path == "identity.computerName" || difference.path == "identity.primaryDnsSuffix";
         }))

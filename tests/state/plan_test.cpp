@@ -152,11 +152,16 @@ TEST(Export, TakesNothingForInUseOfWhichNobodyKnows)
     }
     std::vector<Fault> faults;
     std::string differing;
-    for (const Difference& difference : MakePlan(windows.machine, state, faults).differences)
+    const Plan plan = MakePlan(windows.machine, state, faults);
+    for (const Difference& difference : plan.differences)
         differing += difference.adapter + ' ' + difference.path + '\n';
     EXPECT_EQ(
         "lan0 ipv4.addresses\nlan0 ipv4.gateways\nlan0 ipv4.dnsServers\nlan0 ipv6.addresses\nlan0 ipv6.gateways\n",
         differing);
+    EXPECT_EQ(4u, plan.notes.size()) << "for all but the servers, which can be set again";
+    EXPECT_EQ("lan0: no step changes ipv4.addresses, which is configured as it should be; what is in use differs or is "
+              "unknown.",
+              plan.notes.at(0));
     const DesiredAdapter exported = ExportState(windows.machine, {&adapter}, false).state.adapters.at(0);
     EXPECT_FALSE(exported.ipv4.addresses || exported.ipv4.dnsServers || exported.ipv6.addresses ||
                  exported.ipv6.gateways);
