@@ -20,9 +20,10 @@ bool IsLabel(std::string_view text) noexcept
            std::ranges::all_of(text, IsLabelCharacter);
 }
 
+/// The text is not empty.
 bool IsNumber(std::string_view text) noexcept
 {
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+    return text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 bool HasControlCharacter(std::string_view text) noexcept

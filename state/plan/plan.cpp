@@ -302,7 +302,7 @@ void AddNotes(const Machine& machine, Plan& plan)
     {
         if (IsOutOfReach(machine, plan, difference))
             plan.notes.push_back(difference.adapter + ": no step changes " + difference.path +
-                                 ", which is configured as it should be; what is in use differs or is unknown.");
+                                 ": what is configured is as it should be, or cannot be read.");
         if (difference.path == "ipv4.dnsSuffix" || difference.path == "ipv4.netbios")
             plan.notes.push_back(difference.adapter + ": " + difference.path +
                                  " is stored; the system may not use it until the adapter has been restarted.");

@@ -160,6 +160,10 @@ TEST_F(CInterface, ChangesWaitToBeConfirmed)
     EXPECT_EQ("waiting", Give(Pending).json.at(0).at("phase"));
     EXPECT_EQ("of the tests", Give(Pending).json.at(0).at("label"));
     EXPECT_EQ(ZELK_STATE_BUSY, Apply(START).iCode);
+    {
+        const StandIn refuses("ZELK_REFUSED", "set dnsservers");
+        EXPECT_EQ(ZELK_STATE_NOT_VERIFIED, Restore(R"({"timeout": 1})").iCode);
+    }
     EXPECT_EQ(ZELK_STATE_DONE, Restore(OPTIONS).iCode);
     EXPECT_EQ(m_sBefore, Kernel());
 

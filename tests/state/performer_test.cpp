@@ -246,7 +246,7 @@ TEST(Performer, SaysWhyACommandDidNotRun)
                      ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);                                                          \
                      return failing == #Function ? __VA_ARGS__ : original(arguments...);                               \
                  })
-    const auto directory = PATCH_CALL(GetSystemDirectoryW, MAX_PATH + 1);
+    const auto directory = PATCH_CALL(GetSystemDirectoryW, 0);
     const auto pipe = PATCH_CALL(CreatePipe, FALSE);
     const auto job = PATCH_CALL(CreateJobObjectW, nullptr);
     const auto assignment = PATCH_CALL(AssignProcessToJobObject, FALSE);

@@ -100,10 +100,10 @@ TEST_F(Registry, ReadsWhateverLiesThere)
 TEST_F(Registry, ATextThatChangesWhileItIsRead)
 {
     const RegistryKeyScope key(L"SYSTEM\\ZelkTest");
-    key.Set(L"Inner", L"v", StringData(L"four"));
     for (const RegistryData& changed :
          {StringData(L"longer"), StringData(L"sho"), StringData(L""), Raw(REG_EXPAND_SZ, L"five", 5 * sizeof(wchar_t))})
     {
+        key.Set(L"Inner", L"v", StringData(L"four"));
         const auto query = PATCH_IMPORT(RegQueryValueExW, [&](auto original, HKEY hKey, const wchar_t* pszName, DWORD*,
                                                               DWORD* pType, BYTE* pData, DWORD* pSize) {
             if (pData != nullptr)
