@@ -8,7 +8,6 @@
 #include <state/apply/command_line.h>
 #include <state/apply/process.h>
 #include <support/files.h>
-#include <support/import_patch.h>
 
 #include <windows.h>
 
@@ -67,8 +66,6 @@ TEST(Process, IsEndedWhenTimeIsOverOrOnDemand)
     EXPECT_LE(late.output.size(), 65536u);
     const auto stopped = RunSystemProgram(L"cmd.exe", endless, std::chrono::seconds(60), [] { return true; });
     EXPECT_TRUE(stopped.cancelled);
-    const auto job = PATCH_IMPORT(AssignProcessToJobObject, [](auto...) -> BOOL { return FALSE; });
-    EXPECT_TRUE(RunSystemProgram(L"cmd.exe", endless, std::chrono::seconds(60), [] { return true; }).cancelled);
 }
 
 TEST(CommandLimit, EndsWhatAnOperationWaitsFor)

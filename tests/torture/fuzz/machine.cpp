@@ -21,6 +21,13 @@ Adapter MakeAdapter(std::uint32_t index)
     adapter.enabled = adapter.present = adapter.ipv4.enabled = adapter.ipv6.enabled = true;
     adapter.ipv4.dhcp = adapter.ipv4.configured.dhcp = false;
     adapter.routes.emplace();
+    for (const Family family : FAMILIES)
+    {
+        IpSettings& ip = adapter.Of(family);
+        ip.configured.addresses.emplace(), ip.addresses.emplace();
+        ip.configured.gateways.emplace(), ip.gateways.emplace();
+        ip.configured.dnsServers = Automatic(), ip.dnsServers.emplace();
+    }
     return adapter;
 }
 
@@ -28,10 +35,10 @@ Machine MakeMachine()
 {
     Machine machine;
     machine.adapters = {MakeAdapter(0), MakeAdapter(1)};
-    ConfiguredIp& ipv4 = machine.adapters[0].ipv4.configured;
-    ipv4.addresses = {*IpPrefix::Parse("192.0.2.10/24")};
-    ipv4.gateways = {{*IpAddress::Parse("192.0.2.1"), 5}};
-    ipv4.dnsServers = Automatic();
+    IpSettings& ipv4 = machine.adapters[0].ipv4;
+    ipv4.configured.addresses = {*IpPrefix::Parse("192.0.2.10/24")};
+    ipv4.addresses = {{*IpAddress::Parse("192.0.2.10"), 24, AddressOrigin::MANUAL, DadState::PREFERRED, {}, {}}};
+    ipv4.configured.gateways = ipv4.gateways = {{*IpAddress::Parse("192.0.2.1"), 5}};
     return machine;
 }
 
