@@ -17,12 +17,13 @@
 #include <state/reading/read_machine.h>
 #include <support/files.h>
 #include <support/golden.h>
+#include <support/registry_json.h>
 
 using namespace zelk;
+using testing_support::DataOf;
 using testing_support::DwordData;
 using testing_support::RegistryData;
 using testing_support::SetValue;
-using testing_support::StringData;
 
 namespace
 {
@@ -170,16 +171,6 @@ Json ReadLists(const std::wstring& name)
 std::wstring Text(const Json& text)
 {
     return FromUtf8(text.get<std::string>());
-}
-
-/// Of a type, and a number, a text or bytes.
-RegistryData DataOf(const Json& value)
-{
-    if (value[1].is_array())
-        return {value[0], value[1]};
-    RegistryData data = value[1].is_number() ? DwordData(value[1]) : StringData(Text(value[1]));
-    data.dwType = value[0];
-    return data;
 }
 
 /// Values by their keys.

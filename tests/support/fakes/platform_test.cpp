@@ -10,6 +10,7 @@
 #include <regex>
 #include <utility>
 
+#include <support/registry_json.h>
 #include <support/trace/call_frame.h>
 
 #include <setupapi.h>
@@ -308,6 +309,25 @@ void PlatformTest::Seed(const std::wstring& sKey, const std::wstring& sName, con
         ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, sKey.c_str(), sName.c_str());
     else
         key->Set(L"", sName, data);
+}
+
+void PlatformTest::Arrange(const nlohmann::json& step)
+{
+    codes = step.value("codes", codes);
+    refused = step.value("refused", refused);
+    missing = step.value("missing", missing);
+    oldAdapters = step.value("oldAdapters", oldAdapters);
+    routes = step.value("routes", routes);
+    addresses = step.value("addresses", addresses);
+    ulIndex = step.value("index", ulIndex);
+    dwLowestMetric = step.value("lowestMetric", dwLowestMetric);
+    iFailWrite = step.value("failWrite", iFailWrite);
+    if (step.contains("level"))
+        TheTrace.SetTraceLevel(step["level"]);
+    const auto registry = step.value("registry", nlohmann::json::object());
+    for (const auto& [sKey, values] : registry.items())
+        for (const auto& [sName, value] : values.items())
+            Seed(Wide(sKey), Wide(sName), DataOf(value));
 }
 
 void PlatformTest::SeedAdapter()

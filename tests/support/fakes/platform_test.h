@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <support/golden.h>
 #include <support/import_patch.h>
@@ -52,6 +53,7 @@ struct FakeRoute
     DWORD dwMetric = 1;
     [[nodiscard]] const std::string& OfFamily() const { return sNextHop; }
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeRoute, dwIndex, sDestination, prefix, sNextHop, dwMetric)
 
 /// A unicast address of the platform, likewise.
 struct FakeAddress
@@ -65,6 +67,8 @@ struct FakeAddress
     ULONG ulScope = 0;
     [[nodiscard]] const std::string& OfFamily() const { return sAddress; }
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeAddress, dwIndex, sAddress, prefix, wType, prefixOrigin,
+                                                suffixOrigin, dadState, ulScope)
 
 /// An entry of the platform's adapter-address table. Where the record ends, poison follows: pointers that cannot be
 /// followed and numbers that nobody wrote.
@@ -102,6 +106,9 @@ protected:
     void SeedAdapter();
     IP_ADAPTER_ADDRESSES& AddAdapter(DWORD dwIndex = 11);
 
+    /// Changes what a step in JSON says of the platform below, of the level of the trace, or of values of the registry,
+    /// which are a type and a text or a number.
+    void Arrange(const nlohmann::json& step);
     /// Forgets what has been asked and traced.
     void Begin();
     /// The requests since then, each in a line that begins with "> ".
