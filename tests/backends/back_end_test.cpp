@@ -148,6 +148,7 @@ TEST_P(BackEnd, Takes)
         Make(bVista);
         for (const json& step : GetParam().steps)
             Take(step);
+        ExpectNothingOpen();
     };
     if (bVista)
         run();

@@ -227,6 +227,11 @@ PlatformTest::PlatformTest() : m_uiHandles(CountHandles())
 
 PlatformTest::~PlatformTest()
 {
+    ExpectNothingOpen();
+}
+
+void PlatformTest::ExpectNothingOpen() const
+{
     EXPECT_EQ(m_uiHandles, CountHandles()) << "handles are still open";
     EXPECT_TRUE(m_tables.empty()) << "a table is still allocated";
 }
@@ -285,6 +290,7 @@ void PlatformTest::InNewProcess(const std::string& sPart, const std::function<vo
         golden = std::make_unique<Golden>(sPart);
         body();
         golden.reset();
+        m_keys.clear();
         trace.Empty();
         std::exit(HasFailure() ? 1 : 0);
     };

@@ -127,6 +127,8 @@ protected:
     /// it tells is a golden text of its own.
     void InNewProcess(const std::string& sPart, const std::function<void()>& body);
 
+    void ExpectNothingOpen() const; ///< holds at a case's end
+
     std::map<std::string, std::deque<DWORD>> codes; ///< forced results of a function's next calls
     std::vector<std::string> refused;               ///< words of requests that fail
     std::set<std::string> missing;                  ///< modules and exports that this system does not have
