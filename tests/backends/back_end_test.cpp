@@ -4,7 +4,6 @@
 #include <backends/pre_vista_api.h>
 #include <backends/vista_api.h>
 #include <support/fakes/platform_test.h>
-#include <support/files.h>
 #include <support/registry_json.h>
 
 using namespace testing_support;
@@ -126,7 +125,7 @@ void PrintTo(const Case& one, std::ostream* pStream)
 std::vector<Case> Cases()
 {
     std::vector<Case> cases;
-    const json all = json::parse(ReadFileBytes(BesideProgram(L"golden/backends/steps.json")));
+    const json all = StepsOf("backends");
     for (const auto& [sGenerations, groups] : all.items())
         for (const std::string& sWindows : Words(sGenerations))
             for (const auto& [sName, steps] : groups.items())

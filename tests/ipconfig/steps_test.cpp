@@ -2,7 +2,6 @@
 
 #include <map>
 
-#include <support/files.h>
 #include <support/registry_json.h>
 
 #include "ipconfig_test.h"
@@ -12,20 +11,6 @@ using nlohmann::json;
 
 namespace
 {
-
-json Groups()
-{
-    return json::parse(ReadFileBytes(BesideProgram(L"golden/ipconfig/steps.json")));
-}
-
-std::vector<std::string> GroupNames()
-{
-    std::vector<std::string> names;
-    const json groups = Groups();
-    for (const auto& group : groups.items())
-        names.push_back(group.key());
-    return names;
-}
 
 /// In the golden text: what the library answers and stores, asks of the platform and traces.
 class Ipconfig : public IpconfigTest, public testing::WithParamInterface<std::string>
@@ -115,12 +100,13 @@ private:
         {"ReturnDnsToDhcp", OfFamily(&TOLVA::ReturnDnsToDhcp)},
     };
 };
-INSTANTIATE_TEST_SUITE_P(, Ipconfig, testing::ValuesIn(GroupNames()), [](const auto& param) { return param.param; });
+INSTANTIATE_TEST_SUITE_P(, Ipconfig, testing::ValuesIn(NamesIn(StepsOf("ipconfig"))),
+                         [](const auto& param) { return param.param; });
 
 TEST_P(Ipconfig, Takes)
 {
     InNewProcess("", [this] {
-        const json group = Groups()[GetParam()];
+        const json group = StepsOf("ipconfig")[GetParam()];
         for (json step : group["steps"])
         {
             step.insert(group["each"].begin(), group["each"].end());

@@ -10,6 +10,7 @@
 #include <regex>
 #include <utility>
 
+#include <support/files.h>
 #include <support/registry_json.h>
 #include <support/trace/call_frame.h>
 
@@ -211,6 +212,19 @@ std::vector<std::string> Words(const std::string& sText)
 {
     std::istringstream stream(sText);
     return {std::istream_iterator<std::string>(stream), {}};
+}
+
+nlohmann::json StepsOf(const std::string& sSuite)
+{
+    return nlohmann::json::parse(ReadFileBytes(BesideProgram(L"golden") / sSuite / L"steps.json"));
+}
+
+std::vector<std::string> NamesIn(const nlohmann::json& groups)
+{
+    std::vector<std::string> names;
+    for (const auto& group : groups.items())
+        names.push_back(group.key());
+    return names;
 }
 
 PlatformTest::PlatformTest() : m_uiHandles(CountHandles())

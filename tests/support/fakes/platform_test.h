@@ -43,6 +43,10 @@ inline velmor::ip_address Ip(const std::string& sAddress)
 /// What blanks separate.
 std::vector<std::string> Words(const std::string& sText);
 
+/// What golden/SUITE/steps.json holds: groups of steps, by name.
+nlohmann::json StepsOf(const std::string& sSuite);
+std::vector<std::string> NamesIn(const nlohmann::json& groups);
+
 /// A route of the platform, in the tables of both generations; those before Vista have IPv4 only.
 struct FakeRoute
 {
