@@ -6,9 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <support/registry_json.h>
+
 using testing_support::DwordData;
 using testing_support::SetValue;
 using testing_support::StringData;
+using testing_support::Wide;
 
 namespace
 {
@@ -17,11 +20,6 @@ FakeWindows* theWindows = nullptr;
 constexpr ULONG NO_MASK = 0xFF00FF;
 constexpr BYTE FOREIGN = 0xCD; ///< what lies where a shorter record has ended
 const auto DEVICES = reinterpret_cast<HDEVINFO>(0x1234);
-
-std::wstring Wide(const std::string& text)
-{
-    return {text.begin(), text.end()};
-}
 
 DWORD CopyText(const std::wstring& text, wchar_t* buffer, DWORD size, DWORD* needed)
 {
@@ -158,7 +156,7 @@ SOCKADDR_INET SocketInet(const std::string& text)
     return socket;
 }
 
-FakeAdapter MakeAdapter(ULONG index, const std::wstring& name)
+FakeAdapter MakeAdapter(ULONG index, const std::string& name)
 {
     FakeAdapter adapter;
     adapter.index = index;
@@ -166,6 +164,7 @@ FakeAdapter MakeAdapter(ULONG index, const std::wstring& name)
     std::snprintf(guid, sizeof(guid), "{%08lX-1111-2222-3333-444455556666}", index);
     adapter.guid = guid;
     adapter.name = name;
+    adapter.subkey = std::to_string(10000 + index).substr(1);
     return adapter;
 }
 
@@ -189,6 +188,17 @@ FakeWindows::FakeWindows()
     PatchRegistry();
 }
 
+FakeWindows::FakeWindows(const nlohmann::json& machine) : FakeWindows()
+{
+    adapters = machine.at("adapters");
+    devices = machine.at("devices");
+    routes = machine.at("routes");
+    for (const char* const list : {"adapters", "absent"})
+        for (const FakeAdapter adapter : machine.at(list))
+            if (!adapter.subkey.empty())
+                Install(adapter);
+}
+
 FakeWindows::~FakeWindows()
 {
     EXPECT_EQ(0, liveTables) << "tables that were not freed";
@@ -201,16 +211,17 @@ FakeWindows::~FakeWindows()
     theWindows = nullptr;
 }
 
-void FakeWindows::Install(const FakeAdapter& adapter, const std::wstring& subkey)
+void FakeWindows::Install(const FakeAdapter& adapter)
 {
+    const std::wstring subkey = Wide(adapter.subkey);
     const std::wstring classKey = CONTROL + L"Class" + NETWORK + subkey;
     SetValue(classKey, L"NetCfgInstanceId", StringData(Wide(adapter.guid)));
-    SetValue(classKey, L"DriverDesc", StringData(L"Driver of " + adapter.name));
+    SetValue(classKey, L"DriverDesc", StringData(L"Driver of " + Wide(adapter.name)));
     SetValue(classKey, L"DriverVersion", StringData(L"12.19.1.37"));
     SetValue(classKey, L"DriverDate", StringData(L"4-21-2022"));
     SetValue(classKey, L"Characteristics", DwordData(adapter.hardware ? 0x84 : 0x29));
     const std::wstring connection = CONTROL + L"Network" + NETWORK + Wide(adapter.guid) + L"\\Connection";
-    SetValue(connection, L"Name", StringData(adapter.name));
+    SetValue(connection, L"Name", StringData(Wide(adapter.name)));
     SetValue(connection, L"PnpInstanceID", StringData(L"PCI\\" + subkey));
     SetValue(Ipv4Key(adapter), L"EnableDHCP", DwordData(adapter.dhcp ? 1 : 0));
     SetValue(Ipv6Key(adapter), L"Dhcpv6State", DwordData(0));
@@ -305,8 +316,9 @@ void FakeWindows::Fill(const FakeAdapter& adapter, IP_ADAPTER_ADDRESSES& record)
     record.IfIndex = adapter.ipv4 || majorVersion >= 6 ? adapter.index : 0;
     record.Ipv6IfIndex = adapter.ipv6 ? adapter.index : 0;
     record.AdapterName = adapter.guid.empty() ? nullptr : const_cast<char*>(adapter.guid.c_str());
-    record.FriendlyName = record.Description =
-        adapter.name.empty() ? nullptr : const_cast<wchar_t*>(adapter.name.c_str());
+    const auto name = std::make_shared<std::wstring>(Wide(adapter.name));
+    m_memory.push_back(name);
+    record.FriendlyName = record.Description = name->empty() ? nullptr : name->data();
     record.DnsSuffix = const_cast<wchar_t*>(L"example.org");
     record.Dhcpv6ClientDuidLength = adapter.duidLength;
     record.PhysicalAddressLength = 6;
@@ -450,7 +462,7 @@ void FakeWindows::PatchDevices()
                   const DWORD code = Count("SetupDiGetDeviceInstanceId");
                   ::SetLastError(code);
                   return code == NO_ERROR &&
-                         CopyText(devices[data->DevInst].instance, text, size * 2, needed) == NO_ERROR;
+                         CopyText(Wide(devices[data->DevInst].instance), text, size * 2, needed) == NO_ERROR;
               });
     ADD_PATCH(m_patches, SetupDiGetDeviceRegistryPropertyW,
               [this](HDEVINFO, SP_DEVINFO_DATA* data, DWORD property, DWORD* type, BYTE* buffer, DWORD size,
@@ -462,7 +474,7 @@ void FakeWindows::PatchDevices()
                   const bool driver = property == SPDRP_DRIVER;
                   if ((driver ? device.driver : device.description).empty())
                       return ::SetLastError(ERROR_INVALID_DATA), FALSE;
-                  const std::wstring text = driver ? NETWORK.substr(1) + device.driver : device.description;
+                  const std::wstring text = driver ? NETWORK.substr(1) + Wide(device.driver) : Wide(device.description);
                   ::SetLastError(CopyText(text, reinterpret_cast<wchar_t*>(buffer), size, needed));
                   return ::GetLastError() == NO_ERROR;
               });

@@ -17,6 +17,7 @@
 #include <dsrole.h>
 #include <setupapi.h>
 
+#include <nlohmann/json.hpp>
 #include <state/values/ip_prefix.h>
 #include <support/import_patch.h>
 #include <support/registry_scope.h>
@@ -30,13 +31,15 @@ struct FakeAddress
     ULONG lifetime = 0xFFFFFFFF;
     NL_DAD_STATE dadState = IpDadStatePreferred;
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeAddress, prefix, prefixOrigin, suffixOrigin, lifetime, dadState)
 
 /// An adapter as the tables of IP Helper show it.
 struct FakeAdapter
 {
     ULONG index = 0;
-    std::string guid;  ///< empty: none
-    std::wstring name; ///< empty: none
+    std::string guid;   ///< empty: none
+    std::string name;   ///< empty: none
+    std::string subkey; ///< of the class, where it is installed
     bool ipv4 = true;
     bool ipv6 = true;
     bool dhcp = false;
@@ -52,17 +55,21 @@ struct FakeAdapter
     std::vector<FakeAddress> addresses = {};
     std::vector<std::string> dnsServers = {};
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeAdapter, index, guid, name, subkey, ipv4, ipv6, dhcp, type, status,
+                                                media, filter, hardware, old, prefixes, duidLength, dhcpServer,
+                                                addresses, dnsServers)
 
 /// An installed device, as the device installer knows it.
 struct FakeDevice
 {
-    std::wstring instance;
-    std::wstring driver; ///< "0007", or empty
+    std::string instance;
+    std::string driver; ///< "0007", or empty
     ULONG problem = 0;
     CONFIGRET result = CR_SUCCESS;
-    std::wstring description = L"A device";
+    std::string description = "A device";
     DWORD type = REG_SZ; ///< of its properties
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeDevice, instance, driver, problem, result, description, type)
 
 struct FakeRoute
 {
@@ -75,6 +82,8 @@ struct FakeRoute
     ADDRESS_FAMILY otherFamily = 0; ///< by how much the family in its row is wrong
     BYTE excess = 0;                ///< by how much its prefix length is
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeRoute, destination, nextHop, index, metric, protocol, origin,
+                                                otherFamily, excess)
 
 /// A Windows with the tables and devices that a test puts into it, in place of the machine's while it lives. It behaves
 /// as documented: sizes are asked for, tables are allocated and freed, functions of newer systems are missing on older
@@ -83,6 +92,8 @@ class FakeWindows
 {
 public:
     FakeWindows();
+    /// With the lists "adapters", "absent" ones that are only installed, "devices" and "routes".
+    explicit FakeWindows(const nlohmann::json& machine);
     FakeWindows(const FakeWindows&) = delete;
     FakeWindows& operator=(const FakeWindows&) = delete;
     ~FakeWindows();
@@ -103,7 +114,7 @@ public:
     std::wstring deniedKey;                ///< a key with this in its path cannot be opened
 
     /// Writes what an installed system has of an adapter: its class subkey, its connection, the keys of TCP/IP.
-    void Install(const FakeAdapter& adapter, const std::wstring& subkey);
+    void Install(const FakeAdapter& adapter);
     [[nodiscard]] int AllCalls() const;
 
     // What the looked-up functions are led to.
@@ -140,8 +151,8 @@ inline const std::wstring SERVICES = L"SYSTEM\\CurrentControlSet\\services\\";
 std::wstring Ipv4Key(const FakeAdapter& adapter);
 std::wstring Ipv6Key(const FakeAdapter& adapter);
 
-/// An adapter with this index, its GUID made of it.
-FakeAdapter MakeAdapter(ULONG index, const std::wstring& name);
+/// An adapter with this index, its GUID and its subkey made of it.
+FakeAdapter MakeAdapter(ULONG index, const std::string& name);
 
 /// Of no family for "none".
 SOCKADDR_INET SocketInet(const std::string& text);

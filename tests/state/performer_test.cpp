@@ -170,10 +170,10 @@ struct Library
 
 TEST(Performer, CallsTheLibraryAndAwaitsTheDevice)
 {
-    FakeAdapter adapter = MakeAdapter(3, L"lan");
+    FakeAdapter adapter = MakeAdapter(3, "lan");
     adapter.guid = GUID_TEXT;
     std::optional<FakeWindows> windows(std::in_place);
-    windows->Install(adapter, L"0003");
+    windows->Install(adapter);
     const Machine machine = ReadMachine();
     Library library;
     testing_support::Golden golden;
@@ -296,7 +296,7 @@ TEST(StoredForm, BringsBackEveryValueToTheLetter)
 TEST(Apply, SaysWhyItDidNothingOrNotAll)
 {
     FakeWindows windows;
-    windows.Install(MakeAdapter(3, L"lan"), L"0003");
+    windows.Install(MakeAdapter(3, "lan"));
     Machine machine = ReadMachine();
     const Library library;
     std::vector<Fault> faults;

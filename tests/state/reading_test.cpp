@@ -17,12 +17,13 @@
 #include <state/reading/read_machine.h>
 #include <support/files.h>
 #include <support/golden.h>
+#include <support/registry_json.h>
 
 using namespace zelk;
+using testing_support::DataOf;
 using testing_support::DwordData;
 using testing_support::RegistryData;
 using testing_support::SetValue;
-using testing_support::StringData;
 
 namespace
 {
@@ -77,42 +78,14 @@ std::string Changes(const Leaves& before, const Leaves& after)
     return text;
 }
 
-void AddDevice(FakeWindows& windows, const FakeAdapter& adapter, ULONG problem = 0, CONFIGRET result = CR_SUCCESS)
+Json ReadLists(const std::wstring& name)
 {
-    const std::wstring subkey = std::to_wstring(10000 + adapter.index).substr(1);
-    windows.Install(adapter, subkey);
-    windows.devices.push_back({L"PCI\\" + subkey, subkey, problem, result});
+    return Json::parse(testing_support::ReadFileBytes(testing_support::BesideProgram(L"golden/state/" + name)));
 }
-
-/// One adapter of each sort that a machine can have.
-struct Zoo : FakeWindows
-{
-    Zoo()
-    {
-        for (ULONG i = 1; i <= 9; ++i)
-            adapters.push_back(MakeAdapter(i, L"lan" + std::to_wstring(i)));
-        adapters[1].status = IfOperStatusDown; // lan2: no cable
-        adapters[1].media = MediaConnectStateDisconnected;
-        adapters[2].ipv4 = false;                     // lan3: IPv6 alone
-        adapters[3].filter = true;                    // lan4: a filter's
-        adapters[4].type = IF_TYPE_SOFTWARE_LOOPBACK; // lan5: the loopback
-        adapters[5].hardware = false;                 // lan6: hidden by its driver
-        adapters[6].status = IfOperStatusDown;        // lan7: down for another reason
-        adapters[7].status = IfOperStatusNotPresent;  // lan8: switched off, and still in the table
-        adapters[8].status = IfOperStatusNotPresent;  // lan9: failed
-        for (const auto& adapter : adapters)
-            if (!adapter.filter && adapter.type != IF_TYPE_SOFTWARE_LOOPBACK)
-                AddDevice(*this, adapter, adapter.index == 8 ? 22 : adapter.index == 9 ? 10 : 0);
-        AddDevice(*this, MakeAdapter(20, L"off"), 22);
-        AddDevice(*this, MakeAdapter(21, L"taken out"), 0, CR_NO_SUCH_DEVNODE);
-        AddDevice(*this, MakeAdapter(22, L"broken"), 43);
-        devices.push_back({L"PCI\\NEW", L"", 28});
-    }
-};
 
 TEST(Reading, FindsAdaptersInEveryState)
 {
-    const Zoo windows;
+    const FakeWindows windows(ReadLists(L"zoo.json")); // one adapter of each sort that a machine can have
     const Machine machine = ReadMachine();
     testing_support::Golden golden;
     for (const Adapter& adapter : machine.adapters)
@@ -136,7 +109,7 @@ TEST(Reading, KnowsTheWordsOfTheTablesAndTakesNewOnes)
     for (int i = 0; i < 8; ++i)
     {
         const std::string number = std::to_string(i + 1);
-        FakeAdapter adapter = MakeAdapter(static_cast<ULONG>(i) + 1, L"lan");
+        FakeAdapter adapter = MakeAdapter(static_cast<ULONG>(i) + 1, "lan");
         adapter.status = static_cast<IF_OPER_STATUS>(i);
         adapter.type = static_cast<IFTYPE>(i % 2 == 0 ? 23 + i : 131);
         adapter.addresses = {{"192.0.2." + number + "/24", static_cast<NL_PREFIX_ORIGIN>(i),
@@ -162,24 +135,9 @@ TEST(Reading, KnowsTheWordsOfTheTablesAndTakesNewOnes)
     }
 }
 
-Json ReadLists(const std::wstring& name)
-{
-    return Json::parse(testing_support::ReadFileBytes(testing_support::BesideProgram(L"golden/state/" + name)));
-}
-
 std::wstring Text(const Json& text)
 {
     return FromUtf8(text.get<std::string>());
-}
-
-/// Of a type, and a number, a text or bytes.
-RegistryData DataOf(const Json& value)
-{
-    if (value[1].is_array())
-        return {value[0], value[1]};
-    RegistryData data = value[1].is_number() ? DwordData(value[1]) : StringData(Text(value[1]));
-    data.dwType = value[0];
-    return data;
 }
 
 /// Values by their keys.
@@ -195,30 +153,7 @@ struct Office : FakeWindows
 {
     static inline const Json LISTS = ReadLists(L"office.json");
 
-    Office()
-    {
-        adapters = {MakeAdapter(3, L"static"), MakeAdapter(5, L"client \"5\u20AC\"")};
-        adapters[0].addresses = {{"192.0.2.10/24"},
-                                 {"2001:db8::10/64"},
-                                 {"2001:db8::77/64", IpPrefixOriginManual, IpSuffixOriginManual, 3600},
-                                 {"fe80::1/64", IpPrefixOriginWellKnown, IpSuffixOriginLinkLayerAddress}};
-        adapters[0].dnsServers = {"192.0.2.53", "2001:db8::53", "192.0.2.54"};
-        adapters[1].dhcp = true;
-        adapters[1].dhcpServer = "198.51.100.1";
-        adapters[1].addresses = {
-            {"198.51.100.7/25", IpPrefixOriginDhcp, IpSuffixOriginDhcp, 600},
-            {"2001:db8:1::a/64", IpPrefixOriginRouterAdvertisement, IpSuffixOriginLinkLayerAddress, 600},
-            {"2001:db8:1::b/64", IpPrefixOriginRouterAdvertisement, IpSuffixOriginRandom, 60, IpDadStateDeprecated}};
-        routes = {{"0.0.0.0/0", "192.0.2.1", 3, 5},
-                  {"0.0.0.0/0", "198.51.100.1", 5, 0, RouteProtocolNetMgmt, NlroDHCP},
-                  {"192.0.2.0/24", "0.0.0.0", 3, 256, RouteProtocolLocal},
-                  {"198.18.0.0/15", "192.0.2.2", 3, 1},
-                  {"::/0", "fe80::ff", 3, 16},
-                  {"203.0.113.0/24", "192.0.2.9", 99, 1}};
-        Install(adapters[0], L"0003");
-        Install(adapters[1], L"0005");
-        Store(LISTS["settings"]);
-    }
+    Office() : FakeWindows(LISTS["machine"]) { Store(LISTS["settings"]); }
 };
 
 /// With settings, devices and rows of tables that nobody would have made, drawn from a list.
@@ -235,19 +170,19 @@ struct OddOffice : Office
         routes.resize(6);
         for (const ULONG index : {3UL, 5UL, 7UL})
         {
-            FakeAdapter& adapter = adapters.emplace_back(FakeAdapter{
-                Odd("hasIndex") ? index : 0, Odd("hasGuid") ? MakeAdapter(index, L"").guid : std::string(Odd("guid")),
-                Text(Odd("name")), Odd("ipv4"), Odd("ipv6"), Odd("dhcp"), Odd("type"), Odd("status"), Odd("media"),
-                Odd("filter"), Odd("hardware"), Odd("old"), Odd("prefixes"), Odd("duidLength"), Odd("dhcpServer")});
+            FakeAdapter& adapter = adapters.emplace_back(Drawn<FakeAdapter>("adapter"));
+            adapter.index = Odd("hasIndex") ? index : 0;
+            adapter.guid = Odd("hasGuid") ? MakeAdapter(index, "").guid : std::string(Odd("guid"));
             adapter.dnsServers = {Odd("dnsServer"), Odd("dnsServer")};
             for (const Json& prefixes : lists["addresses"])
-                adapter.addresses.push_back(
-                    {One(prefixes), Odd("prefixOrigin"), Odd("suffixOrigin"), Odd("lifetime"), Odd("dadState")});
-            devices.push_back(
-                {L"X", Text(Odd("driver")), Odd("problem"), Odd("result"), Text(Odd("description")), Odd("texts")});
+                adapter.addresses.emplace_back(Drawn<FakeAddress>("address")).prefix = One(prefixes);
+            devices.push_back(Drawn<FakeDevice>("device"));
             for (const Json& family : lists["routes"])
-                routes.push_back({One(family["destinations"]), One(family["nextHops"]), Odd("routeIndex"),
-                                  Odd("metric"), Odd("protocol"), Odd("origin"), Odd("otherFamily"), Odd("excess")});
+            {
+                FakeRoute& route = routes.emplace_back(Drawn<FakeRoute>("route"));
+                route.destination = One(family["destinations"]);
+                route.nextHop = One(family["nextHops"]);
+            }
             StoreSettings(static_cast<wchar_t>(L'0' + index));
         }
     }
@@ -267,6 +202,14 @@ struct OddOffice : Office
 
     const Json& One(const Json& values) { return values[random() % values.size()]; }
     const Json& Odd(const char* what) { return One(lists[what]); }
+    template <class Fake>
+    Fake Drawn(const char* what)
+    {
+        nlohmann::json drawn;
+        for (const auto& [key, values] : lists[what].items())
+            drawn[key] = One(values);
+        return drawn;
+    }
 
     std::mt19937 random;
     const Json lists = ReadLists(L"odd.json");
@@ -301,8 +244,8 @@ struct OfficeWithDevices : Office
 {
     OfficeWithDevices()
     {
-        Install(MakeAdapter(7, L"off"), L"0007");
-        devices = {{L"PCI\\A", L"0003"}, {L"PCI\\B", L"0005"}, {L"PCI\\C", L"0007", 22}};
+        Install(MakeAdapter(7, "off"));
+        devices = {{"PCI\\A", "0003"}, {"PCI\\B", "0005"}, {"PCI\\C", "0007", 22}};
     }
 };
 
@@ -322,10 +265,11 @@ TEST(Reading, AsksEachTableOnceAndOfEachAdapterTheSame)
         FakeWindows windows;
         for (ULONG i = 1; i <= count; ++i)
         {
-            windows.adapters.push_back(MakeAdapter(i, L"lan" + std::to_wstring(i)));
+            windows.adapters.push_back(MakeAdapter(i, "lan" + std::to_string(i)));
             windows.adapters.back().addresses = {{"192.0.2.10/24"}};
             windows.routes.push_back({"198.18.0.0/15", "192.0.2.1", i, 1});
-            AddDevice(windows, windows.adapters.back());
+            windows.Install(windows.adapters.back());
+            windows.devices.push_back({"PCI\\" + windows.adapters.back().subkey, windows.adapters.back().subkey});
         }
         windows.calls.clear();
         EXPECT_EQ(count, ReadMachine().adapters.size());

@@ -10,6 +10,8 @@
 #include <regex>
 #include <utility>
 
+#include <support/files.h>
+#include <support/registry_json.h>
 #include <support/trace/call_frame.h>
 
 #include <setupapi.h>
@@ -212,6 +214,19 @@ std::vector<std::string> Words(const std::string& sText)
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
+nlohmann::json StepsOf(const std::string& sSuite)
+{
+    return nlohmann::json::parse(ReadFileBytes(BesideProgram(L"golden") / sSuite / L"steps.json"));
+}
+
+std::vector<std::string> NamesIn(const nlohmann::json& groups)
+{
+    std::vector<std::string> names;
+    for (const auto& group : groups.items())
+        names.push_back(group.key());
+    return names;
+}
+
 PlatformTest::PlatformTest() : m_uiHandles(CountHandles())
 {
     pCurrent = this;
@@ -225,6 +240,11 @@ PlatformTest::PlatformTest() : m_uiHandles(CountHandles())
 }
 
 PlatformTest::~PlatformTest()
+{
+    ExpectNothingOpen();
+}
+
+void PlatformTest::ExpectNothingOpen() const
 {
     EXPECT_EQ(m_uiHandles, CountHandles()) << "handles are still open";
     EXPECT_TRUE(m_tables.empty()) << "a table is still allocated";
@@ -284,6 +304,7 @@ void PlatformTest::InNewProcess(const std::string& sPart, const std::function<vo
         golden = std::make_unique<Golden>(sPart);
         body();
         golden.reset();
+        m_keys.clear();
         trace.Empty();
         std::exit(HasFailure() ? 1 : 0);
     };
@@ -308,6 +329,25 @@ void PlatformTest::Seed(const std::wstring& sKey, const std::wstring& sName, con
         ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, sKey.c_str(), sName.c_str());
     else
         key->Set(L"", sName, data);
+}
+
+void PlatformTest::Arrange(const nlohmann::json& step)
+{
+    codes = step.value("codes", codes);
+    refused = step.value("refused", refused);
+    missing = step.value("missing", missing);
+    oldAdapters = step.value("oldAdapters", oldAdapters);
+    routes = step.value("routes", routes);
+    addresses = step.value("addresses", addresses);
+    ulIndex = step.value("index", ulIndex);
+    dwLowestMetric = step.value("lowestMetric", dwLowestMetric);
+    iFailWrite = step.value("failWrite", iFailWrite);
+    if (step.contains("level"))
+        TheTrace.SetTraceLevel(step["level"]);
+    const auto registry = step.value("registry", nlohmann::json::object());
+    for (const auto& [sKey, values] : registry.items())
+        for (const auto& [sName, value] : values.items())
+            Seed(Wide(sKey), Wide(sName), DataOf(value));
 }
 
 void PlatformTest::SeedAdapter()

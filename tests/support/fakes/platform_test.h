@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <support/golden.h>
 #include <support/import_patch.h>
@@ -42,6 +43,10 @@ inline velmor::ip_address Ip(const std::string& sAddress)
 /// What blanks separate.
 std::vector<std::string> Words(const std::string& sText);
 
+/// What golden/SUITE/steps.json holds: groups of steps, by name.
+nlohmann::json StepsOf(const std::string& sSuite);
+std::vector<std::string> NamesIn(const nlohmann::json& groups);
+
 /// A route of the platform, in the tables of both generations; those before Vista have IPv4 only.
 struct FakeRoute
 {
@@ -52,6 +57,7 @@ struct FakeRoute
     DWORD dwMetric = 1;
     [[nodiscard]] const std::string& OfFamily() const { return sNextHop; }
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeRoute, dwIndex, sDestination, prefix, sNextHop, dwMetric)
 
 /// A unicast address of the platform, likewise.
 struct FakeAddress
@@ -65,6 +71,8 @@ struct FakeAddress
     ULONG ulScope = 0;
     [[nodiscard]] const std::string& OfFamily() const { return sAddress; }
 };
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(FakeAddress, dwIndex, sAddress, prefix, wType, prefixOrigin,
+                                                suffixOrigin, dadState, ulScope)
 
 /// An entry of the platform's adapter-address table. Where the record ends, poison follows: pointers that cannot be
 /// followed and numbers that nobody wrote.
@@ -102,6 +110,9 @@ protected:
     void SeedAdapter();
     IP_ADAPTER_ADDRESSES& AddAdapter(DWORD dwIndex = 11);
 
+    /// Changes what a step in JSON says of the platform below, of the level of the trace, or of values of the registry,
+    /// which are a type and a text or a number.
+    void Arrange(const nlohmann::json& step);
     /// Forgets what has been asked and traced.
     void Begin();
     /// The requests since then, each in a line that begins with "> ".
@@ -119,6 +130,8 @@ protected:
     /// Runs the body in a new process, where nothing of the library has been used yet, up to that process's end. What
     /// it tells is a golden text of its own.
     void InNewProcess(const std::string& sPart, const std::function<void()>& body);
+
+    void ExpectNothingOpen() const; ///< holds at a case's end
 
     std::map<std::string, std::deque<DWORD>> codes; ///< forced results of a function's next calls
     std::vector<std::string> refused;               ///< words of requests that fail
