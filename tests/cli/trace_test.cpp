@@ -1,4 +1,5 @@
 #include <fstream>
+#include <memory>
 #include <regex>
 
 #include "zelkctl_test.h"
@@ -26,21 +27,12 @@ std::string Replaced(std::string sText, const std::string& sOld, const std::stri
 }
 
 /// As the library writes: under its mutex. A file that is deleted while somebody reads it cannot be made again at once.
-class Turn
+std::shared_ptr<void> TakeTurn()
 {
-public:
-    Turn() : m_hMutex(::CreateMutexW(nullptr, FALSE, L"TOLVA_trace.log")) { ::WaitForSingleObject(m_hMutex, INFINITE); }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
-    ~Turn()
-    {
-        ::ReleaseMutex(m_hMutex);
-        ::CloseHandle(m_hMutex);
-    }
-
-private:
-    HANDLE m_hMutex;
-};
+    const HANDLE hMutex = ::CreateMutexW(nullptr, FALSE, L"TOLVA_trace.log");
+    ::WaitForSingleObject(hMutex, INFINITE);
+    return {hMutex, [](HANDLE hTaken) { ::ReleaseMutex(hTaken), ::CloseHandle(hTaken); }};
+}
 
 /// Another program's directory, with a trace that the tests write.
 class Trace : public ZelkctlTest
@@ -52,17 +44,17 @@ protected:
     [[nodiscard]] std::filesystem::path Rotated() const { return program / L"Logfiles" / L"TOLVA_trace.old"; }
     void Append(const std::string& sText) const
     {
-        const Turn turn;
+        const auto turn = TakeTurn();
         std::ofstream(File(), std::ios::binary | std::ios::app) << sText;
     }
     void Empty() const
     {
-        const Turn turn;
+        const auto turn = TakeTurn();
         WriteFileBytes(File(), "");
     }
     void Rotate() const
     {
-        const Turn turn;
+        const auto turn = TakeTurn();
         ASSERT_TRUE(::CopyFileW(File().c_str(), Rotated().c_str(), FALSE));
         ASSERT_TRUE(::DeleteFileW(File().c_str()));
     }

@@ -72,8 +72,7 @@ private:
             TOLVA::NIC_INFO NicInfo = Adapter();
             NicInfo.sNicPci = L"PCI\\DEV_X";
             bool bAnswer = true;
-            const bool bRc = TOLVA::CanChangeAdapterOptions(NicInfo, bAnswer);
-            return Show(bRc, bAnswer);
+            return Show(TOLVA::CanChangeAdapterOptions(NicInfo, bAnswer), bAnswer);
         }
         if (sAsk == "GetAdapterList")
             return Show(TOLVA::GetAdapterList(m_records), m_records);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <regex>
 #include <set>
 #include <string>
 
@@ -11,17 +12,14 @@
 #include <e2e/network.h>
 #include <state/fields/field.h>
 #include <state/reading/read_machine.h>
+#include <support/files.h>
+#include <support/registry_json.h>
 
-using testing_support::DwordData;
-using testing_support::ListData;
-using testing_support::RegistryData;
-using testing_support::StringData;
+using namespace testing_support;
 using zelk::Json;
 
 namespace
 {
-
-constexpr const wchar_t* SERVICES = L"SYSTEM\\CurrentControlSet\\services\\";
 
 /// What is known of an adapter, by its place in the reading's JSON.
 using Answers = std::map<std::string, Json>;
@@ -161,44 +159,33 @@ Json Told(const zelk::Adapter& adapter, bool vista)
     return json;
 }
 
-/// What an installed Windows keeps of each link, each time a little different.
+/// What an installed Windows keeps of the first link, and of each other one. "GUID" stands for the link's own, and
+/// "KEY" for its class subkey.
 class Installed
 {
 public:
     Installed()
     {
+        const Json kinds = Json::parse(ReadFileBytes(BesideProgram(L"golden/e2e/installed.json")));
         for (const Link& link : Links())
         {
+            const Json& keys = kinds[m_links.empty() ? 0 : 1];
             const std::wstring device = L"PCI\\" + Seeded::Enum(link);
             m_links.emplace_back(link, StringData(device), StringData(device));
-            const std::wstring guid = link.sGuid.c_str();
-            const bool first = m_keys.empty();
-            Key(std::wstring(SERVICES) + L"Tcpip\\Parameters\\Interfaces\\" + guid,
-                {{L"EnableDHCP", DwordData(first)},
-                 {L"NameServer", StringData(first ? L"" : L"192.0.2.53")},
-                 {L"DefaultGateway", first ? ListData({}) : ListData({L"192.0.2.1"})},
-                 {L"Domain", StringData(L"example.org")},
-                 {L"IPAutoconfigurationEnabled", DwordData(first)}});
-            Key(std::wstring(SERVICES) + L"Tcpip6\\Parameters\\Interfaces\\" + guid,
-                {{L"Dhcpv6State", DwordData(first)}, {L"NameServer", StringData(first ? L"2001:db8::53" : L"")}});
-            Key(std::wstring(SERVICES) + L"NetBT\\Parameters\\Interfaces\\Tcpip_" + guid,
-                {{L"NetbiosOptions", DwordData(first ? 2 : 0)}});
-            const std::wstring classKey = std::wstring(CONTROL) + L"Class" + NETWORK + L"\\" + Seeded::Enum(link);
-            Key(classKey, {{L"*SpeedDuplex", StringData(L"4")}});
-            Key(classKey + L"\\Ndi\\params\\*SpeedDuplex\\Enum", {{L"4", StringData(L"100 Mbps Full Duplex")}});
+            for (const auto& [path, values] : keys.items())
+            {
+                std::wstring own = std::regex_replace(Wide(path), std::wregex(L"GUID"), link.sGuid.c_str());
+                own = std::regex_replace(own, std::wregex(L"KEY"), Seeded::Enum(link));
+                const auto& key = m_keys.emplace_back(L"SYSTEM\\CurrentControlSet\\" + own);
+                for (const auto& [name, value] : values.items())
+                    key.Set(L"", Wide(name), DataOf(value));
+            }
         }
     }
 
 private:
-    void Key(const std::wstring& path, std::initializer_list<std::pair<const wchar_t*, RegistryData>> values)
-    {
-        const auto& key = m_keys.emplace_back(path);
-        for (const auto& [name, data] : values)
-            key.Set(L"", name, data);
-    }
-
     std::deque<Seeded> m_links;
-    std::deque<testing_support::RegistryKeyScope> m_keys;
+    std::deque<RegistryKeyScope> m_keys;
 };
 
 TEST(Machine, IsWhatTheLibraryAnswers)

@@ -288,9 +288,8 @@ TEST(StoredForm, BringsBackEveryValueToTheLetter)
     form.Restore();
     for (const auto& [name, data] : before)
         EXPECT_EQ(data, key.Get(L"", name)) << ToUtf8(name);
-    HKEY opened = nullptr;
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND,
-              ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyOf(targets[1]).c_str(), 0, KEY_READ, &opened));
+    EXPECT_EQ(testing_support::RegistryData(),
+              testing_support::RegistryKeyScope(keyOf(targets[1])).Get(L"", L"Domain"));
 }
 
 TEST(Apply, SaysWhyItDidNothingOrNotAll)

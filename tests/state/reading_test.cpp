@@ -24,6 +24,7 @@ using testing_support::DataOf;
 using testing_support::DwordData;
 using testing_support::RegistryData;
 using testing_support::SetValue;
+using testing_support::Wide;
 
 namespace
 {
@@ -135,11 +136,6 @@ TEST(Reading, KnowsTheWordsOfTheTablesAndTakesNewOnes)
     }
 }
 
-std::wstring Text(const Json& text)
-{
-    return FromUtf8(text.get<std::string>());
-}
-
 /// Values by their keys.
 void Store(const Json& keys)
 {
@@ -192,11 +188,11 @@ struct OddOffice : Office
         for (const Json& row : lists["registry"])
             for (const Json& name : row["names"])
             {
-                std::wstring key = Text(row["key"]);
+                std::wstring key = Wide(row["key"]);
                 std::ranges::replace(key, L'#', digit);
                 const RegistryData data = DataOf(One(row["data"]));
                 if (random() % 3 == 0)
-                    SetValue(key, Text(name), data);
+                    SetValue(key, Wide(name), data);
             }
     }
 
@@ -327,7 +323,7 @@ void Spoil(FakeWindows& windows, const Json& fault)
     windows.goneKey = FromUtf8(fault.value("goneKey", ""));
     windows.deniedKey = FromUtf8(fault.value("deniedKey", ""));
     if (fault.contains("missingKey"))
-        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, Text(fault["missingKey"]).c_str());
+        ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, Wide(fault["missingKey"]).c_str());
 }
 
 /// What is not understood is unknown, and said to be; all else is read.
