@@ -104,9 +104,9 @@ Documents MakeDocuments(const std::wstring& sGuid)
     return documents;
 }
 
-/// Whether the machine is as asked for exactly if the code says so; what only claims to be done is not. Undoes the
-/// change.
-bool IsDoneAndTakenBack(const Documents& documents, int iCode)
+/// Undoes the change. What is wrong: the machine is as asked for exactly if the code says so; what only claims to be
+/// done is not.
+std::string WhatIsWrong(const Documents& documents, int iCode)
 {
     Texts texts[4];
     const bool bDone =
@@ -115,9 +115,13 @@ bool IsDoneAndTakenBack(const Documents& documents, int iCode)
     zelk_state_restore(R"({"discard": true})", nullptr, nullptr, &texts[2].pszResult, &texts[2].pszError);
     const bool bBack = zelk_state_apply(documents.sBack.c_str(), nullptr, nullptr, nullptr, &texts[3].pszResult,
                                         &texts[3].pszError) == 0;
+    std::string sWrong = bDone == (iCode == 0) ? "" : bDone ? "it is done; " : "it is not done; ";
+    if (!bBack)
+        sWrong +=
+            std::string("not taken back: ") + (texts[3].pszResult != nullptr ? texts[3].pszResult : texts[3].pszError);
     for (const Texts& each : texts)
         Free(each);
-    return bDone == (iCode == 0) && bBack;
+    return sWrong;
 }
 
 } // namespace
@@ -145,13 +149,13 @@ bool CallOperation(unsigned int uiOperation, const wchar_t* pszGuid, void (*pCou
     }
     pCount(false);
     answer.bResult = true;
-    const bool bSound = !OPERATIONS[uiOperation].bChanges || IsDoneAndTakenBack(documents, iCode);
+    const std::string sWrong = OPERATIONS[uiOperation].bChanges ? WhatIsWrong(documents, iCode) : "";
     // A command may be too slow for time that runs fast.
     const int iTold = iCode == ZELK_STATE_TIME_OVER ? static_cast<int>(ZELK_STATE_NOT_VERIFIED) : iCode;
-    if (bSound && IsAsPromised(iCode, texts))
+    if (sWrong.empty() && IsAsPromised(iCode, texts))
         std::snprintf(answer.text, sizeof(answer.text), "code=%d;", iTold);
     else
-        std::snprintf(answer.text, sizeof(answer.text), "broken=%d %.500s %.500s;", iCode,
+        std::snprintf(answer.text, sizeof(answer.text), "broken=%d %.1000s %.500s %.500s;", iCode, sWrong.c_str(),
                       texts.pszResult != nullptr ? texts.pszResult : "no result",
                       texts.pszError != nullptr ? texts.pszError : "no error");
     Free(texts);

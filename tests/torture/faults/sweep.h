@@ -71,7 +71,7 @@ private:
     const Slot* m_pFailed = nullptr; ///< the first that failed in it
     Answer m_reference = {}, m_answer = {}, m_next = {};
     Resources m_before = {};
-    std::set<Place> m_known;          ///< places that an operation has been tried with
-    std::set<unsigned int> m_taken;   ///< operations that have had a turn
+    std::set<Place> m_known;        ///< places that an operation has been tried with
+    std::set<unsigned int> m_taken; ///< operations that have had a turn
     std::map<std::string, unsigned long long> m_figures;
 };
