@@ -68,13 +68,15 @@ bool StoredForm::IsKnown(const StoredValue& value, const std::vector<Target>& ta
     });
 }
 
-void StoredForm::Restore() const
+bool StoredForm::Restore() const
 {
+    bool different = false;
     for (const StoredValue& old : m_values)
     {
         std::vector<RegistryValue> now;
         if (ReadValues(old.key, now) != ERROR_SUCCESS || AreSame(old.value, Find(now, old.name.c_str())))
             continue;
+        different = true;
         HKEY opened = nullptr;
         if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, old.key.c_str(), 0, KEY_SET_VALUE, &opened) != ERROR_SUCCESS)
             continue;
@@ -86,6 +88,7 @@ void StoredForm::Restore() const
         else
             ::RegDeleteValueW(key.get(), old.name.c_str());
     }
+    return different;
 }
 
 } // namespace zelk

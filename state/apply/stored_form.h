@@ -34,8 +34,8 @@ public:
 
     [[nodiscard]] const std::vector<StoredValue>& Values() const noexcept { return m_values; }
 
-    /// Writes what is different now as it was. For when it means the same already.
-    void Restore() const;
+    /// Writes what is different now as it was. For when it means the same already. False when nothing was different.
+    [[nodiscard]] bool Restore() const;
 
 private:
     std::vector<StoredValue> m_values;

@@ -81,8 +81,8 @@ Undo TakeBack(std::vector<Target> targets, const DesiredIdentity& identity, cons
               const ApplyOptions& options)
 {
     Undo undo = TakingBack(targets, identity, options).Run();
-    if (undo.open.empty())
-        storedForm.Restore();
+    if (undo.open.empty() && storedForm.Restore())
+        undo.open = Differences(ReadAnew(), targets, identity);
     return undo;
 }
 

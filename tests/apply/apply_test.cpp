@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <state/apply/apply.h>
+#include <state/apply/take_back.h>
 #include <state/desired/adapter_name.h>
 #include <state/desired/export.h>
 #include <state/desired/json_form.h>
@@ -238,6 +239,21 @@ TEST_F(Apply, StartsACommandAgainThatHasNotBegun)
     EXPECT_EQ(Outcome::CHANGED, set("192.0.2.99")) << m_text;
     refused = 2;
     EXPECT_EQ(Outcome::FAILED, set("192.0.2.98")) << m_text;
+}
+
+/// As where the registry could not be read rightly before the change.
+TEST_F(Apply, CallsNothingRestoredThatTheRegistryThenLacks)
+{
+    constexpr const char* SUFFIX = R"({"adapters": [{"adapter": "lan0", "ipv4": {"dnsSuffix": "example.org"}}]})";
+    Begin(SUFFIX);
+    std::vector<Fault> faults;
+    const Machine machine = ReadAnew();
+    const Plan plan = MakePlan(machine, ParseDesiredState(SUFFIX, faults), faults);
+    const std::wstring key = IPV4_INTERFACES + FromUtf8(plan.targets.at(0).guid.ToText());
+    const Undo undo =
+        TakeBack(plan.targets, {}, StoredForm({{key, L"Domain", std::nullopt}}), Within(std::chrono::seconds(5)));
+    ASSERT_EQ(1u, undo.open.size());
+    EXPECT_EQ("ipv4.dnsSuffix", undo.open[0].path);
 }
 
 /// Holds what is wanted of one link against what the kernel says.

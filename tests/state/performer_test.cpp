@@ -285,9 +285,10 @@ TEST(StoredForm, BringsBackEveryValueToTheLetter)
     key.Set(L"", L"NameServer", StringData(L"", REG_EXPAND_SZ));
     key.Set(L"", L"MTU", DwordData(1400));
     gone.reset();
-    form.Restore();
+    EXPECT_TRUE(form.Restore());
     for (const auto& [name, data] : before)
         EXPECT_EQ(data, key.Get(L"", name)) << ToUtf8(name);
+    EXPECT_FALSE(form.Restore());
     EXPECT_EQ(testing_support::RegistryData(),
               testing_support::RegistryKeyScope(keyOf(targets[1])).Get(L"", L"Domain"));
 }
