@@ -2,6 +2,7 @@
 // answer is their code, and whether the texts are what the header promises.
 
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <string>
 
@@ -104,9 +105,9 @@ Documents MakeDocuments(const std::wstring& sGuid)
     return documents;
 }
 
-/// Undoes the change. What is wrong: the machine is as asked for exactly if the code says so; what only claims to be
-/// done is not.
-std::string WhatIsWrong(const Documents& documents, int iCode)
+/// Undoes the change. What is wrong: the machine is as asked for exactly if the code says so, and as it was unless the
+/// result says that it is not; what only claims to be done is not.
+std::string WhatIsWrong(const Documents& documents, int iCode, const char* pszResult)
 {
     Texts texts[4];
     const bool bDone =
@@ -116,7 +117,7 @@ std::string WhatIsWrong(const Documents& documents, int iCode)
     const bool bBack = zelk_state_apply(documents.sBack.c_str(), nullptr, nullptr, nullptr, &texts[3].pszResult,
                                         &texts[3].pszError) == 0;
     std::string sWrong = bDone == (iCode == 0) ? "" : bDone ? "it is done; " : "it is not done; ";
-    if (!bBack)
+    if (!bBack && std::strstr(pszResult != nullptr ? pszResult : "", R"("undo":{"complete":false)") == nullptr)
         sWrong +=
             std::string("not taken back: ") + (texts[3].pszResult != nullptr ? texts[3].pszResult : texts[3].pszError);
     for (const Texts& each : texts)
@@ -149,7 +150,7 @@ bool CallOperation(unsigned int uiOperation, const wchar_t* pszGuid, void (*pCou
     }
     pCount(false);
     answer.bResult = true;
-    const std::string sWrong = OPERATIONS[uiOperation].bChanges ? WhatIsWrong(documents, iCode) : "";
+    const std::string sWrong = OPERATIONS[uiOperation].bChanges ? WhatIsWrong(documents, iCode, texts.pszResult) : "";
     // A command may be too slow for time that runs fast.
     const int iTold = iCode == ZELK_STATE_TIME_OVER ? static_cast<int>(ZELK_STATE_NOT_VERIFIED) : iCode;
     if (sWrong.empty() && IsAsPromised(iCode, texts))

@@ -238,6 +238,8 @@ std::vector<Sweep::Case> Sweep::Cases()
 
 void Sweep::Try(const Case& tried)
 {
+    if (m_kind.IsState())
+        SetUpAdapter(AdapterGuid()); // what could not be taken back before is no fault of this case
     m_tried = tried;
     m_known.insert(tried.place);
     ullBegin = ::GetTickCount64();
