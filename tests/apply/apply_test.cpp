@@ -126,11 +126,10 @@ TEST_F(Apply, LooksAgainAsSoonAsThePlatformNotifies)
     EXPECT_GT(options.timeout / 2, std::chrono::steady_clock::now() - start);
 }
 
-/// The plan from the start, to know its steps.
-std::vector<Step> StepsOf(const char* text)
+Plan PlanFor(const char* text)
 {
     std::vector<Fault> faults;
-    return MakePlan(ReadAnew(), ParseDesiredState(text, faults), faults).steps;
+    return MakePlan(ReadAnew(), ParseDesiredState(text, faults), faults);
 }
 
 bool Writes(const Step& step)
@@ -181,7 +180,7 @@ std::vector<Failure> FailuresOf(const std::vector<Step>& steps)
 /// Whatever becomes of a change, the machine is as it was or as it was asked for, or the answer says what is not.
 TEST_F(Apply, IsWhollyDoneOrUndoneOrSaysSoWhateverStepFails)
 {
-    const std::vector<Step> steps = StepsOf(MANY_STEPS);
+    const std::vector<Step> steps = PlanFor(MANY_STEPS).steps; // from the start
     ASSERT_LE(10u, steps.size());
     std::vector<Failure> failures = FailuresOf(steps);
     const TortureBudget budget;
@@ -246,9 +245,7 @@ TEST_F(Apply, CallsNothingRestoredThatTheRegistryThenLacks)
 {
     constexpr const char* SUFFIX = R"({"adapters": [{"adapter": "lan0", "ipv4": {"dnsSuffix": "example.org"}}]})";
     Begin(SUFFIX);
-    std::vector<Fault> faults;
-    const Machine machine = ReadAnew();
-    const Plan plan = MakePlan(machine, ParseDesiredState(SUFFIX, faults), faults);
+    const Plan plan = PlanFor(SUFFIX);
     const std::wstring key = IPV4_INTERFACES + FromUtf8(plan.targets.at(0).guid.ToText());
     const Undo undo =
         TakeBack(plan.targets, {}, StoredForm({{key, L"Domain", std::nullopt}}), Within(std::chrono::seconds(5)));

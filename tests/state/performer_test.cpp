@@ -213,17 +213,21 @@ TEST(Performer, CallsTheLibraryAndAwaitsTheDevice)
     golden.Line(Perform(enable, machine, options), "though it never comes");
 }
 
+/// Where `failing` is its name, the function gives this result and fails for want of memory.
+#define PATCH_CALL(Function, ...)                                                                                      \
+    PATCH_IMPORT(Function,                                                                                             \
+                 [&](decltype(&::Function) original, auto... arguments) -> decltype(original(arguments...)) {          \
+                     ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);                                                          \
+                     return failing == #Function ? __VA_ARGS__ : original(arguments...);                               \
+                 })
+
 TEST(Performer, SaysWhichChangeOfTheRegistryFailed)
 {
     const FakeWindows windows;
     std::string failing;
-#define PATCH_CHANGE(Function)                                                                                         \
-    PATCH_IMPORT(Function, [&](decltype(&::Function) original, auto... arguments) -> LSTATUS {                         \
-        return failing == #Function ? ERROR_ACCESS_DENIED : original(arguments...);                                    \
-    })
-    const auto create = PATCH_CHANGE(RegCreateKeyExW);
-    const auto set = PATCH_CHANGE(RegSetValueExW);
-    const auto remove = PATCH_CHANGE(RegDeleteValueW);
+    const auto create = PATCH_CALL(RegCreateKeyExW, ERROR_ACCESS_DENIED);
+    const auto set = PATCH_CALL(RegSetValueExW, ERROR_ACCESS_DENIED);
+    const auto remove = PATCH_CALL(RegDeleteValueW, ERROR_ACCESS_DENIED);
     const auto route = [](std::uint32_t metric, bool wanted) {
         return StoredRoute{*IpPrefix::Parse("10.9.0.0/16"), *IpAddress::Parse("192.0.2.9"), metric, wanted};
     };
@@ -240,12 +244,6 @@ TEST(Performer, SaysWhichChangeOfTheRegistryFailed)
 TEST(Performer, SaysWhyACommandDidNotRun)
 {
     std::string failing;
-#define PATCH_CALL(Function, ...)                                                                                      \
-    PATCH_IMPORT(Function,                                                                                             \
-                 [&](decltype(&::Function) original, auto... arguments) -> decltype(original(arguments...)) {          \
-                     ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);                                                          \
-                     return failing == #Function ? __VA_ARGS__ : original(arguments...);                               \
-                 })
     const auto directory = PATCH_CALL(GetSystemDirectoryW, 0);
     const auto pipe = PATCH_CALL(CreatePipe, FALSE);
     const auto job = PATCH_CALL(CreateJobObjectW, nullptr);
