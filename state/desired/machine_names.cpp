@@ -60,7 +60,7 @@ std::string RefuseAsWorkgroup(const std::string& name)
     const bool good = !name.empty() && name.size() <= LONGEST && !HasControlCharacter(name) &&
                       name.find_first_of("\"/\\[]:|<>+=;,?*") == std::string::npos && name.front() != ' ';
     return good ? ""
-                : "must be 1 to 15 characters, not beginning with a space, without control characters and "
+                : "must be 1 to 15 characters, must not begin with a space, and must not contain control characters or "
                   "\" / \\ [ ] : | < > + = ; , ? *";
 }
 
@@ -71,7 +71,8 @@ std::string RefuseAsConnectionName(const std::string& name)
                       name.find_first_of("\\/:*?\"<>|") == std::string::npos &&
                       name.find_first_not_of(' ') != std::string::npos;
     if (!good)
-        return "must be 1 to 255 characters, not only spaces, without control characters and \\ / : * ? \" < > |";
+        return "must be 1 to 255 characters, not all of them spaces, and must not contain control characters or \\ / : "
+               "* ? \" < > |";
     return RefuseInCommands(name);
 }
 

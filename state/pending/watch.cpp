@@ -156,7 +156,7 @@ private:
     std::optional<PendingChange> m_known;
     /// It has begun after the change was done, as after a restart of the machine: the clock may have started anew too.
     bool m_isLate = false;
-    /// When this watch has let the time to confirm start anew, which the record need not say.
+    /// When this watch restarted the time to confirm. Kept here too, because the record may not be writable.
     std::optional<std::uint64_t> m_restartedAt;
     int m_attempts = 0;
 };

@@ -180,7 +180,7 @@ std::vector<Failure> FailuresOf(const std::vector<Step>& steps)
 /// Whatever becomes of a change, the machine is as it was or as it was asked for, or the answer says what is not.
 TEST_F(Apply, IsWhollyDoneOrUndoneOrSaysSoWhateverStepFails)
 {
-    const std::vector<Step> steps = PlanFor(MANY_STEPS).steps; // from the start
+    const std::vector<Step> steps = PlanFor(MANY_STEPS).steps;
     ASSERT_LE(10u, steps.size());
     std::vector<Failure> failures = FailuresOf(steps);
     const TortureBudget budget;

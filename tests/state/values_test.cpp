@@ -88,6 +88,13 @@ TEST(Values, AreReadStrictlyAndWrittenInOneForm)
     });
 }
 
+TEST(Values, PrefixesContainTheAddressesOfTheirNetwork)
+{
+    EXPECT_TRUE(IpPrefix::Parse("192.0.2.150/27")->Contains(*IpAddress::Parse("192.0.2.159")));
+    EXPECT_FALSE(IpPrefix::Parse("192.0.2.150/27")->Contains(*IpAddress::Parse("192.0.2.160")));
+    EXPECT_FALSE(IpPrefix::Parse("0.0.0.0/0")->Contains(*IpAddress::Parse("::")));
+}
+
 TEST(Utf8, HasNoHalfOfAPair)
 {
     EXPECT_EQ("a\xF0\x90\x80\x80", ToUtf8(u"a\xD800\xDC00"));

@@ -79,7 +79,7 @@ def arguments() -> argparse.Namespace:
     parser.add_argument("--seed", type=int, default=int(datetime.date.today().strftime("%Y%m%d")),
                         help="of the random choices (today's date)")
     parser.add_argument("--minutes", type=float, default=0,
-                        help="shared among the steps; fuzz runs beside them (each does all of its work)")
+                        help="shared among the steps, with fuzz beside them (none: each step does all of its work)")
     return parser.parse_args()
 
 
@@ -99,7 +99,8 @@ def run_steps(names: list[str], args: argparse.Namespace) -> bool:
 
 
 def run_all(names: list[str], args: argparse.Namespace) -> bool:
-    """The parsers are tried beside the other steps, which mostly wait, unless it is for hours; then only compiled."""
+    """In a limited time the parsers are tried beside the other steps, which mostly wait. Without a limit they take hours:
+    they are compiled beside the other steps and tried after them."""
     others = [name for name in names if name != "fuzz"]
     if "fuzz" not in names or not others:
         return run_steps(names, args)

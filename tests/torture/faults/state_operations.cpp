@@ -75,6 +75,13 @@ bool IsAsPromised(int iCode, const Texts& texts)
     return bResult ? !document.is_discarded() : document.is_object() && document.value("exitCode", -1) == iCode;
 }
 
+const char* AnswerOf(const Texts& texts)
+{
+    if (texts.pszResult != nullptr)
+        return texts.pszResult;
+    return texts.pszError != nullptr ? texts.pszError : "nothing";
+}
+
 void Free(const Texts& texts)
 {
     zelk_state_free(texts.pszResult);
@@ -118,8 +125,7 @@ std::string WhatIsWrong(const Documents& documents, int iCode, const char* pszRe
                                         &texts[3].pszError) == 0;
     std::string sWrong = bDone == (iCode == 0) ? "" : bDone ? "it is done; " : "it is not done; ";
     if (!bBack && std::strstr(pszResult != nullptr ? pszResult : "", R"("undo":{"complete":false)") == nullptr)
-        sWrong +=
-            std::string("not taken back: ") + (texts[3].pszResult != nullptr ? texts[3].pszResult : texts[3].pszError);
+        sWrong += std::string("not taken back: ") + AnswerOf(texts[3]);
     for (const Texts& each : texts)
         Free(each);
     return sWrong;
@@ -156,9 +162,8 @@ bool CallOperation(unsigned int uiOperation, const wchar_t* pszGuid, void (*pCou
     if (sWrong.empty() && IsAsPromised(iCode, texts))
         std::snprintf(answer.text, sizeof(answer.text), "code=%d;", iTold);
     else
-        std::snprintf(answer.text, sizeof(answer.text), "broken=%d %.1000s %.500s %.500s;", iCode, sWrong.c_str(),
-                      texts.pszResult != nullptr ? texts.pszResult : "no result",
-                      texts.pszError != nullptr ? texts.pszError : "no error");
+        std::snprintf(answer.text, sizeof(answer.text), "broken=%d %.1000s %.500s;", iCode, sWrong.c_str(),
+                      AnswerOf(texts));
     Free(texts);
     return true;
 }
