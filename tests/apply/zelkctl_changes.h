@@ -91,5 +91,6 @@ protected:
         {"adapter": "lan0", "ipv4": {"addresses": ["192.0.2.10/24"], "gateways": [{"address": "192.0.2.1", "metric": 5}],
                                      "dnsServers": ["192.0.2.53", "192.0.2.54"]},
          "ipv6": {"addresses": ["2001:db8::10/64"]}, "routes": []},
-        {"adapter": "lan1", "ipv4": {"addresses": ["203.0.113.7/24"], "gateways": []}, "routes": []}]})";
+        {"adapter": "lan1", "ipv4": {"addresses": ["203.0.113.7/24"], "gateways": [], "dnsServers": "automatic"},
+         "routes": []}]})";
 };
