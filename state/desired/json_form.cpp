@@ -267,25 +267,28 @@ Json ToJson(const DesiredIdentity& identity)
 
 } // namespace
 
-DesiredState ParseDesiredState(std::string_view text, std::vector<Fault>& faults)
+DesiredState ReadDesiredState(const Json& json, const std::string& place, std::vector<Fault>& faults)
 {
     DesiredState state;
-    const auto json = ParseJson(text, faults);
-    if (!json)
-        return state;
     std::optional<std::uint32_t> version;
     std::optional<std::vector<DesiredAdapter>> adapters;
     std::optional<DesiredIdentity> identity;
-    ObjectReader reader(*json, "", faults);
+    ObjectReader reader(json, place, faults);
     reader.Take("schemaVersion", version, ReadNumber);
     reader.Take("adapters", adapters, ListOf(ReadAdapter));
     reader.Take("identity", identity, ReadIdentity);
     reader.Finish();
     if (version.value_or(SCHEMA_VERSION) != SCHEMA_VERSION)
-        Refuse(faults, "/schemaVersion", "must be " + std::to_string(SCHEMA_VERSION));
+        Refuse(faults, place + "/schemaVersion", "must be " + std::to_string(SCHEMA_VERSION));
     state.adapters = std::move(adapters).value_or(std::vector<DesiredAdapter>());
     state.identity = std::move(identity).value_or(DesiredIdentity());
     return state;
+}
+
+DesiredState ParseDesiredState(std::string_view text, std::vector<Fault>& faults)
+{
+    const auto json = ParseJson(text, faults);
+    return json ? ReadDesiredState(*json, "", faults) : DesiredState();
 }
 
 Json ToJson(const DesiredState& state)

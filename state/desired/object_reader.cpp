@@ -38,12 +38,17 @@ void ObjectReader::Finish()
 {
     if (!m_object.is_object())
         return;
-    std::string known;
-    for (const std::string_view key : m_known)
-        known += (known.empty() ? "; known here are " : ", ") + std::string(key);
     for (const auto& member : m_object.items())
         if (std::ranges::find(m_known, member.key()) == m_known.end())
-            Refuse(PlaceOf(m_place, std::string_view(member.key())), "is not a known key" + known);
+            RefuseKey(member.key());
+}
+
+void ObjectReader::RefuseKey(const std::string& key)
+{
+    std::string text = "is not a known key";
+    for (const std::string_view known : m_known)
+        text += (known == m_known.front() ? "; known here are " : ", ") + std::string(known);
+    Refuse(PlaceOf(m_place, std::string_view(key)), std::move(text));
 }
 
 } // namespace zelk

@@ -53,6 +53,7 @@ public:
 
 private:
     const Json* Find(const char* key);
+    void RefuseKey(const std::string& key);
     void Refuse(std::string place, std::string text)
     {
         m_faults.push_back({FaultKind::MEANING, std::move(place), std::move(text)});

@@ -54,10 +54,7 @@ std::optional<Guid> GuidOf(const DesiredAdapter& adapter)
 
 std::optional<DesiredState> ReadBefore(const Json& json, const std::string& place, Faults& faults)
 {
-    Faults own;
-    DesiredState state = ParseDesiredState(json.dump(), own);
-    for (Fault& fault : own)
-        Refuse(faults, place + fault.place, std::move(fault.text));
+    DesiredState state = ReadDesiredState(json, place, faults);
     for (std::size_t i = 0; i < state.adapters.size(); ++i)
         if (!GuidOf(state.adapters[i]))
             Refuse(faults, PlaceOf(place + "/adapters", i), "must name its adapter by \"guid:\"");
