@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <random>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <state/fields/json.h>
@@ -58,20 +60,39 @@ void MutateTree(Json& root, Random& random)
         node = choice % 2 == 0 ? *OneOf(VALUES, random) : other;
 }
 
+/// A text and what it says. It is kept, because what a call gives is mostly what the next one gets.
+struct Document
+{
+    std::string text;
+    Json json = Json::value_t::discarded;
+};
+
+void Read(Document& document, std::string_view text)
+{
+    if (document.text == text)
+        return;
+    document.text = text;
+    document.json = Json::parse(text, nullptr, false);
+}
+
 } // namespace
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
                                                unsigned int seed)
 {
     constexpr unsigned int BYTES_ONCE_IN = 16;
+    static Document document;
     Random random(seed);
-    Json json = Json::parse(data, data + size, nullptr, false);
-    if (json.is_discarded() || random() % BYTES_ONCE_IN == 0)
+    Read(document, {reinterpret_cast<const char*>(data), size});
+    if (document.json.is_discarded() || random() % BYTES_ONCE_IN == 0)
         return LLVMFuzzerMutate(data, size, maxSize);
-    MutateTree(json, random);
-    const std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (text.size() > maxSize)
+    MutateTree(document.json, random);
+    document.text = document.json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (document.text.size() > maxSize)
+    {
+        document = {};
         return LLVMFuzzerMutate(data, size, maxSize);
-    std::ranges::copy(text, data);
-    return text.size();
+    }
+    std::ranges::copy(document.text, data);
+    return document.text.size();
 }

@@ -12,9 +12,16 @@ using zelk::Json;
 
 void CheckFaults(const std::vector<zelk::Fault>& faults, std::string_view text)
 {
-    const Json json = Json::parse(text, nullptr, false);
+    Json json = Json::value_t::discarded; // many texts are refused as a whole, and need no document
     for (const zelk::Fault& fault : faults)
-        fuzz::Require(!fault.text.empty() && (fault.place.empty() || json.contains(Json::json_pointer(fault.place))));
+    {
+        fuzz::Require(!fault.text.empty());
+        if (fault.place.empty())
+            continue;
+        if (json.is_discarded())
+            json = Json::parse(text, nullptr, false);
+        fuzz::Require(json.contains(Json::json_pointer(fault.place)));
+    }
 }
 
 } // namespace
