@@ -25,7 +25,9 @@ if setarch -R true 2>/dev/null; then
     zelk_layout=(setarch -R)
 fi
 
-wine_prefix_complete() { [ -e "${1:-$WINEPREFIX}/.zelk-complete" ]; }
+# A complete prefix keeps the registry that it had before its first use: copies are made of that, because the server may
+# write what a running test has set for a while.
+wine_prefix_complete() { [ -e "${1:-$WINEPREFIX}/.zelk-registry" ]; }
 
 # wine_server_start [SECONDS it stays without a client; "": until it is ended]. All streams are redirected because the
 # server, and the services that the first client starts, keep theirs: inside a pipe they would hold the pipe open long
@@ -71,7 +73,7 @@ wine_prefix_make() (
         mkdir -p -- "$WINEPREFIX"
         cp -al -- "$zelk_base_prefix"/{drive_c,dosdevices} "$WINEPREFIX" 2>/dev/null ||
             cp -a -- "$zelk_base_prefix"/{drive_c,dosdevices} "$WINEPREFIX" # another file system
-        cp -a -- "$zelk_base_prefix"/*.reg "$zelk_base_prefix/.update-timestamp" "$WINEPREFIX"
+        cp -a -- "$zelk_base_prefix"/.zelk-registry/*.reg "$zelk_base_prefix/.update-timestamp" "$WINEPREFIX"
     else
         echo "making the Wine prefix ..." >&2
         mkdir -p -- "$WINEPREFIX"
@@ -90,5 +92,7 @@ wine_prefix_make() (
     # The server writes the registry files when it ends; only then is the prefix whole.
     wine_server_end 8>&-
     trap - EXIT
-    touch -- "$WINEPREFIX/.zelk-complete"
+    mkdir -- "$WINEPREFIX/.zelk-registry.new"
+    cp -a -- "$WINEPREFIX"/*.reg "$WINEPREFIX/.zelk-registry.new"
+    mv -- "$WINEPREFIX/.zelk-registry.new" "$WINEPREFIX/.zelk-registry"
 )

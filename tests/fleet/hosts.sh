@@ -124,8 +124,8 @@ make_host() {
     local host=host$1 namespace=$mark-host$1 number=$((10 + $1)) prefix
     prefix=$(prefix_of "$host")
     mkdir -p -- "$prefix"
-    cp -al -- "$folder/template"/{drive_c,dosdevices} "$prefix"
-    cp -a -- "$folder/template"/{*.reg,.update-timestamp,.zelk-complete} "$prefix"
+    cp -al -- "$folder/template"/{drive_c,dosdevices,.zelk-registry} "$prefix"
+    cp -a -- "$folder/template"/{*.reg,.update-timestamp} "$prefix"
     sed -i "s/\($network\|$second\)\.$placeholder\>/\1.$number/g; s|$folder/template|$prefix|g" "$prefix/system.reg"
     namespace_servers "$namespace" "$network.1"
     namespaces_make "$namespace"
