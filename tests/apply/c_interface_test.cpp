@@ -147,6 +147,7 @@ TEST_F(CInterface, IsCancelledByTheCallbackOrByAnotherThread)
     };
     auto applying = std::async(std::launch::async, [&] { return Apply(CHANGE, OPTIONS, &byThread); });
     EXPECT_EQ(std::future_status::ready, hanging.get_future().wait_for(std::chrono::seconds(60)));
+    EXPECT_EQ(ZELK_STATE_BUSY, Apply(START, R"({"timeout": 1})").iCode);
     byThread.bCancelled = true;
     EXPECT_EQ("cancelled", applying.get().json.at("outcome"));
     EXPECT_EQ(m_sBefore, Kernel());

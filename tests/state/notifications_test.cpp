@@ -34,9 +34,12 @@ enum class Reply
 class FakeNotifier
 {
 public:
-    FakeNotifier()
+    /// With the functions of Vista, or without.
+    explicit FakeNotifier(Reply vista = Reply::ACCEPTS)
     {
         theNotifier = this;
+        for (const char* const name : FUNCTIONS)
+            replies[name] = vista;
         ADD_PATCH(m_patches, GetProcAddress, [this](auto original, HMODULE module, const char* name) -> FARPROC {
             if (name == std::string("CancelMibChangeNotify2"))
                 return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&Cancel));
@@ -67,9 +70,9 @@ public:
     /// The event that is signaled, open or not.
     [[nodiscard]] DWORD StateOfEvent() const { return ::WaitForSingleObject(m_context, 0); }
 
-    std::map<std::string, Reply> replies = {{"NotifyUnicastIpAddressChange", Reply::ACCEPTS},
-                                            {"NotifyRouteChange2", Reply::ACCEPTS},
-                                            {"NotifyIpInterfaceChange", Reply::ACCEPTS}};
+    static constexpr const char* FUNCTIONS[] = {"NotifyUnicastIpAddressChange", "NotifyRouteChange2",
+                                                "NotifyIpInterfaceChange"};
+    std::map<std::string, Reply> replies;
     Reply older = Reply::ACCEPTS; ///< of the functions before Vista
     bool canCancel = true;
     std::set<HANDLE> registered;
@@ -143,21 +146,28 @@ TEST(ChangeNotifications, EndAWaitAndLeaveNothingRegistered)
     EXPECT_EQ(WAIT_FAILED, notifier.StateOfEvent()) << "the event is still open";
 }
 
+bool WaitsForTheInterval(const FakeNotifier& notifier, std::size_t registered = 0)
+{
+    ChangeNotifications notifications;
+    return !notifications.AreComplete() && notifier.registered.size() == registered && notifications.Wait(1ms);
+}
+
 TEST(ChangeNotifications, GiveWayToTheIntervalWhereTheSystemDoesNotNotify)
 {
     for (const Reply reply : {Reply::REFUSES, Reply::PRETENDS, Reply::LACKS})
-        for (const char* const name : {"NotifyUnicastIpAddressChange", "NotifyRouteChange2", "NotifyIpInterfaceChange"})
+        for (const char* const name : FakeNotifier::FUNCTIONS)
         {
             FakeNotifier notifier;
             notifier.replies[name] = reply;
-            {
-                ChangeNotifications notifications;
-                EXPECT_FALSE(notifications.AreComplete()) << name;
-                EXPECT_EQ(2U, notifier.registered.size());
-                EXPECT_TRUE(notifications.Wait(1ms));
-            }
+            EXPECT_TRUE(WaitsForTheInterval(notifier, 2)) << name;
             EXPECT_TRUE(notifier.registered.empty());
         }
+    FakeNotifier before(Reply::LACKS);
+    before.older = Reply::REFUSES;
+    EXPECT_TRUE(WaitsForTheInterval(before));
+    const FakeNotifier notifier;
+    const auto patch = PATCH_IMPORT(CreateEventW, [](auto...) -> HANDLE { return nullptr; });
+    EXPECT_TRUE(WaitsForTheInterval(notifier));
 }
 
 TEST(ChangeNotifications, StopAtOnce)
@@ -185,21 +195,10 @@ TEST(ChangeNotifications, KeepTheEventOfACallbackThatMayStillCome)
     EXPECT_EQ(WAIT_OBJECT_0, notifier.StateOfEvent());
 }
 
-/// A platform of 5.2: it completes a request once, and writes to it until then.
-class ChangeNotificationsBeforeVista : public testing::Test
+/// The system completes a request once, and writes to it until then.
+TEST(ChangeNotifications, AskAgainAfterEachChangeBeforeVista)
 {
-protected:
-    ChangeNotificationsBeforeVista()
-    {
-        for (auto& [name, reply] : notifier.replies)
-            reply = Reply::LACKS;
-    }
-
-    FakeNotifier notifier;
-};
-
-TEST_F(ChangeNotificationsBeforeVista, AskAgainAfterEachChange)
-{
+    FakeNotifier notifier(Reply::LACKS);
     {
         ChangeNotifications notifications;
         EXPECT_TRUE(notifications.AreComplete());
@@ -212,23 +211,11 @@ TEST_F(ChangeNotificationsBeforeVista, AskAgainAfterEachChange)
         }
     }
     EXPECT_TRUE(notifier.requests.empty()) << "a request was not cancelled";
-}
-
-TEST_F(ChangeNotificationsBeforeVista, GiveWayToTheInterval)
-{
-    notifier.older = Reply::REFUSES;
-    ChangeNotifications notifications;
-    EXPECT_FALSE(notifications.AreComplete());
-    EXPECT_TRUE(notifications.Wait(1ms));
-}
-
-TEST_F(ChangeNotificationsBeforeVista, KeepARequestThatTheSystemMayStillComplete)
-{
     notifier.canCancel = false;
     {
         const ChangeNotifications notifications;
     }
-    ASSERT_EQ(2U, notifier.requests.size());
+    ASSERT_EQ(2U, notifier.requests.size()) << "the system may still complete them";
     for (OVERLAPPED* const request : std::set(notifier.requests))
         EXPECT_TRUE(notifier.Complete(request));
 }

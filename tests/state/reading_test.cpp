@@ -29,19 +29,14 @@ using testing_support::Wide;
 namespace
 {
 
-std::string TextsOf(const std::vector<Problem>& problems)
+std::string ProblemsOf(const Machine& machine)
 {
+    std::vector<Problem> problems = machine.problems;
+    for (const Adapter& adapter : machine.adapters)
+        problems.insert(problems.end(), adapter.problems.begin(), adapter.problems.end());
     std::string text;
     for (const Problem& problem : problems)
         text += std::to_string(problem.code) + ' ' + problem.step + ": " + problem.text + '\n';
-    return text;
-}
-
-std::string ProblemsOf(const Machine& machine)
-{
-    std::string text = TextsOf(machine.problems);
-    for (const Adapter& adapter : machine.adapters)
-        text += TextsOf(adapter.problems);
     return text;
 }
 
