@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""apply.py SEED SECONDS: changes a kernel's network and a registry while commands are refused, killed, hang, are late or
-print without end, writes are refused and somebody else changes the machine too; walks from one random state to the next;
-without a limit also ends the processes of a change at every point."""
+"""apply.py SEED SECONDS: applies changes to a kernel's network and a registry while commands are refused, are killed, hang,
+are late or print without end, writes are refused, and another program changes the machine as well; then moves from one
+random state to the next. Without a time limit it also kills the processes of a change at every point."""
 
 import os
 import subprocess

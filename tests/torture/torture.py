@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Runs the steps of ./torture and prints their figures.
 
-A step is a program. It is called with the seed of its random choices and the seconds that it may take (0: it does all of
-its work), prints each figure as a line "name<TAB>value" on standard output, says on standard error what should not be,
-and ends with another exit code than 0 where there is such a thing.
+A step is a program. Its arguments are the seed of its random choices and its time limit in seconds (0 for none: it then
+runs every case). It prints each figure as a line "name<TAB>value" on standard output and reports failures on standard
+error. Its exit code is 0 only if it found no failure.
 """
 
 import argparse
@@ -33,16 +33,16 @@ def windows_program(name: str, *arguments: str) -> tuple[str, ...]:
 
 
 STEPS: dict[str, Step] = {
-    "apply": Step((str(HERE / "apply.py"),), 5, "changes whose steps fail in every way, and random walks of states"),
-    "hammer": Step(windows_program("hammer"), 2, "the trace under 8 processes of 4 threads"),
+    "apply": Step((str(HERE / "apply.py"),), 5, "changes whose steps fail in every possible way, and random walks between states"),
+    "hammer": Step(windows_program("hammer"), 2, "one trace file, written by 8 processes of 4 threads each"),
     "soak": Step(windows_program("endurance", "soak"), 3, "what thousands of calls leave behind"),
-    "threads": Step(windows_program("endurance", "threads"), 2, "8 threads that use everything at once"),
-    "loads": Step(windows_program("endurance", "loads"), 1, "what a thousand loads leave behind"),
-    "faults": Step(windows_program("faults", "faults"), 3, "every operation, while the platform fails it"),
-    "load": Step(windows_program("faults", "load"), 1, "loading and unloading, while the platform fails it"),
-    "state": Step(windows_program("faults", "state"), 2, "the functions of ZELK_STATE.DLL, while the platform fails them"),
+    "threads": Step(windows_program("endurance", "threads"), 2, "8 threads that call every operation at once"),
+    "loads": Step(windows_program("endurance", "loads"), 1, "what 1,000 loads leave behind"),
+    "faults": Step(windows_program("faults", "faults"), 3, "every operation, with each of its platform calls failing"),
+    "load": Step(windows_program("faults", "load"), 1, "loading and unloading, with each platform call failing"),
+    "state": Step(windows_program("faults", "state"), 2, "the functions of ZELK_STATE.DLL, with each platform call failing"),
     "fuzz": Step((str(HERE / "fuzz/fuzz.py"),), 2,
-                 "texts that libFuzzer makes up for the parsers, with sanitizers, on the machine that builds"),
+                 "the parsers under libFuzzer with sanitizers, on the build machine"),
 }
 
 
@@ -57,13 +57,13 @@ def stop(process: subprocess.Popen) -> None:
 
 
 def show(name: str, process: subprocess.Popen, begin: float, seed: int) -> bool:
-    """Prints the step's figures as they come. False when something should not be."""
+    """Prints the step's figures as they arrive. Returns False if the step found a failure."""
     print(f"{name}: {STEPS[name].about}", flush=True)
     for line in process.stdout:
         figure, tab, value = line.rstrip().partition("\t")
         print(f"  {figure:<60} {value}" if tab else f"  {line.rstrip()}", flush=True)
     if process.wait() != 0:
-        print(f"torture: {name} found what should not be; repeat it with: ./torture {name} --seed {seed}",
+        print(f"torture: {name} found a failure; to repeat it, run: ./torture {name} --seed {seed}",
               file=sys.stderr)
         return False
     print(f"  {'time':<60} {time.monotonic() - begin:.0f} s", flush=True)
@@ -73,18 +73,19 @@ def show(name: str, process: subprocess.Popen, begin: float, seed: int) -> bool:
 def arguments() -> argparse.Namespace:
     steps = "\n".join(f"  {name:<10} {step.about}" for name, step in STEPS.items())
     parser = argparse.ArgumentParser(prog="torture", formatter_class=argparse.RawDescriptionHelpFormatter,
-                                     description="Tries what the library and the engine survive.",
+                                     description="Tests the library and the engine under failing calls, load and random input.",
                                      epilog=f"steps:\n{steps}")
-    parser.add_argument("steps", nargs="*", metavar="STEP", choices=[*STEPS, []], help="the steps to run (all)")
+    parser.add_argument("steps", nargs="*", metavar="STEP", choices=[*STEPS, []], help="the steps to run (default: all)")
     parser.add_argument("--seed", type=int, default=int(datetime.date.today().strftime("%Y%m%d")),
-                        help="of the random choices (today's date)")
+                        help="seed of the random choices (default: today's date)")
     parser.add_argument("--minutes", type=float, default=0,
-                        help="shared among the steps, with fuzz beside them (none: each step does all of its work)")
+                        help="time limit for all steps together; fuzz runs beside the others "
+                             "(default: none, each step runs every case)")
     return parser.parse_args()
 
 
 def run_steps(names: list[str], args: argparse.Namespace) -> bool:
-    """False after the first one that finds something."""
+    """Stops at the first step that finds a failure, and returns False."""
     parts = sum(STEPS[name].share for name in names)
     for name in names:
         seconds = max(1, round(args.minutes * 60 * STEPS[name].share / parts)) if args.minutes else 0
@@ -99,8 +100,8 @@ def run_steps(names: list[str], args: argparse.Namespace) -> bool:
 
 
 def run_all(names: list[str], args: argparse.Namespace) -> bool:
-    """In a limited time the parsers are tried beside the other steps, which mostly wait. Without a limit they take hours:
-    they are compiled beside the other steps and tried after them."""
+    """With a time limit, fuzz runs beside the other steps, which spend most of their time waiting. Without one it takes
+    hours, so that only its targets are built beside the other steps, and it runs last."""
     others = [name for name in names if name != "fuzz"]
     if "fuzz" not in names or not others:
         return run_steps(names, args)

@@ -42,7 +42,7 @@ public:
     void Tell() const
     {
         Figure("operations", Count());
-        Figure("of them succeed",
+        Figure("operations that succeed",
                std::ranges::count_if(m_answers, [](const std::string& answer) { return answer.starts_with("true"); }));
     }
     /// What is wrong with a further call; empty when it answers what it has answered first.
@@ -111,8 +111,8 @@ void Repeat(const std::string& what, int rounds, int warm, std::chrono::seconds 
     Figure(what.c_str(), round);
     for (std::size_t i = 0; i < std::size(holdings); ++i)
     {
-        Figure((what + ": " + holdings[i].name + " more").c_str(), static_cast<long>(after[i] - before[i]));
-        Check(after[i] <= before[i] + holdings[i].allowed, what + " leave " + holdings[i].name);
+        Figure((what + ": growth in " + holdings[i].name).c_str(), static_cast<long>(after[i] - before[i]));
+        Check(after[i] <= before[i] + holdings[i].allowed, what + " leak " + holdings[i].name);
     }
 }
 
@@ -136,7 +136,7 @@ void Soak(std::chrono::seconds time)
 void LoadAndUse(int)
 {
     const HMODULE library = ::LoadLibraryW(L"ZELK_NM.DLL");
-    Check(library != nullptr, "the library cannot be loaded");
+    Check(library != nullptr, "the library could not be loaded");
     const auto construct =
         reinterpret_cast<void (*)(void*)>(reinterpret_cast<void*>(::GetProcAddress(library, "_ZN5TOLVAC1Ev")));
     Check(construct != nullptr, "the library does not export its constructor");

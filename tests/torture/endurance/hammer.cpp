@@ -83,7 +83,7 @@ Handle StartWriter(int process, int lines, const std::wstring& folder, bool mute
     const std::intptr_t started =
         ::_wspawnl(_P_NOWAIT, _wpgmptr, L"writer", L"--write-lines", std::to_wstring(process).c_str(),
                    std::to_wstring(lines).c_str(), (L'"' + folder + L'"').c_str(), mutex ? L"mutex" : L"none", nullptr);
-    Check(started != -1, "a writer cannot be started");
+    Check(started != -1, "a writer could not be started");
     return Handle(reinterpret_cast<HANDLE>(started));
 }
 
@@ -96,12 +96,12 @@ void RunWriters(int lines, const std::wstring& folder, bool mutex)
     for (int process = 0; process < PROCESSES; ++process)
         processes.push_back(StartWriter(process, lines, folder, mutex));
     for (int process = 0; process < PROCESSES; ++process)
-        Check(::WaitForSingleObject(ready.Get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer is not ready in time");
+        Check(::WaitForSingleObject(ready.Get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer was not ready in time");
     ::SetEvent(go.Get());
     for (const Handle& process : processes)
     {
         DWORD exitCode = 99;
-        Check(::WaitForSingleObject(process.Get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer does not end");
+        Check(::WaitForSingleObject(process.Get(), PATIENCE_MS) == WAIT_OBJECT_0, "a writer did not end");
         ::GetExitCodeProcess(process.Get(), &exitCode);
         Check(exitCode == 0, "a writer failed");
     }
@@ -149,9 +149,9 @@ int wmain(int argc, wchar_t** argv)
     const int wrongWithout = Hammer(lines, false);
     Figure("lines of 8 processes with 4 threads each", PROCESSES * THREADS * lines);
     Figure("lines a second", static_cast<int>(PROCESSES * THREADS * lines / time.count()));
-    Figure("lost, torn or out of order", wrong);
+    Figure("lines lost, torn or out of order", wrong);
     Figure("the same without the mutex", wrongWithout);
-    Check(wrong == 0, "lines are lost, torn or out of order");
-    Check(wrongWithout != 0, "without the mutex nothing is lost: the writers do not meet each other");
+    Check(wrong == 0, "lines were lost, torn or out of order");
+    Check(wrongWithout != 0, "nothing was lost without the mutex either, so the writers did not contend");
     return 0;
 }

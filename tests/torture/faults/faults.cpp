@@ -27,7 +27,7 @@ constexpr const char* PLANTED_FAULTS[] = {"planted leak",   "planted block", "pl
                                           "planted hang",   "planted crash", "planted exception", "planted answer",
                                           "planted change", "planted memory"};
 
-/// What a process has reported.
+/// What a process reported.
 struct Report
 {
     std::map<std::string, unsigned long long> figures;
@@ -71,11 +71,11 @@ Report Start(const wchar_t* pszProgram, const Kind& kind)
         else
             report.complaints.push_back(sLine);
     if (code != 0 && report.complaints.empty())
-        report.complaints.push_back("a process has ended with " + std::to_string(code));
+        report.complaints.push_back("a process ended with exit code " + std::to_string(code));
     return report;
 }
 
-/// The tool finds what is planted, and nothing else is wrong with it.
+/// Whether the tool finds every planted fault.
 bool FindPlanted()
 {
     bool bFound = true;
@@ -84,7 +84,7 @@ bool FindPlanted()
         const Report report = Start(PROGRAM, {0, 0, 3, false, pszPlanted});
         if (!report.complaints.empty() && report.complaints.front().starts_with(pszPlanted))
             continue;
-        std::cerr << "not found: " << pszPlanted << '\n';
+        std::cerr << "planted fault not found: " << pszPlanted << '\n';
         bFound = false;
     }
     std::cout << "planted faults found\t" << std::size(PLANTED_FAULTS) << std::endl;
@@ -117,7 +117,7 @@ bool RunAll(const std::string& sStep, unsigned int uiSeed, double dSeconds)
             kind.dSeconds = dSeconds / static_cast<double>(2 * kinds.size());
             const Report report = Start(pszProgram, kind);
             for (const auto& [sName, ullValue] : report.figures)
-                figures[sName] = sName.starts_with("operations") || sName == "platform functions"
+                figures[sName] = sName.starts_with("operations") || sName.starts_with("platform functions")
                                      ? std::max(figures[sName], ullValue)
                                      : figures[sName] + ullValue;
             for (const std::string& sComplaint : report.complaints)

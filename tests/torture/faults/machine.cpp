@@ -37,17 +37,15 @@ std::size_t CountFiles(const std::filesystem::path& folder)
 
 bool IsTraceFree()
 {
-    struct MutantInformation
+    struct
     {
         LONG lCount;
-        BOOLEAN bOwnedByCaller;
-        BOOLEAN bAbandoned;
-    };
+        BOOLEAN bOwnedByCaller, bAbandoned;
+    } information = {};
     using Query = LONG WINAPI(HANDLE, int, void*, ULONG, ULONG*);
     static auto* const pQuery = reinterpret_cast<Query*>(
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "NtQueryMutant")));
     static const HANDLE hMutex = ::CreateMutexW(nullptr, FALSE, L"TOLVA_trace.log");
-    MutantInformation information = {};
     return pQuery(hMutex, 0, &information, sizeof(information), nullptr) == 0 && information.lCount == 1;
 }
 

@@ -59,7 +59,7 @@ Sweep::Sweep(const Kind& kind, std::FILE* pReport) : m_kind(kind), m_pReport(pRe
     pSweep = this;
     if (kind.IsState())
         injector::LeaveMemory(); // without any the process is ended, by contract
-    pAborted = [] { pSweep->GiveUp("aborts"); };
+    pAborted = [] { pSweep->GiveUp("it called abort"); };
     ::SetUnhandledExceptionFilter(&Crashed);
     ::CloseHandle(::CreateThread(nullptr, 0, &Watch, nullptr, 0, nullptr));
 }
@@ -69,14 +69,14 @@ DWORD WINAPI Sweep::Watch(void*)
     const ULONGLONG ullLimit = pSweep->m_kind.IsPlanted() ? 2000 : 30000;
     for (;; ::Sleep(500))
         if (const ULONGLONG ull = ullBegin; ull != 0 && ::GetTickCount64() - ull > ullLimit)
-            pSweep->GiveUp("does not return");
+            pSweep->GiveUp("it did not return in time");
 }
 
 LONG WINAPI Sweep::Crashed(EXCEPTION_POINTERS* pException)
 {
     const EXCEPTION_RECORD& record = *pException->ExceptionRecord;
     char text[64];
-    std::snprintf(text, sizeof(text), "crashes with %lX at %p", record.ExceptionCode, record.ExceptionAddress);
+    std::snprintf(text, sizeof(text), "it crashed with %lX at %p", record.ExceptionCode, record.ExceptionAddress);
     pSweep->GiveUp(text);
 }
 
@@ -92,10 +92,10 @@ void Sweep::GiveUp(const std::string& sWhy)
 void Sweep::Complain(const std::string& sWhat)
 {
     const Plan& plan = m_tried.plan;
-    std::fprintf(m_pReport, "%s (trace level %u, %s library, %s thread), call %u%s (%s), way %u: %s\n",
+    std::fprintf(m_pReport, "%s (trace level %u, %s library, %s thread), failure of call %u%s (%s) in way %u: %s\n",
                  m_reference.name, m_kind.uiLevel, m_kind.bCold ? "new" : "used", m_tried.bNewThread ? "new" : "main",
-                 plan.uiFirst, plan.uiLast == ALL ? " and all later ones" : "",
-                 m_pFailed != nullptr ? m_pFailed->sName.c_str() : "nothing failed", plan.uiWay, sWhat.c_str());
+                 plan.uiFirst, plan.uiLast == ALL ? " and all later calls" : "",
+                 m_pFailed != nullptr ? m_pFailed->sName.c_str() : "no call failed", plan.uiWay, sWhat.c_str());
     std::fflush(m_pReport);
     ++m_uiComplaints;
 }
@@ -105,9 +105,9 @@ bool Sweep::Run()
     TryOperations();
     m_library.reset();
     const injector::Counts counts = injector::Count();
-    m_figures["calls seen"] = counts.ullAll;
+    m_figures["platform calls"] = counts.ullAll;
     m_figures["failures injected"] = counts.ullFailures;
-    m_figures["platform functions"] = counts.slots;
+    m_figures["platform functions that can fail"] = counts.slots;
     for (const auto& [sName, ullValue] : m_figures)
         std::fprintf(m_pReport, "%s\t%llu\n", sName.c_str(), ullValue);
     return m_uiComplaints == 0;
@@ -196,7 +196,7 @@ void Sweep::Take(unsigned int uiOperation)
     }
     ullBegin = 0;
     if (!m_reference.bResult)
-        m_figures[std::string("fails here in any case: ") + m_reference.name] = 1;
+        m_figures[std::string("fails on this machine in any case: ") + m_reference.name] = 1;
     if (m_kind.IsLoading())
         std::snprintf(m_reference.name, sizeof(m_reference.name), "loading");
     m_before = CountResources();
@@ -213,7 +213,7 @@ std::vector<Sweep::Case> Sweep::Cases()
     std::map<Place, std::vector<unsigned int>> places;
     for (unsigned int i = 0; i < calls.size(); ++i)
         places[{calls[i].pSlot, calls[i].place}].push_back(i + 1);
-    m_figures["places that call the platform"] += places.size();
+    m_figures["call sites of the platform"] += places.size();
 
     std::vector<Case> cases;
     for (const auto& [place, numbers] : places)
@@ -246,7 +246,7 @@ void Sweep::Try(const Case& tried)
     Perform(tried, m_answer);
     m_pFailed = injector::Count().pFirstFailed;
     Judge(m_answer, m_pFailed != nullptr);
-    m_figures[m_answer.bResult ? "answers true" : "answers false"]++;
+    m_figures[m_answer.bResult ? "cases answered true" : "cases answered false"]++;
     // The next call is as if nothing had been, but for a function that a new library has sought in vain.
     Loaded().Call(m_uiOperation, false, false, m_next);
     if (!m_kind.bCold || m_answer.bResult || *m_answer.allowed != '^')
@@ -286,7 +286,7 @@ void Sweep::PerformLoading(const Case& tried)
         if (!library.Call(i, tried.bNewThread, false, m_next) || std::string(m_next.name).starts_with(PLANTED))
             break;
         if (m_next.bException)
-            Complain(std::string("an exception leaves ") + m_next.name);
+            Complain(std::string("an exception left ") + m_next.name);
     }
 }
 
@@ -294,14 +294,14 @@ void Sweep::Judge(const Answer& answer, bool bFailed)
 {
     const std::string sDifference = Difference(answer, m_reference);
     if (answer.bException)
-        Complain("an exception has left it");
+        Complain("an exception left the operation");
     else if (!bFailed && (answer.bResult != m_reference.bResult || !sDifference.empty()))
-        Complain(std::string("without failures it ") + (answer.bResult ? "succeeds" : "fails") +
+        Complain(std::string("without a failure it ") + (answer.bResult ? "succeeded" : "failed") +
                  ", unlike before: " + sDifference);
     else if (answer.bResult && !IsAllowed(answer, sDifference))
-        Complain("succeeds with " + sDifference);
+        Complain("it succeeded with " + sDifference);
     else if (!answer.bResult && !answer.bUnchanged && *answer.allowed != '!')
-        Complain("fails, and has changed its arguments: " + sDifference);
+        Complain("it failed, but changed its arguments: " + sDifference);
 }
 
 /// What the platform keeps from its first use is not taken for a leak: that comes again each time.
@@ -310,12 +310,12 @@ void Sweep::CompareResources(const Case& tried)
     constexpr int REPEATS = 10;
     Resources now = CountResources();
     if (!now.bTraceFree)
-        Complain("the mutex of the trace is not free");
+        Complain("the mutex of the trace was not released");
     for (int i = 0; !Growth(m_before, now).empty(); ++i)
     {
         if (i == REPEATS)
         {
-            Complain("each time it leaves" + Growth(m_before, now));
+            Complain("it leaks each time:" + Growth(m_before, now));
             break;
         }
         m_before = now;

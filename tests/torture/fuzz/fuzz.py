@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""fuzz.py SEED SECONDS: gives the parsers texts that libFuzzer makes up, and prints how far it came with each.
+"""fuzz.py SEED SECONDS: runs every parser under libFuzzer and prints the figures of each target.
 
-The seconds are shared among the targets, of which two run at a time. With 0 seconds each target makes ZELK_FUZZ_RUNS
-runs, 100,000,000 by default, which takes hours. Inputs that reach something new are kept in build/fuzz/corpus.
+The seconds are divided among the targets, two of which run at a time. With 0 seconds each target makes ZELK_FUZZ_RUNS
+runs (100,000,000 by default), which takes hours. Inputs that reach new code are saved in build/fuzz/corpus.
 
 fuzz.py --build: only builds the targets.
 
-fuzz.py --keep: makes the corpus of the repository of those and its own inputs: the fewest that reach every edge, the
-shorter ones first, as far as there is room. Inputs that somebody has written are called "seed" and stay.
+fuzz.py --keep: replaces the corpus in the repository by the smallest set of inputs, saved or already in it, that reaches
+every edge, shorter inputs first, up to a limit in bytes. Inputs written by hand are called "seed" and stay.
 """
 
 import fcntl
@@ -43,14 +43,14 @@ TARGETS = {
 
 
 def call(*command: str | Path) -> None:
-    """Shows what the command says only when it fails."""
+    """Shows the command's output only if it fails."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     if done.returncode != 0:
         sys.exit(f"fuzz: {command[0]} failed:\n{done.stdout}")
 
 
 def build() -> None:
-    """Waits for another one that builds."""
+    """Waits if another process is building."""
     BUILD.mkdir(parents=True, exist_ok=True)
     with open(BUILD / ".lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
@@ -64,14 +64,14 @@ def build_alone() -> None:
 
 
 def fuzzer(target: str, *options: str) -> subprocess.CompletedProcess:
-    """The last options are folders of inputs; new ones go into the first."""
+    """The last options are the corpus folders; new inputs are saved in the first one."""
     return subprocess.run([BUILD / target, f"-max_len={TARGETS[target]}", *options],
                           stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
                           errors="replace", env={**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=8:external_symbolizer_path=/usr/bin/addr2line"})
 
 
 def folders_of(target: str) -> tuple[Path, Path]:
-    """Of the inputs that were found, and of those that are kept."""
+    """The folder of the inputs found on this machine, and that of the repository's."""
     folders = (BUILD / "corpus" / target, KEPT / target)
     for folder in folders:
         folder.mkdir(parents=True, exist_ok=True)
@@ -79,12 +79,12 @@ def folders_of(target: str) -> tuple[Path, Path]:
 
 
 def run(target: str, seed: int, seconds: int) -> bool:
-    """Prints the target's figures, or what it found. False after a finding."""
+    """Prints the target's figures, or libFuzzer's report and returns False if it found a failure."""
     effort = f"-max_total_time={seconds}" if seconds else f"-runs={RUNS}"
     done = fuzzer(target, f"-seed={seed % 2**32}", effort, "-timeout=10", "-print_final_stats=1",
                   f"-artifact_prefix={BUILD}/{target}-", *folders_of(target))
     if done.returncode != 0:
-        print(f"fuzz: {target} fails:\n{done.stderr[-4000:]}\nfuzz: repeat it with: {BUILD / target} FILE",
+        print(f"fuzz: {target} failed:\n{done.stderr[-4000:]}\nfuzz: to repeat it, run: {BUILD / target} FILE",
               file=sys.stderr)
         return False
     runs = re.search(r"number_of_executed_units: *(\d+)", done.stderr)[1]

@@ -1,6 +1,5 @@
 // Changes JSON as a tree: of texts whose bytes are changed nearly all are no JSON, and say nothing of what follows.
 
-#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -84,15 +83,13 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
     static Document document;
     Random random(seed);
     Read(document, {reinterpret_cast<const char*>(data), size});
-    if (document.json.is_discarded() || random() % BYTES_ONCE_IN == 0)
-        return LLVMFuzzerMutate(data, size, maxSize);
-    MutateTree(document.json, random);
-    document.text = document.json.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (document.text.size() > maxSize)
+    if (!document.json.is_discarded() && random() % BYTES_ONCE_IN != 0)
     {
+        MutateTree(document.json, random);
+        document.text = document.json.dump(-1, ' ', false, Json::error_handler_t::replace);
+        if (document.text.size() <= maxSize)
+            return document.text.copy(reinterpret_cast<char*>(data), maxSize);
         document = {};
-        return LLVMFuzzerMutate(data, size, maxSize);
     }
-    std::ranges::copy(document.text, data);
-    return document.text.size();
+    return LLVMFuzzerMutate(data, size, maxSize);
 }
