@@ -165,7 +165,8 @@ TEST_F(CInterface, ChangesWaitToBeConfirmed)
         const StandIn refuses("ZELK_REFUSED", "set dnsservers");
         EXPECT_EQ(ZELK_STATE_NOT_VERIFIED, Restore(R"({"timeout": 1})").iCode);
     }
-    EXPECT_EQ(ZELK_STATE_DONE, Restore(OPTIONS).iCode);
+    // The change's watch tries again as well, and may be the first: then there is nothing left to restore.
+    EXPECT_THAT(Restore(OPTIONS).iCode, testing::AnyOf(ZELK_STATE_DONE, ZELK_STATE_FAILED));
     EXPECT_EQ(m_sBefore, Kernel());
 
     const Outcome made = Apply(CHANGE, WITHIN);
