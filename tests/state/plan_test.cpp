@@ -89,7 +89,29 @@ const std::map<std::string, void (*)(SimulatedWindows&)> MACHINES = {
          windows.Find("lan0").driver.hardwareAddress = HardwareAddress::Parse("020000000001");
      }},
     {"stored: ", [](SimulatedWindows& windows) { windows.Find("lan0").routes->back().store = RouteStore::PERSISTENT; }},
+    {"on link: ",
+     [](SimulatedWindows& windows) { windows.Find("lan0").routes->back().nextHop = *IpAddress::Parse("0.0.0.0"); }},
+    {"unused: ", [](SimulatedWindows& windows) { windows.Find("lan0").ipv4.addresses->pop_back(); }},
+    {"no device: ", [](SimulatedWindows& windows) { windows.Find("lan0").deviceInstance.reset(); }},
+    {"unread: ",
+     [](SimulatedWindows& windows) {
+         windows.Find("lan0").ipv4.configured.addresses.reset();
+         windows.Find("lan0").ipv4.configured.gateways.reset();
+     }},
+    {"unread IPv6: ",
+     [](SimulatedWindows& windows) {
+         windows.Find("lan0").ipv6.addresses->emplace_back().address = *IpAddress::Parse("fe80::1");
+         windows.Find("lan0").ipv6.configured.addresses.reset();
+     }},
 };
+
+std::string TextOf(const std::vector<Step>& steps)
+{
+    std::string text;
+    for (const Step& step : steps)
+        text += (CommandText(step.action).empty() ? MeansOf(step.action) : CommandText(step.action)) + '\n';
+    return text;
+}
 
 /// The commands, or the other means, of the plan for a desired state; its faults where it has some.
 std::string StepsFor(const std::string& question)
@@ -105,10 +127,42 @@ std::string StepsFor(const std::string& question)
         answer += (fault.kind == FaultKind::SYSTEM ? "not here: " : "") + fault.place + ": " + fault.text + '\n';
     if (!faults.empty())
         return answer;
-    for (const Step& step : plan.steps)
-        answer += (CommandText(step.action).empty() ? MeansOf(step.action) : CommandText(step.action)) + '\n';
     EXPECT_TRUE(Reach(windows, state) && PlanFor(windows.machine, state).steps.empty()) << question;
+    return TextOf(plan.steps);
+}
+
+/// The differences, the steps and the notes of the plan for a machine of which not everything is known; with "exactly"
+/// in front, of the plan that restores just these settings.
+std::string PlanOfWhatIsKnown(std::string question)
+{
+    const std::string exactly = "exactly ";
+    const bool exact = question.starts_with(exactly);
+    if (exact)
+        question.erase(0, exactly.size());
+    const std::size_t begin = question.find('{');
+    SimulatedWindows windows = Start();
+    MACHINES.at(question.substr(0, begin))(windows);
+    const DesiredState state = Parse(question.substr(begin));
+    Plan plan = PlanFor(windows.machine, state);
+    if (exact)
+    {
+        std::vector<Fault> faults;
+        plan.targets[0].desired = state.adapters[0];
+        plan.targets[0].exact = true;
+        plan = MakePlan(windows.machine, plan.targets, {}, faults);
+    }
+    std::string answer;
+    for (const Difference& difference : plan.differences)
+        answer += difference.path + ": " + difference.before.dump() + " -> " + difference.after.dump() + '\n';
+    answer += TextOf(plan.steps);
+    for (const std::string& note : plan.notes)
+        answer += note + '\n';
     return answer;
+}
+
+TEST(Plan, TakesNothingForConfiguredOfWhichNobodyKnows)
+{
+    testing_support::ExpectTranscript(PlanOfWhatIsKnown);
 }
 
 TEST(Plan, HasTheFewestStepsInTheSafeOrder)

@@ -254,13 +254,11 @@ bool DeleteIpv4(const Call& call, Adapter& adapter)
                                           [&](const Gateway& one) { return one.address == gateway; });
         return active + stored != 0;
     }
-    const auto address = IpAddress::Parse(call.Address());
-    if (!address || !Holds(*adapter.ipv4.addresses, *address))
-        return false;
-    std::erase_if(*adapter.ipv4.addresses, [&](const Address& one) { return one.address == *address; });
-    std::erase_if(*adapter.ipv4.configured.addresses, [&](const IpPrefix& one) { return one.address == *address; });
+    const auto same = [&](const auto& one) { return one.address == IpAddress::Parse(call.Address()); };
+    const auto active = std::erase_if(*adapter.ipv4.addresses, same);
+    const auto stored = std::erase_if(*adapter.ipv4.configured.addresses, same);
     DropUnreachable(adapter);
-    return true;
+    return active + stored != 0;
 }
 
 bool ChangeIpv6(const Call& call, Adapter& adapter)
