@@ -277,9 +277,7 @@ TEST(AdapterEvents, TellOfAnAdapterAsAWhole)
     EXPECT_EQ("lan0", added[0].adapter);
     EXPECT_TRUE(added[0].before.is_null());
     EXPECT_EQ("192.0.2.10", added[0].after["ipv4"]["addresses"][0]["address"]);
-    const auto removed = EventsBetween(MachineWithLink(), {}, {});
-    ASSERT_EQ(3U, removed.size());
-    EXPECT_TRUE(removed[0].after.is_null());
+    EXPECT_EQ(3U, EventsBetween(MachineWithLink(), {}, {}).size());
 }
 
 } // namespace

@@ -221,35 +221,29 @@ TEST(Performer, CallsTheLibraryAndAwaitsTheDevice)
                      return failing == #Function ? __VA_ARGS__ : original(arguments...);                               \
                  })
 
-TEST(Performer, SaysWhichChangeOfTheRegistryFailed)
+TEST(Performer, SaysWhichCallFailed)
 {
     const FakeWindows windows;
     std::string failing;
     const auto create = PATCH_CALL(RegCreateKeyExW, ERROR_ACCESS_DENIED);
     const auto set = PATCH_CALL(RegSetValueExW, ERROR_ACCESS_DENIED);
     const auto remove = PATCH_CALL(RegDeleteValueW, ERROR_ACCESS_DENIED);
-    const auto route = [](std::uint32_t metric, bool wanted) {
-        return StoredRoute{*IpPrefix::Parse("10.9.0.0/16"), *IpAddress::Parse("192.0.2.9"), metric, wanted};
-    };
-    testing_support::Golden golden;
-    for (const char* const function : {"RegSetValueExW", "", "RegDeleteValueW", "RegCreateKeyExW"})
-        for (const Action& action : {Action(route(1, true)), Action(route(2, true)), Action(route(2, false)),
-                                     Action(StoredSetting{"example.com"})})
-        {
-            failing = function;
-            golden.Line(failing, Perform(action));
-        }
-}
-
-TEST(Performer, SaysWhyACommandDidNotRun)
-{
-    std::string failing;
     const auto directory = PATCH_CALL(GetSystemDirectoryW, 0);
     const auto pipe = PATCH_CALL(CreatePipe, FALSE);
     const auto job = PATCH_CALL(CreateJobObjectW, nullptr);
     const auto assignment = PATCH_CALL(AssignProcessToJobObject, FALSE);
     const auto resumption = PATCH_CALL(ResumeThread, ~DWORD());
+    const auto route = [](std::uint32_t metric, bool wanted) {
+        return StoredRoute{*IpPrefix::Parse("10.9.0.0/16"), *IpAddress::Parse("192.0.2.9"), metric, wanted};
+    };
     testing_support::Golden golden;
+    for (const char* const function : {"RegSetValueExW", "", "RegDeleteValueW", "RegCreateKeyExW"})
+    {
+        failing = function;
+        for (const Action& action : {Action(route(1, true)), Action(route(2, true)), Action(route(2, false)),
+                                     Action(StoredSetting{"example.com"})})
+            golden.Line(function, Perform(action));
+    }
     for (const char* const function : {"GetSystemDirectoryW", "CreatePipe", "CreateJobObjectW",
                                        "AssignProcessToJobObject", "ResumeThread", "nothing"})
     {

@@ -455,8 +455,6 @@ void SimulatedWindows::Settle()
 
 bool SimulatedWindows::Perform(const Step& step)
 {
-    if (refuse >= 0 && refuse-- == 0)
-        return false;
     const auto adapter = std::ranges::find(machine.adapters, step.guid, &Adapter::guid);
     Adapter* const own = adapter != machine.adapters.end() ? &*adapter : nullptr;
     const bool done = std::visit([&](const auto& action) { return Perform(action, own); }, step.action);

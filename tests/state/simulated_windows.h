@@ -20,10 +20,9 @@ public:
     zelk::Adapter& Add(const std::string& name);
     zelk::Adapter& Find(const std::string& name);
 
-    /// Does what the step says. False where Windows would refuse it, or where `refuse` says the number of this step.
+    /// Does what the step says. False where Windows would refuse it.
     bool Perform(const zelk::Step& step);
     bool dhcpServer = true; ///< whether one answers
-    int refuse = -1;        ///< counts down with every step
 
     /// What concludes from the rest is brought in line; to be called after a change by hand.
     void Settle();
